@@ -1,0 +1,22 @@
+#pragma once
+
+#include <compare>
+
+#include "quorvane/base/Outcome.h"
+
+namespace quorvane {
+
+/// The operating system's own reason for a refusal: an `errno` number.
+struct PosixError {
+  int code = 0;
+
+  auto operator<=>(const PosixError&) const = default;
+
+  /// Nothing stands at the path: the only reason that means "missing".
+  bool isMissing() const;
+};
+
+/// The reason the last system call of this thread failed.
+PosixError lastPosixError();
+
+}  // namespace quorvane

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvane/base/FilePath.h"
+#include "quorvane/base/StopToken.h"
+#include "quorvane/platform/PosixError.h"
+
+namespace quorvane {
+
+/// A command to be run directly: no shell reads it.
+struct ProcessRequest {
+  FilePath executable;
+  std::vector<std::string> arguments;  ///< without the program's own name
+  std::map<std::string, std::string> environment;  ///< the child gets exactly these
+  std::optional<FilePath> workingFolder;
+  std::chrono::milliseconds timeLimit{0};
+  std::size_t outputLimit = std::size_t{16} << 20;  ///< bytes kept of each stream
+};
+
+/// What a command left.
+struct SafeProcessResult {
+  std::string standardOutput;
+  std::string standardError;
+  std::int32_t exitCode = 0;  ///< 128 + the signal for a child that a signal ended
+  bool didTimeOut = false;
+
+  std::uint64_t droppedOutputBytes = 0;  ///< beyond the limit: read and thrown away
+  std::uint64_t droppedErrorBytes = 0;
+  bool isOutputComplete = true;  ///< false when a grandchild still held a pipe at the end of the wait
+};
+
+/// The one way to run a command. Tests put their own in its place.
+class ProcessRunner {
+ public:
+  virtual ~ProcessRunner() = default;
+
+  /// Runs the command to its end and waits for it: at most its time limit and a little more than one second. A stop
+  /// request ends the child as a reached limit does. Fails only when the executable cannot be started.
+  virtual Outcome<SafeProcessResult, PosixError> run(const ProcessRequest& request, StopToken stop) = 0;
+};
+
+/// Both streams are drained while the child runs; standard input is empty; no other descriptor reaches the child. At the
+/// limit the child is asked to end (SIGTERM) and half a second later made to (SIGKILL). The streams are waited for until
+/// the limit and one second at most. Stateless; callable from any thread, blocks only that one.
+class SafeProcessRunner final : public ProcessRunner {
+ public:
+  Outcome<SafeProcessResult, PosixError> run(const ProcessRequest& request, StopToken stop) override;
+};
+
+}  // namespace quorvane

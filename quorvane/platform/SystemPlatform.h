@@ -1,0 +1,20 @@
+#pragma once
+
+#include <memory>
+
+#include "quorvane/platform/FileSystem.h"
+#include "quorvane/platform/ProcessTable.h"
+#include "quorvane/platform/Volumes.h"
+
+// Each operating system's folder gives these its own implementation.
+
+namespace quorvane {
+
+std::unique_ptr<FileSystem> makeSystemFileSystem();
+std::unique_ptr<Volumes> makeSystemVolumes();
+std::unique_ptr<ProcessTable> makeSystemProcessTable();
+
+/// Lets this process hold as many descriptors at once as the system permits; children are started with the old limit.
+void raiseDescriptorLimit();
+
+}  // namespace quorvane
