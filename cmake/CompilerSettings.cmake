@@ -1,0 +1,36 @@
+# The language and the warnings of every target of this project. Whether a warning is an error is the preset's choice
+# (CMAKE_COMPILE_WARNING_AS_ERROR), so that a newer compiler does not break a plain build.
+set(CMAKE_CXX_STANDARD 23)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_SCAN_FOR_MODULES OFF)
+
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_FLAGS ${CMAKE_CXX23_STANDARD_COMPILE_OPTION})
+check_cxx_source_compiles("#include <expected>\nint main() { return std::expected<int, int>(0).value(); }"
+                          QUORVANE_HAS_EXPECTED)
+unset(CMAKE_REQUIRED_FLAGS)
+if(NOT QUORVANE_HAS_EXPECTED)
+    message(FATAL_ERROR "Quorvane needs std::expected: GCC 12, clang 19 with its libstdc++, or clang 17 with libc++; "
+                        "found ${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION} (${CMAKE_CXX_COMPILER})")
+endif()
+
+add_compile_options(
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wold-style-cast -Wcast-align -Wcast-qual -Wextra-semi -Wformat=2 -Wimplicit-fallthrough -Wnull-dereference
+    -Wundef -Wunused -Wswitch-enum)
+
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wsuggest-override)
+    # GCC 12 reports overlapping copies inside std::string::operator+ that do not exist (GCC bug 105651).
+    add_compile_options($<$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>:-Wno-restrict>)
+    # Sanitized code confuses the analysis of initialisation; the release build keeps the warning.
+    if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
+        add_compile_options(-Wno-maybe-uninitialized -Wno-null-dereference)
+    endif()
+else()
+    add_compile_options(-Wthread-safety -Wsuggest-override)
+endif()
+
+# Cheap checks of the standard library (an index past the end aborts) stay on in every build.
+add_compile_definitions(_GLIBCXX_ASSERTIONS)
