@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "quorvane/base/FilePath.h"
+#include "quorvane/core/FileIdentity.h"
+
+namespace quorvane {
+
+/// What a scan remembers of an item, to prove later that it is still the same: any difference refuses its removal.
+struct FileTreeSnapshot {
+  FileIdentity identity;
+  FilePath canonicalPath;  ///< standardised, links resolved
+  std::string digest;      ///< of the whole tree; `TreeDigest` says over what
+
+  bool operator==(const FileTreeSnapshot&) const = default;
+};
+QV_JSON_FIELDS(FileTreeSnapshot, identity, canonicalPath, digest)
+
+}  // namespace quorvane

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "quorvane/base/CaseNames.h"
+#include "quorvane/base/FilePath.h"
+#include "quorvane/base/Outcome.h"
+#include "quorvane/core/IgnoreRule.h"
+#include "quorvane/platform/DurableFile.h"
+#include "quorvane/platform/FileSystem.h"
+#include "quorvane/platform/RandomSource.h"
+
+namespace quorvane {
+
+/// Why the ignore rules could not be read or changed. The file is left as it is in every case.
+enum class IgnoreRuleFault {
+  untrusted,    ///< the file could have been written by somebody else
+  unreadable,   ///< the system refuses to read it
+  undecodable,  ///< it does not hold ignore rules
+  busy,         ///< another run of the program is changing it
+  notWritten,   ///< the new rules could not be brought to the disk
+  notFound,     ///< no rule has this path or identifier
+  invalidPath,  ///< empty, relative, or with a NUL
+};
+QV_CASE_NAMES(IgnoreRuleFault, untrusted, unreadable, undecodable, busy, notWritten, notFound, invalidPath)
+
+struct IgnoreRuleError {
+  IgnoreRuleFault fault;
+  FilePath file;      ///< the rules' file
+  PosixError reason;  ///< the system's own, where it gave one
+
+  bool operator==(const IgnoreRuleError&) const = default;
+};
+
+/// "ignore.error." and the name of the case.
+std::string messageKey(IgnoreRuleFault fault);
+
+/// The ignore rules, kept in "ignored-paths.json" in the application-support folder.
+///
+/// Every change reads the file anew under the lock "ignored-paths.json.lock" beside it, and replaces it as a whole. All
+/// calls wait for the disk, none for another process.
+class IgnoreRuleStore {
+ public:
+  IgnoreRuleStore(FileSystem& fileSystem, RandomSource& random, FilePath applicationSupport);
+
+  /// All rules in the order they were made; none when the file is missing.
+  Outcome<std::vector<IgnoreRule>, IgnoreRuleError> load();
+
+  /// Adds a rule for an absolute path, which need not exist. A path that already has a rule of its own gets that one back.
+  Outcome<IgnoreRule, IgnoreRuleError> add(const FilePath& path, std::optional<std::string> application = std::nullopt);
+
+  /// Takes the rule away whose identifier, path or canonical path this text is, and returns it.
+  Outcome<IgnoreRule, IgnoreRuleError> remove(std::string_view pathOrIdentifier);
+
+ private:
+  FileSystem& fileSystem_;
+  RandomSource& random_;
+  FilePath fileURL_;
+};
+
+}  // namespace quorvane
