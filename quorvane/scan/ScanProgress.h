@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "quorvane/core/ScanActivitySnapshot.h"
+
+namespace quorvane {
+
+/// One report of a running scan.
+struct CleaningScanProgressUpdate {
+  double progress = 0;    ///< 0 to 1
+  std::string statusKey;  ///< message key of the step: "scan.status.logs"
+  std::optional<ScanActivitySnapshot> activity;
+
+  bool operator==(const CleaningScanProgressUpdate&) const = default;
+};
+
+/// Takes reports on the thread of the scan. Has to return at once.
+using ScanProgressSink = std::function<void(CleaningScanProgressUpdate)>;
+
+}  // namespace quorvane
