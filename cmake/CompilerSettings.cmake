@@ -17,8 +17,7 @@ endif()
 
 add_compile_options(
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-    -Wold-style-cast -Wcast-align -Wcast-qual -Wextra-semi -Wformat=2 -Wimplicit-fallthrough -Wnull-dereference
-    -Wundef -Wunused -Wswitch-enum)
+    -Wold-style-cast -Wcast-align -Wcast-qual -Wextra-semi -Wformat=2 -Wimplicit-fallthrough -Wundef -Wswitch-enum)
 
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wsuggest-override)
@@ -26,7 +25,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options($<$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>:-Wno-restrict>)
     # Sanitized code confuses the analysis of initialisation; the release build keeps the warning.
     if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
-        add_compile_options(-Wno-maybe-uninitialized -Wno-null-dereference)
+        add_compile_options(-Wno-maybe-uninitialized)
     endif()
 else()
     add_compile_options(-Wthread-safety -Wsuggest-override)

@@ -84,15 +84,19 @@ build() {
     preset=$1
     shift
     stamp=$directory/.built-$(printf "%s-" "$@" | tr / -)
-    quiet=--quiet
+    progress=
     if [ ! -e "$stamp" ] || changedSince "$stamp"; then
         say "quorvane: building build/$preset"
-        [ -t 2 ] && quiet=
+        [ ! -t 2 ] || progress=1
     fi
     started=$directory/.build-started
     : >"$started"
-    # shellcheck disable=SC2086
-    (cd "$directory" && ninja $quiet "$@" </dev/null >&2) || exit 4
+    if [ -n "$progress" ]; then
+        (cd "$directory" && ninja "$@" </dev/null >&2) || exit 4
+    else
+        output=$(cd "$directory" && ninja --quiet "$@" </dev/null 2>&1) || { say "$output"; exit 4; }
+        [ -z "$output" ] || [ "$output" = "ninja: no work to do." ] || say "$output"
+    fi
     mv "$started" "$stamp"
 }
 
