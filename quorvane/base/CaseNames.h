@@ -1,19 +1,21 @@
 #pragma once
 
+#include "quorvane/base/Assert.h"
+#include "quorvane/base/ForEachArgument.h"
+
 #include <array>
 #include <cstddef>
 #include <optional>
 #include <string_view>
 #include <utility>
 
-#include "quorvane/base/Assert.h"
-#include "quorvane/base/ForEachArgument.h"
-
 namespace quorvane {
 
 /// An enumeration whose cases were listed with `QV_CASE_NAMES`.
 template <class E>
-concept NamedEnumeration = requires(E value) { caseNamesOf(value); };
+concept NamedEnumeration = requires(E value) {
+  caseNamesOf(value);
+};
 
 /// Every case of `E`, in the order of its declaration.
 template <NamedEnumeration E>
@@ -48,12 +50,13 @@ constexpr std::optional<E> caseFromName(std::string_view name) {
 
 /// Lists all cases of an enumeration in their order, beside its declaration. A list that is out of order or names a
 /// case twice does not compile.
-#define QV_CASE_NAMES(Enumeration, ...)                                                                \
-  constexpr auto caseNamesOf(Enumeration) {                                                            \
-    constexpr std::array cases{QV_FOR_EACH(QV_CASE_PLACE, Enumeration, __VA_ARGS__)};                  \
-    constexpr bool inOrder = []<std::size_t... i>(std::index_sequence<i...>, const auto& listed) {     \
-      return ((static_cast<std::size_t>(listed[i]) == i) && ...);                                      \
-    }(std::make_index_sequence<cases.size()>(), cases);                                                \
-    static_assert(inOrder, "list the cases in the order of their declaration");                        \
-    return std::array{QV_FOR_EACH(QV_CASE_NAME, Enumeration, __VA_ARGS__)};                            \
+#define QV_CASE_NAMES(Enumeration, ...)                                                            \
+  constexpr auto caseNamesOf(Enumeration) {                                                        \
+    constexpr std::array cases{QV_FOR_EACH(QV_CASE_PLACE, Enumeration, __VA_ARGS__)};              \
+    constexpr bool inOrder = []<std::size_t... i>(std::index_sequence<i...>, const auto& listed) { \
+      return ((static_cast<std::size_t>(listed[i]) == i) && ...);                                  \
+    }                                                                                              \
+    (std::make_index_sequence<cases.size()>(), cases);                                             \
+    static_assert(inOrder, "list the cases in the order of their declaration");                    \
+    return std::array{QV_FOR_EACH(QV_CASE_NAME, Enumeration, __VA_ARGS__)};                        \
   }

@@ -56,7 +56,8 @@ std::optional<Date> dateFromIsoText(std::string_view text) {
   const auto year = digits(text, 0, 4), month = digits(text, 5, 2), day = digits(text, 8, 2);
   const auto hour = digits(text, 11, 2), minute = digits(text, 14, 2), second = digits(text, 17, 2);
   if (!year || !month || !day || !hour || !minute || !second) return std::nullopt;
-  const std::chrono::year_month_day calendar(std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
+  const std::chrono::year_month_day calendar(std::chrono::year(*year),
+                                             std::chrono::month(static_cast<unsigned>(*month)),
                                              std::chrono::day(static_cast<unsigned>(*day)));
   if (!calendar.ok() || *hour > 23 || *minute > 59 || *second > 59) return std::nullopt;
   const std::int64_t days = std::chrono::sys_days(calendar).time_since_epoch().count();

@@ -11,7 +11,8 @@ namespace quorvane {
 /// A moment of the wall clock, in UTC. Reaches from 1677 to 2262.
 using Date = std::chrono::sys_time<std::chrono::nanoseconds>;
 
-/// The moment this many seconds and nanoseconds after 1970; a moment outside the reach of `Date` becomes its nearest end.
+/// The moment this many seconds and nanoseconds after 1970; a moment outside the reach of `Date` becomes its nearest
+/// end.
 Date dateFromTimestamp(std::int64_t seconds, std::int64_t nanoseconds);
 
 /// The date without its fraction of a second: what a record can hold.

@@ -1,23 +1,24 @@
 #pragma once
 
-#include <array>
-#include <concepts>
-#include <cstdint>
-#include <limits>
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
 #include "quorvane/base/CaseNames.h"
 #include "quorvane/base/Date.h"
 #include "quorvane/base/FilePath.h"
 #include "quorvane/base/JsonRecord.h"
 #include "quorvane/base/Utf8.h"
 #include "quorvane/base/Uuid.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <concepts>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 // The codec behind the records' `jsonText` and `...FromJson`. Include it only in the .cpp file of a record.
 
@@ -93,7 +94,8 @@ Outcome<T, JsonError> listFromJson(const Json& json) {
 
 /// Fills one member of a record; a missing optional stays empty, `null` is refused like any other wrong type.
 template <class Record, class Member>
-bool readField(const Json& json, Record& record, const JsonField<Record, Member>& field, std::optional<JsonError>& fault) {
+bool readField(const Json& json, Record& record, const JsonField<Record, Member>& field,
+               std::optional<JsonError>& fault) {
   const auto found = json.find(field.name);
   if (found == json.end()) {
     if constexpr (IsOptional<Member>::value) return true;

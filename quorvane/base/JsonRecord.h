@@ -1,12 +1,12 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <tuple>
-
 #include "quorvane/base/CaseNames.h"
 #include "quorvane/base/ForEachArgument.h"
 #include "quorvane/base/Outcome.h"
+
+#include <string>
+#include <string_view>
+#include <tuple>
 
 namespace quorvane {
 
@@ -32,11 +32,11 @@ struct JsonError {
 template <class Record, class Member>
 struct JsonField {
   std::string_view name;
-  Member Record::* member;
+  Member Record::*member;
 };
 
 template <class Record, class Member>
-constexpr JsonField<Record, Member> jsonField(std::string_view name, Member Record::* member) {
+constexpr JsonField<Record, Member> jsonField(std::string_view name, Member Record::*member) {
   return {name, member};
 }
 
@@ -46,7 +46,7 @@ constexpr JsonField<Record, Member> jsonField(std::string_view name, Member Reco
 
 /// The one list of a record's JSON members, beside its declaration: keys are the field names; an empty optional is left
 /// out, every other member has to be there, members not listed are passed over.
-#define QV_JSON_FIELDS(Record, ...)                                                       \
-  constexpr auto jsonFieldsOf(const Record*) {                                            \
+#define QV_JSON_FIELDS(Record, ...)                                                        \
+  constexpr auto jsonFieldsOf(const Record*) {                                             \
     return std::tuple_cat(QV_FOR_EACH(QV_JSON_FIELD, Record, __VA_ARGS__) std::tuple<>()); \
   }

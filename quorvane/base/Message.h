@@ -1,13 +1,13 @@
 #pragma once
 
+#include "quorvane/base/Date.h"
+#include "quorvane/base/FilePath.h"
+
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
-
-#include "quorvane/base/Date.h"
-#include "quorvane/base/FilePath.h"
 
 namespace quorvane {
 

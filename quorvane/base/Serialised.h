@@ -1,12 +1,12 @@
 #pragma once
 
+#include "quorvane/base/ThreadAnnotations.h"
+
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <thread>
 #include <utility>
-
-#include "quorvane/base/ThreadAnnotations.h"
 
 namespace quorvane {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "quorvane/base/JsonRecord.h"
 #include "quorvane/platform/FileStatus.h"
+
+#include <cstdint>
 
 namespace quorvane {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "quorvane/base/CaseNames.h"
+
+#include <string>
 
 namespace quorvane {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "quorvane/base/FilePath.h"
 #include "quorvane/core/FileIdentity.h"
+
+#include <string>
 
 namespace quorvane {
 

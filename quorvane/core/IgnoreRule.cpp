@@ -1,8 +1,8 @@
 #include "quorvane/core/IgnoreRule.h"
 
-#include <algorithm>
-
 #include "quorvane/base/Json.h"
+
+#include <algorithm>
 
 namespace quorvane {
 

@@ -1,20 +1,20 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "quorvane/base/FilePath.h"
 #include "quorvane/base/JsonRecord.h"
 #include "quorvane/base/Uuid.h"
+
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace quorvane {
 
 /// One location that the user asked never to be offered again. It covers that location and everything below it.
 struct IgnoreRule {
   Uuid id;
-  FilePath path;           ///< as the user chose it, made absolute
-  FilePath canonicalPath;  ///< standardised, links resolved
+  FilePath path;                           ///< as the user chose it, made absolute
+  FilePath canonicalPath;                  ///< standardised, links resolved
   std::optional<std::string> application;  ///< the rule was made for this application's leftovers
 
   bool operator==(const IgnoreRule&) const = default;

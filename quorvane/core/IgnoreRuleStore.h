@@ -1,8 +1,5 @@
 #pragma once
 
-#include <string_view>
-#include <vector>
-
 #include "quorvane/base/CaseNames.h"
 #include "quorvane/base/FilePath.h"
 #include "quorvane/base/Outcome.h"
@@ -10,6 +7,9 @@
 #include "quorvane/platform/DurableFile.h"
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/platform/RandomSource.h"
+
+#include <string_view>
+#include <vector>
 
 namespace quorvane {
 
@@ -47,7 +47,8 @@ class IgnoreRuleStore {
   /// All rules in the order they were made; none when the file is missing.
   Outcome<std::vector<IgnoreRule>, IgnoreRuleError> load();
 
-  /// Adds a rule for an absolute path, which need not exist. A path that already has a rule of its own gets that one back.
+  /// Adds a rule for an absolute path, which need not exist. A path that already has a rule of its own gets that one
+  /// back.
   Outcome<IgnoreRule, IgnoreRuleError> add(const FilePath& path, std::optional<std::string> application = std::nullopt);
 
   /// Takes the rule away whose identifier, path or canonical path this text is, and returns it.

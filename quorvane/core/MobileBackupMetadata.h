@@ -1,10 +1,10 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "quorvane/base/Date.h"
 #include "quorvane/base/JsonRecord.h"
+
+#include <optional>
+#include <string>
 
 namespace quorvane {
 
@@ -14,8 +14,8 @@ struct MobileBackupMetadata {
   std::optional<std::string> deviceIdentifier;
   std::optional<std::string> productVersion;
   std::optional<Date> backupDate;
-  std::optional<bool> isEncrypted;  ///< empty when the backup does not say
-  bool isComplete = false;          ///< finished, with its manifest and database in place
+  std::optional<bool> isEncrypted;         ///< empty when the backup does not say
+  bool isComplete = false;                 ///< finished, with its manifest and database in place
   std::optional<Date> metadataModifiedAt;  ///< of the newest of its property lists
 
   bool operator==(const MobileBackupMetadata&) const = default;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string_view>
-
 #include "quorvane/base/CaseNames.h"
+
+#include <string_view>
 
 namespace quorvane {
 

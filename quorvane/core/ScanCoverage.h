@@ -1,14 +1,14 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "quorvane/base/CaseNames.h"
 #include "quorvane/base/FilePath.h"
 #include "quorvane/base/JsonRecord.h"
 #include "quorvane/core/ScanCategory.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace quorvane {
 
@@ -36,15 +36,15 @@ enum class ScanCoverageReason {
   failed,            ///< reading failed for another reason
   categoryNotAsked,  ///< the scan was limited to other categories
 };
-QV_CASE_NAMES(ScanCoverageReason, read, missing, notAFolder, link, ignored, cloud, mountPoint, permissionDenied, changing,
-              failed, categoryNotAsked)
+QV_CASE_NAMES(ScanCoverageReason, read, missing, notAFolder, link, ignored, cloud, mountPoint, permissionDenied,
+              changing, failed, categoryNotAsked)
 
 /// What a person should know of an item, or of the scan, beyond an item's reason.
 struct ScanCoverageNote {
-  std::optional<FilePath> path;      ///< of the item it is about
-  std::string key;                   ///< message key; its placeholders are the members below
+  std::optional<FilePath> path;  ///< of the item it is about
+  std::string key;               ///< message key; its placeholders are the members below
   std::optional<std::int64_t> count;
-  std::vector<std::string> names;    ///< shown as a list, at most a few
+  std::vector<std::string> names;  ///< shown as a list, at most a few
 
   bool operator==(const ScanCoverageNote&) const = default;
 };

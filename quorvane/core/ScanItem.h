@@ -1,9 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <string>
-
 #include "quorvane/base/FilePath.h"
 #include "quorvane/base/JsonRecord.h"
 #include "quorvane/base/Uuid.h"
@@ -12,12 +8,16 @@
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
 
+#include <cstdint>
+#include <optional>
+#include <string>
+
 namespace quorvane {
 
 /// One found location that could be removed.
 struct ScanItem {
-  Uuid id;              ///< fresh for every scan; the item's identity in review, preflight and history
-  FileUrl url;          ///< a file or a whole folder
+  Uuid id;      ///< fresh for every scan; the item's identity in review, preflight and history
+  FileUrl url;  ///< a file or a whole folder
   std::string displayName;
   ScanCategory category = ScanCategory::applicationCache;
   SafetyLevel safety = SafetyLevel::blocked;

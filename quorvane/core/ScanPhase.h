@@ -5,8 +5,9 @@
 
 namespace quorvane {
 
-/// Where the cleaning screen stands. The spine is idle, scanning, review, cleaning, completed; a scan or a cleaning that
-/// could not run at all ends in failed, and a cancelled scan in idle. From review, completed and failed a new scan starts.
+/// Where the cleaning screen stands. The spine is idle, scanning, review, cleaning, completed; a scan or a cleaning
+/// that could not run at all ends in failed, and a cancelled scan in idle. From review, completed and failed a new scan
+/// starts.
 namespace scanPhase {
 struct Idle {
   bool operator==(const Idle&) const = default;

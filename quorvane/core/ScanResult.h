@@ -1,21 +1,21 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "quorvane/base/Date.h"
 #include "quorvane/base/JsonRecord.h"
 #include "quorvane/core/ScanCoverage.h"
 #include "quorvane/core/ScanItem.h"
 
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
 namespace quorvane {
 
 /// The outcome of one completed scan.
 struct ScanResult {
-  Date startedAt;   ///< whole seconds
-  Date finishedAt;  ///< whole seconds
+  Date startedAt;               ///< whole seconds
+  Date finishedAt;              ///< whole seconds
   std::vector<ScanItem> items;  ///< in the order in which the scan produced them
   std::optional<std::vector<FilePath>> unreadablePaths;
   std::optional<ScanCoverageLedger> coverage;

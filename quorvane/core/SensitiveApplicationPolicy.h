@@ -1,9 +1,9 @@
 #pragma once
 
+#include "quorvane/base/CaseNames.h"
+
 #include <optional>
 #include <string_view>
-
-#include "quorvane/base/CaseNames.h"
 
 namespace quorvane {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "quorvane/base/JsonRecord.h"
+
+#include <cstdint>
 
 namespace quorvane {
 

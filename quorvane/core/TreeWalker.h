@@ -1,17 +1,17 @@
 #pragma once
 
+#include "quorvane/base/FilePath.h"
+#include "quorvane/base/Outcome.h"
+#include "quorvane/base/StopToken.h"
+#include "quorvane/core/FileIdentity.h"
+#include "quorvane/platform/FileSystem.h"
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "quorvane/base/FilePath.h"
-#include "quorvane/base/Outcome.h"
-#include "quorvane/base/StopToken.h"
-#include "quorvane/core/FileIdentity.h"
-#include "quorvane/platform/FileSystem.h"
 
 namespace quorvane {
 
@@ -23,12 +23,12 @@ struct TreeRoot {
 
 /// What one pass over a tree found. With anything unreadable, the sums are lower bounds.
 struct TreeMeasurement {
-  FileIdentity identity;           ///< of the root
-  std::uint64_t mount = 0;         ///< of the root
-  std::int64_t allocatedBytes = 0; ///< the folders' own blocks included, each object once: what `du` counts
-  std::int64_t entryCount = 0;     ///< objects seen, the root included
+  FileIdentity identity;            ///< of the root
+  std::uint64_t mount = 0;          ///< of the root
+  std::int64_t allocatedBytes = 0;  ///< the folders' own blocks included, each object once: what `du` counts
+  std::int64_t entryCount = 0;      ///< objects seen, the root included
   std::optional<FileTime> newestModification;
-  std::string digest;              ///< 64 hexadecimal digits; empty when not asked for
+  std::string digest;                   ///< 64 hexadecimal digits; empty when not asked for
   std::vector<std::string> unreadable;  ///< relative to the root ("" is the root itself); the first thousand
   std::int64_t unreadableCount = 0;
   std::vector<std::string> mountsInside;  ///< relative to the root: other volumes, not entered; the first thousand

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "quorvane/base/FilePath.h"
+#include "quorvane/base/Outcome.h"
+
 #include <map>
 #include <optional>
 #include <string>
-
-#include "quorvane/base/FilePath.h"
-#include "quorvane/base/Outcome.h"
 
 namespace quorvane {
 
@@ -17,7 +17,7 @@ struct FolderRequest {
 };
 
 enum class FolderFault {
-  homeUnknown,   ///< neither the environment nor the user database names a home
+  homeUnknown,  ///< neither the environment nor the user database names a home
   homeNotAbsolute,
 };
 

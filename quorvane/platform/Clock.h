@@ -1,8 +1,8 @@
 #pragma once
 
-#include <chrono>
-
 #include "quorvane/base/Date.h"
+
+#include <chrono>
 
 namespace quorvane {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include "quorvane/base/CaseNames.h"
 #include "quorvane/platform/FileSystem.h"
+
+#include <string>
+#include <string_view>
 
 namespace quorvane {
 
@@ -13,8 +13,8 @@ namespace quorvane {
 /// Writes a temporary sibling (exclusive, no link followed, permissions 0600), brings it to the disk, renames it over
 /// `name`, and brings the folder to the disk. After a failure the old file stands; the temporary is taken away, unless
 /// the process is killed meanwhile: then a file named `name` + ".tmp-" + a random text stays.
-Outcome<void, PosixError> replaceFile(FileSystem& fileSystem, int folder, const std::string& name, std::string_view bytes,
-                                      std::string_view uniqueText);
+Outcome<void, PosixError> replaceFile(FileSystem& fileSystem, int folder, const std::string& name,
+                                      std::string_view bytes, std::string_view uniqueText);
 
 /// Why a state file is not believed.
 enum class TrustFault {

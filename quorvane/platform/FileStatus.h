@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "quorvane/base/Date.h"
+
+#include <cstdint>
 
 namespace quorvane {
 
@@ -30,8 +30,8 @@ struct FileStatus {
   FileTime born;               ///< 0/0 where the file system keeps no birth time
   FileTime modified;
   FileTime changed;
-  std::uint64_t mount = 0;   ///< tells mounts apart, also two mounts of one volume; 0 where the system does not say
-  bool isDataless = false;   ///< a cloud placeholder: reading it would fetch it
+  std::uint64_t mount = 0;  ///< tells mounts apart, also two mounts of one volume; 0 where the system does not say
+  bool isDataless = false;  ///< a cloud placeholder: reading it would fetch it
 
   bool operator==(const FileStatus&) const = default;
 

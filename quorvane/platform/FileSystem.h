@@ -1,5 +1,10 @@
 #pragma once
 
+#include "quorvane/base/FilePath.h"
+#include "quorvane/platform/FileDescriptor.h"
+#include "quorvane/platform/FileStatus.h"
+#include "quorvane/platform/PosixError.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -7,11 +12,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "quorvane/base/FilePath.h"
-#include "quorvane/platform/FileDescriptor.h"
-#include "quorvane/platform/FileStatus.h"
-#include "quorvane/platform/PosixError.h"
 
 namespace quorvane {
 
@@ -32,7 +32,9 @@ class FolderListing {
   const std::vector<FolderEntry>& entries() const { return entries_; }
 
   /// The bytes of the name; a NUL stands behind them.
-  std::string_view nameOf(const FolderEntry& entry) const { return {names_.data() + entry.nameOffset, entry.nameLength}; }
+  std::string_view nameOf(const FolderEntry& entry) const {
+    return {names_.data() + entry.nameOffset, entry.nameLength};
+  }
 
   void clear();
   FolderEntry& add(std::string_view name);

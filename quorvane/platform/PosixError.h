@@ -1,8 +1,8 @@
 #pragma once
 
-#include <compare>
-
 #include "quorvane/base/Outcome.h"
+
+#include <compare>
 
 namespace quorvane {
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "quorvane/base/FilePath.h"
+#include "quorvane/base/StopToken.h"
+#include "quorvane/platform/PosixError.h"
+
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -7,16 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "quorvane/base/FilePath.h"
-#include "quorvane/base/StopToken.h"
-#include "quorvane/platform/PosixError.h"
-
 namespace quorvane {
 
 /// A command to be run directly: no shell reads it.
 struct ProcessRequest {
   FilePath executable;
-  std::vector<std::string> arguments;  ///< without the program's own name
+  std::vector<std::string> arguments;              ///< without the program's own name
   std::map<std::string, std::string> environment;  ///< the child gets exactly these
   std::optional<FilePath> workingFolder;
   std::chrono::milliseconds timeLimit{0};
@@ -45,9 +45,9 @@ class ProcessRunner {
   virtual Outcome<SafeProcessResult, PosixError> run(const ProcessRequest& request, StopToken stop) = 0;
 };
 
-/// Both streams are drained while the child runs; standard input is empty; no other descriptor reaches the child. At the
-/// limit the child is asked to end (SIGTERM) and half a second later made to (SIGKILL). The streams are waited for until
-/// the limit and one second at most. Stateless; callable from any thread, blocks only that one.
+/// Both streams are drained while the child runs; standard input is empty; no other descriptor reaches the child. At
+/// the limit the child is asked to end (SIGTERM) and half a second later made to (SIGKILL). The streams are waited for
+/// until the limit and one second at most. Stateless; callable from any thread, blocks only that one.
 class SafeProcessRunner final : public ProcessRunner {
  public:
   Outcome<SafeProcessResult, PosixError> run(const ProcessRequest& request, StopToken stop) override;

@@ -1,21 +1,21 @@
 #pragma once
 
+#include "quorvane/base/FilePath.h"
+#include "quorvane/platform/PosixError.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "quorvane/base/FilePath.h"
-#include "quorvane/platform/PosixError.h"
 
 namespace quorvane {
 
 struct RunningProcess {
   std::int32_t identifier = 0;
   std::uint32_t owner = 0;
-  std::string program;               ///< the name of its executable, as far as the system tells it
-  bool isInspectable = false;        ///< whether the next two could be read
-  FilePath workingFolder;            ///< empty when it has none
-  std::vector<FilePath> openPaths;   ///< executable, open files and folders, mapped files; absolute, links resolved
+  std::string program;              ///< the name of its executable, as far as the system tells it
+  bool isInspectable = false;       ///< whether the next two could be read
+  FilePath workingFolder;           ///< empty when it has none
+  std::vector<FilePath> openPaths;  ///< executable, open files and folders, mapped files; absolute, links resolved
 };
 
 class ProcessTable {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "quorvane/base/Uuid.h"
+
 #include <cstddef>
 #include <span>
-
-#include "quorvane/base/Uuid.h"
 
 namespace quorvane {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <memory>
-
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/platform/ProcessTable.h"
 #include "quorvane/platform/Volumes.h"
+
+#include <memory>
 
 // Each operating system's folder gives these its own implementation.
 

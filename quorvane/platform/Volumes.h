@@ -1,21 +1,21 @@
 #pragma once
 
+#include "quorvane/base/FilePath.h"
+#include "quorvane/base/Uuid.h"
+#include "quorvane/platform/PosixError.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
-
-#include "quorvane/base/FilePath.h"
-#include "quorvane/base/Uuid.h"
-#include "quorvane/platform/PosixError.h"
 
 namespace quorvane {
 
 /// Which volume an object lies on.
 struct VolumeIdentity {
   std::array<std::int32_t, 2> fileSystemID{};  ///< f_fsid
-  Uuid uuid;                                    ///< of the file system; where it tells none, one made from type and f_fsid
-  bool isUuidDerived = false;                   ///< the latter was the case
+  Uuid uuid;                   ///< of the file system; where it tells none, one made from type and f_fsid
+  bool isUuidDerived = false;  ///< the latter was the case
   std::uint64_t mount = 0;
   bool isLocal = false;
 

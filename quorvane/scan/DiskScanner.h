@@ -1,8 +1,5 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "quorvane/base/Outcome.h"
 #include "quorvane/core/IgnoreRuleStore.h"
 #include "quorvane/core/ScanResult.h"
@@ -17,6 +14,9 @@
 #include "quorvane/scan/ScanPauseControl.h"
 #include "quorvane/scan/ScanProgress.h"
 #include "quorvane/scan/ScanSettings.h"
+
+#include <string>
+#include <vector>
 
 namespace quorvane {
 

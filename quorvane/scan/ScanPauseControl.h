@@ -1,9 +1,9 @@
 #pragma once
 
-#include <condition_variable>
-
 #include "quorvane/base/StopToken.h"
 #include "quorvane/base/ThreadAnnotations.h"
+
+#include <condition_variable>
 
 namespace quorvane {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "quorvane/core/ScanActivitySnapshot.h"
+
 #include <functional>
 #include <optional>
 #include <string>
-
-#include "quorvane/core/ScanActivitySnapshot.h"
 
 namespace quorvane {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "quorvane/base/CaseNames.h"
 #include "quorvane/base/FilePath.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/platform/ApplicationFolders.h"
+
+#include <string>
+#include <vector>
 
 namespace quorvane {
 
