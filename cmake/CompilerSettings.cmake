@@ -1,5 +1,4 @@
-# The language and the warnings of every target of this project. Whether a warning is an error is the preset's choice
-# (CMAKE_COMPILE_WARNING_AS_ERROR), so that a newer compiler does not break a plain build.
+# The language and the warnings of every target of this project.
 set(CMAKE_CXX_STANDARD 23)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -21,14 +20,18 @@ add_compile_options(
 
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wsuggest-override)
-    # GCC 12 reports overlapping copies inside std::string::operator+ that do not exist (GCC bug 105651).
-    add_compile_options($<$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>:-Wno-restrict>)
-    # Sanitized code confuses the analysis of initialisation; the release build keeps the warning.
-    if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
-        add_compile_options(-Wno-maybe-uninitialized)
+    # GCC 12 reports what does not exist: overlapping copies inside std::string::operator+ (GCC bug 105651), and the unused
+    # half of a std::expected as used uninitialised. clang, which other presets compile with, looks for the latter too.
+    if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+        add_compile_options(-Wno-restrict -Wno-maybe-uninitialized)
     endif()
 else()
     add_compile_options(-Wthread-safety -Wsuggest-override)
+endif()
+
+# A newer compiler warns of more than continuous integration has seen; that must not keep people from building.
+if(NOT "${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION}" MATCHES "^(GNU 12|Clang 19)\\.")
+    set(CMAKE_COMPILE_WARNING_AS_ERROR OFF)
 endif()
 
 # Cheap checks of the standard library (an index past the end aborts) stay on in every build.
