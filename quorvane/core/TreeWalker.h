@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,34 +24,36 @@ struct TreeRoot {
 
 /// What one pass over a tree found. With anything unreadable, the sums are lower bounds.
 struct TreeMeasurement {
-  FileIdentity identity;            ///< of the root
-  std::uint64_t mount = 0;          ///< of the root
-  std::int64_t allocatedBytes = 0;  ///< the folders' own blocks included, each object once: what `du` counts
-  std::int64_t entryCount = 0;      ///< objects seen, the root included
-  std::optional<FileTime> newestModification;
+  FileStatus root;
+  std::int64_t allocatedBytes = 0;      ///< the folders' own blocks included, each object once: what `du` counts
+  std::int64_t entryCount = 0;          ///< objects seen, the root included
+  FileTime newestModification;          ///< of everything seen, the root included
   std::string digest;                   ///< 64 hexadecimal digits; empty when not asked for
   std::vector<std::string> unreadable;  ///< relative to the root ("" is the root itself); the first thousand
   std::int64_t unreadableCount = 0;
-  std::vector<std::string> mountsInside;  ///< relative to the root: other volumes, not entered; the first thousand
+  std::vector<std::string> mountsInside;  ///< relative to the root: other mounts, not entered; the first thousand
   bool changedWhileRead = false;          ///< something vanished or became something else during the walk
 
   bool isLowerBound() const { return unreadableCount > 0 || !mountsInside.empty() || changedWhileRead; }
 };
 
-struct WalkOptions {
-  bool takesDigest = true;
-};
+/// The root cannot be read at all (its own reason), or the walk was stopped (ECANCELED).
+using TreeOutcome = Outcome<TreeMeasurement, PosixError>;
 
-/// How far a walk has come; any thread may look at it meanwhile.
-struct WalkProgress {
-  std::atomic<std::int64_t> entryCount{0};
+/// What a walk is to do, and whom to tell. The functions are called on the walking threads, without a lock held.
+struct WalkRequest {
+  bool takesDigest = true;
+  StopToken stop;
+  /// Before the tree with this index is begun. May wait; false stops the walk.
+  std::function<bool(std::size_t)> begins;
+  /// After the tree with this index is measured. Trees may end in another order than they began.
+  std::function<void(std::size_t, const TreeOutcome&)> ends;
+  /// Counts every object seen, of all trees.
+  std::atomic<std::int64_t>* entryCount = nullptr;
 };
 
 /// Measures trees with one pass each, on all cores at once. Follows no link at any level, enters no other mount, and
 /// needs memory for the folders on the way and not for the files.
-///
-/// The digest of a folder is SHA-256 over its sorted entries, those of its folders included, so it does not depend on
-/// the order in which the threads came to them; docs/formats/tree-digest.md has the exact bytes.
 class TreeWalker {
  public:
   explicit TreeWalker(FileSystem& fileSystem);
@@ -58,14 +61,11 @@ class TreeWalker {
   TreeWalker(const TreeWalker&) = delete;
   TreeWalker& operator=(const TreeWalker&) = delete;
 
-  /// Measures one tree. Fails when the root cannot be read at all (its own reason), or with ECANCELED after a stop
-  /// request. One call at a time; waits until the tree is measured.
-  Outcome<TreeMeasurement, PosixError> measure(const TreeRoot& root, const WalkOptions& options, StopToken stop,
-                                               WalkProgress* progress = nullptr);
+  /// One outcome for each root, in their order. One call at a time; the calling thread works along until all are done.
+  std::vector<TreeOutcome> measure(const std::vector<TreeRoot>& roots, const WalkRequest& request);
 
  private:
   class Pool;
-  FileSystem& fileSystem_;
   std::unique_ptr<Pool> pool_;
 };
 
