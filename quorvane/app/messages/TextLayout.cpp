@@ -1,0 +1,113 @@
+#include "quorvane/app/messages/TextLayout.h"
+
+#include "quorvane/base/Utf8.h"
+
+#include <utf8proc.h>
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+std::size_t widthOf(char32_t codePoint) {
+  return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(static_cast<utf8proc_int32_t>(codePoint))));
+}
+
+// A letter with the marks on it: what may not be torn apart.
+struct Cluster {
+  std::size_t length = 0;
+  std::size_t width = 0;
+};
+
+Cluster firstCluster(std::string_view text) {
+  Cluster cluster;
+  while (cluster.length < text.size()) {
+    const Utf8Step step = readUtf8(text.substr(cluster.length));
+    const std::size_t width = widthOf(step.codePoint);
+    if (cluster.length > 0 && width > 0) break;
+    cluster.length += step.length;
+    cluster.width += width;
+  }
+  return cluster;
+}
+
+std::vector<Cluster> clustersOf(std::string_view text) {
+  std::vector<Cluster> clusters;
+  while (!text.empty()) {
+    clusters.push_back(firstCluster(text));
+    text.remove_prefix(clusters.back().length);
+  }
+  return clusters;
+}
+
+// The bytes of as many of these clusters as fit.
+template <class Clusters>
+std::size_t lengthWithin(const Clusters& clusters, std::size_t columns) {
+  std::size_t length = 0;
+  for (const Cluster& cluster : clusters) {
+    if (cluster.width > columns) break;
+    columns -= cluster.width;
+    length += cluster.length;
+  }
+  return length;
+}
+
+}  // namespace
+
+std::size_t displayWidth(std::string_view text) {
+  std::size_t width = 0;
+  while (!text.empty()) {
+    const Utf8Step step = readUtf8(text);
+    width += widthOf(step.codePoint);
+    text.remove_prefix(step.length);
+  }
+  return width;
+}
+
+std::string paddedRight(std::string_view text, std::size_t columns) {
+  const std::size_t width = displayWidth(text);
+  return std::string(text) + std::string(columns > width ? columns - width : 0, ' ');
+}
+
+std::string paddedLeft(std::string_view text, std::size_t columns) {
+  const std::size_t width = displayWidth(text);
+  return std::string(columns > width ? columns - width : 0, ' ') + std::string(text);
+}
+
+std::string shortened(std::string_view text, std::size_t columns, std::string_view ellipsis) {
+  if (displayWidth(text) <= columns) return std::string(text);
+  auto clusters = clustersOf(text);
+  const std::size_t gap = displayWidth(ellipsis);
+  if (columns <= gap) return std::string(text.substr(0, lengthWithin(clusters, columns)));
+  const std::size_t room = columns - gap;
+  const std::size_t head = lengthWithin(clusters, (room + 1) / 2);
+  std::ranges::reverse(clusters);
+  const std::size_t tail = lengthWithin(clusters, room - displayWidth(text.substr(0, head)));
+  return std::string(text.substr(0, head)) + std::string(ellipsis) + std::string(text.substr(text.size() - tail));
+}
+
+std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
+  columns = std::max<std::size_t>(columns, 2);
+  std::vector<std::string> lines(1);
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(' '), text.size());
+    std::string_view word = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (word.empty()) continue;
+    const std::size_t width = displayWidth(word);
+    if (!lines.back().empty() && displayWidth(lines.back()) + 1 + width > columns) lines.emplace_back();
+    if (!lines.back().empty()) lines.back() += ' ';
+    while (displayWidth(word) > columns) {
+      const std::size_t part = std::max(lengthWithin(clustersOf(word), columns), firstCluster(word).length);
+      lines.back() += word.substr(0, part);
+      lines.emplace_back();
+      word.remove_prefix(part);
+    }
+    lines.back() += word;
+  }
+  if (lines.size() > 1 && lines.back().empty()) lines.pop_back();
+  return lines;
+}
+
+}  // namespace quorvane
