@@ -16,7 +16,8 @@ endif()
 
 add_compile_options(
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-    -Wold-style-cast -Wcast-align -Wcast-qual -Wextra-semi -Wformat=2 -Wimplicit-fallthrough -Wundef -Wswitch-enum)
+    -Wold-style-cast -Wcast-align -Wcast-qual -Wextra-semi -Wdeprecated-copy-dtor -Wformat=2 -Wimplicit-fallthrough
+    -Wundef -Wswitch-enum)
 
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wsuggest-override)
