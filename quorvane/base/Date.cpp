@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::int64_t nanosecondsInASecond = 1'000'000'000;
 
+/// `Date` begins in the middle of a second, which therefore has no beginning within its reach.
+constexpr Date earliestWholeSecond(std::chrono::duration_cast<std::chrono::seconds>(Date::min().time_since_epoch()));
+
 std::optional<int> digits(std::string_view text, std::size_t from, std::size_t count) {
   int value = 0;
   for (const char c : text.substr(from, count)) {
@@ -38,14 +41,15 @@ Date dateFromTimestamp(std::int64_t seconds, std::int64_t nanoseconds) {
 }
 
 Date wholeSeconds(Date date) {
-  const auto whole = std::chrono::floor<std::chrono::seconds>(date.time_since_epoch());
-  return dateFromTimestamp(whole.count(), 0);
+  if (date < earliestWholeSecond) return earliestWholeSecond;
+  return std::chrono::floor<std::chrono::seconds>(date);
 }
 
 std::string isoText(Date date) {
-  const auto day = std::chrono::floor<std::chrono::days>(date);
+  const auto moment = std::chrono::time_point_cast<std::chrono::seconds>(wholeSeconds(date));
+  const auto day = std::chrono::floor<std::chrono::days>(moment);
   const std::chrono::year_month_day calendar(day);
-  const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(date - day));
+  const std::chrono::hh_mm_ss time(moment - day);
   return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(calendar.year()),
                      static_cast<unsigned>(calendar.month()), static_cast<unsigned>(calendar.day()),
                      time.hours().count(), time.minutes().count(), time.seconds().count());
