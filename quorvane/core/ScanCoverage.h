@@ -34,10 +34,12 @@ enum class ScanCoverageReason {
   permissionDenied,  ///< the system refused to read it, or parts of it
   changing,          ///< it vanished or became something else while it was read
   failed,            ///< reading failed for another reason
+  ownData,           ///< the program keeps its own state there, or inside
+  overlaps,          ///< another item holds it, or lies inside
   categoryNotAsked,  ///< the scan was limited to other categories
 };
 QV_CASE_NAMES(ScanCoverageReason, read, missing, notAFolder, link, ignored, cloud, mountPoint, permissionDenied,
-              changing, failed, categoryNotAsked)
+              changing, failed, ownData, overlaps, categoryNotAsked)
 
 /// What a person should know of an item, or of the scan, beyond an item's reason.
 struct ScanCoverageNote {

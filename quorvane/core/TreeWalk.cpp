@@ -8,6 +8,7 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t mostPathsKept = 1000;
+constexpr std::int64_t entriesBetweenReports = 4096;
 
 bool meansChange(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
 
@@ -33,7 +34,9 @@ void WalkTree::Share::clear() {
 }
 
 void WalkTree::add(const Share& share) {
-  if (request.entryCount) request.entryCount->fetch_add(share.entryCount, std::memory_order_relaxed);
+  const std::int64_t before = state_.entryCount.fetch_add(share.entryCount, std::memory_order_relaxed);
+  const std::int64_t now = before + share.entryCount;
+  if (request.advances && before / entriesBetweenReports != now / entriesBetweenReports) request.advances(now);
   const MutexLock lock(mutex_);
   measurement_.allocatedBytes += share.allocatedBytes;
   measurement_.entryCount += share.entryCount;

@@ -17,12 +17,17 @@
 
 namespace quorvane {
 
+/// What all trees of one walk share.
+struct WalkState {
+  std::atomic<bool> isCancelled = false;
+  std::atomic<std::int64_t> entryCount = 0;
+};
+
 /// What is gathered of one tree. The threads add to it folder by folder.
 class WalkTree {
  public:
-  WalkTree(std::size_t treeIndex, const TreeRoot& treeRoot, const WalkRequest& walkRequest,
-           const std::atomic<bool>& isCancelled)
-      : index(treeIndex), root(treeRoot), request(walkRequest), isCancelled_(isCancelled) {}
+  WalkTree(std::size_t treeIndex, const TreeRoot& treeRoot, const WalkRequest& walkRequest, WalkState& state)
+      : index(treeIndex), root(treeRoot), request(walkRequest), state_(state) {}
 
   /// What one folder, or the root alone, adds to the sums.
   struct Share {
@@ -46,7 +51,7 @@ class WalkTree {
   void fail(PosixError reason);
   void finish(const Sha256Digest* digest);
 
-  bool isStopped() const { return request.stop.stopRequested() || isCancelled_.load(std::memory_order_relaxed); }
+  bool isStopped() const { return request.stop.stopRequested() || state_.isCancelled.load(std::memory_order_relaxed); }
   TreeOutcome outcome();
 
   const std::size_t index;
@@ -55,7 +60,7 @@ class WalkTree {
   FileStatus rootStatus;  ///< written before the first folder is shared
 
  private:
-  const std::atomic<bool>& isCancelled_;  ///< of all trees of one walk
+  WalkState& state_;
   Mutex mutex_;
   TreeMeasurement measurement_ QV_GUARDED_BY(mutex_);
   InodeSet hardLinked_ QV_GUARDED_BY(mutex_);

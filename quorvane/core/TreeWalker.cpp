@@ -35,14 +35,14 @@ class TreeWalker::Pool {
 
   std::vector<TreeOutcome> measure(const std::vector<TreeRoot>& roots, const WalkRequest& request) {
     startThreads();
-    std::atomic<bool> isCancelled = false;
+    WalkState state;
     std::deque<WalkTree> trees;
-    for (const TreeRoot& root : roots) trees.emplace_back(trees.size(), root, request, isCancelled);
+    for (const TreeRoot& root : roots) trees.emplace_back(trees.size(), root, request, state);
     {
       const MutexLock lock(mutex_);
       for (WalkTree& tree : trees) unbegun_.push_back(&tree);
       unfinishedTrees_ = trees.size();
-      isCancelled_ = &isCancelled;
+      state_ = &state;
     }
     if (trees.size() > 1) changed_.notify_all();
     work(callersReader_, [this]() QV_REQUIRES(mutex_) { return unfinishedTrees_ == 0; });
@@ -158,7 +158,7 @@ class TreeWalker::Pool {
 
   void cancel() {
     const MutexLock lock(mutex_);
-    isCancelled_->store(true, std::memory_order_relaxed);
+    state_->isCancelled.store(true, std::memory_order_relaxed);
   }
 
   void endTree(WalkTree& tree) {
@@ -178,7 +178,7 @@ class TreeWalker::Pool {
   std::condition_variable_any changed_;
   std::vector<Waiting> waiting_ QV_GUARDED_BY(mutex_);
   std::deque<WalkTree*> unbegun_ QV_GUARDED_BY(mutex_);
-  std::atomic<bool>* isCancelled_ QV_GUARDED_BY(mutex_) = nullptr;
+  WalkState* state_ QV_GUARDED_BY(mutex_) = nullptr;
   std::size_t unfinishedTrees_ QV_GUARDED_BY(mutex_) = 0;
   std::size_t sleeping_ QV_GUARDED_BY(mutex_) = 0;
   bool closing_ QV_GUARDED_BY(mutex_) = false;

@@ -6,7 +6,6 @@
 #include "quorvane/core/FileIdentity.h"
 #include "quorvane/platform/FileSystem.h"
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -48,8 +47,8 @@ struct WalkRequest {
   std::function<bool(std::size_t)> begins;
   /// After the tree with this index is measured. Trees may end in another order than they began.
   std::function<void(std::size_t, const TreeOutcome&)> ends;
-  /// Counts every object seen, of all trees.
-  std::atomic<std::int64_t>* entryCount = nullptr;
+  /// Now and then, with the number of objects seen in all trees so far.
+  std::function<void(std::int64_t)> advances;
 };
 
 /// Measures trees with one pass each, on all cores at once. Follows no link at any level, enters no other mount, and

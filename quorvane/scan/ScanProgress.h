@@ -17,7 +17,7 @@ struct CleaningScanProgressUpdate {
   bool operator==(const CleaningScanProgressUpdate&) const = default;
 };
 
-/// Takes reports on the thread of the scan. Has to return at once.
+/// Takes reports, from several threads at once. Has to return at once.
 using ScanProgressSink = std::function<void(CleaningScanProgressUpdate)>;
 
 }  // namespace quorvane

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "quorvane/platform/FileSystem.h"
+
+namespace quorvane {
+
+/// Whether an open folder carries a valid cache directory tag: a regular file "CACHEDIR.TAG" that begins with the
+/// signature of the Cache Directory Tagging Specification (bford.info/cachedir). Whoever made it says that the folder
+/// holds nothing that cannot be made again.
+bool hasCacheDirectoryTag(FileSystem& fileSystem, int folder);
+
+}  // namespace quorvane

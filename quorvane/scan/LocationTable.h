@@ -1,0 +1,75 @@
+#pragma once
+
+#include "quorvane/core/SafetyLevel.h"
+#include "quorvane/core/ScanCategory.h"
+#include "quorvane/scan/CleaningRules.h"
+#include "quorvane/scan/LocationFolders.h"
+#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/ScanStep.h"
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+/// What of a location becomes an item.
+enum class LocationSubject {
+  entries,      ///< each thing directly in the folder
+  files,        ///< each regular file directly in the folder
+  itself,       ///< the folder or file as a whole
+  taggedBelow,  ///< each folder up to three levels below that carries a cache directory tag
+};
+
+/// How the safety of an item follows from its rule and from what is found there.
+enum class LocationKind {
+  cache,        ///< as the rule says; blocked for a sensitive application
+  anyCache,     ///< safe only for a known name or with a cache directory tag, review without; blocked as above
+  log,          ///< as the rule says; blocked for a sensitive application
+  build,        ///< as the rule says; blocked while something in it is less than a day old
+  ideCache,     ///< as `build`; review where it holds the history of the user's own files
+  archive,      ///< as the rule says
+  worktree,     ///< by the state of its git worktree
+  old,          ///< as the rule says; no item before its content is 30 calendar days old
+  deviceBackup  ///< by what the backup says of itself
+};
+
+/// One location of a table. A path component "*" stands for any one folder.
+struct LocationRule {
+  ScanStep step;
+  ScanCategory category;
+  LocationBase base;
+  std::string_view path;  ///< below the base; empty for the base itself
+  LocationSubject subject;
+  LocationKind kind;
+  SafetyLevel safety;
+  std::string_view reasonKey;
+  std::string_view name = {};        ///< shown for an item that is the location itself; else its last component is
+  std::string_view extensions = {};  ///< between blanks, lower-case: only names with one of them
+  std::string_view namePart = {};    ///< only names that contain this
+};
+
+/// A folder in a cache home whose owner is known to make it again.
+struct KnownCache {
+  std::string_view name;  ///< of the folder, in lower case
+  ScanCategory category;
+};
+
+/// Everything that a scan knows of one kind of home.
+struct LocationTable {
+  std::span<const LocationRule> rules;      ///< in the order of the steps
+  std::span<const KnownCache> knownCaches;  ///< for rules of kind `anyCache`
+  std::span<const std::string_view>
+      browserBundleFragments;  ///< a cache whose lower-cased name contains one is a browser's
+  bool showsLastNamePiece;     ///< a name with dots is shown by its last piece, as bundle identifiers want it
+};
+
+/// The two tables.
+const LocationTable& locationTable(HomeLayout layout);
+const LocationTable& linuxLocations();
+const LocationTable& macLocations();
+
+/// Where cleaning is allowed in a home: for the Linux layout, the places that its table names.
+CleaningRules cleaningRules(const ScanSettings& settings, const LocationFolders& folders);
+
+}  // namespace quorvane

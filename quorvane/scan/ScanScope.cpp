@@ -1,0 +1,57 @@
+#include "quorvane/scan/ScanScope.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+/// Whether the sorted paths hold one at or below `folder`.
+bool anyAtOrBelow(const std::vector<FilePath>& sorted, const FilePath& folder) {
+  if (std::ranges::binary_search(sorted, folder)) return true;
+  const auto first = std::ranges::lower_bound(sorted, FilePath{folder.bytes + "/"});
+  return first != sorted.end() && isBelow(*first, folder);
+}
+
+}  // namespace
+
+std::optional<ScanCoverageReason> ScanScope::reasonToSkip(const FilePath& canonicalPath) const {
+  const auto liesInside = [&](const IgnoreRule& rule) { return isBelow(rule.canonicalPath, canonicalPath); };
+  if (ruleCovering(scanIgnoreRules, canonicalPath) || std::ranges::any_of(scanIgnoreRules, liesInside))
+    return ScanCoverageReason::ignored;
+  if (scanCloudScope.contains(canonicalPath)) return ScanCoverageReason::cloud;
+  if (isAtOrBelow(ownData, canonicalPath) || isBelow(canonicalPath, ownData)) return ScanCoverageReason::ownData;
+  if (anyAtOrBelow(mountPoints, canonicalPath)) return ScanCoverageReason::mountPoint;
+  return std::nullopt;
+}
+
+ScanScope scanScope(const ScanServices& services, const ScanSettings& settings,
+                    std::vector<ScanCoverageNote>& notices) {
+  ScanScope scope{.scanIgnoreRules = {},
+                  .scanCloudScope = CloudScope(services.fileSystem, settings.folders.home, settings.layout),
+                  .ownData = settings.folders.applicationSupport,
+                  .mountPoints = {}};
+  if (auto rules = services.ignoreStore.load()) {
+    scope.scanIgnoreRules = *std::move(rules);
+  } else {
+    notices.push_back({rules.error().file, "coverage.notice.ignoreRulesUnreadable", std::nullopt, {}});
+  }
+  if (auto ownData = services.fileSystem.resolved(scope.ownData)) scope.ownData = *std::move(ownData);
+  if (auto mountPoints = services.volumes.mountPoints()) scope.mountPoints = *std::move(mountPoints);
+  return scope;
+}
+
+bool TakenPlaces::take(const FilePath& canonicalPath) {
+  for (FilePath above = canonicalPath; above.bytes.size() > 1; above = parentOf(above))
+    if (isTaken(above)) return false;
+  if (holdsTaken(canonicalPath)) return false;
+  places_.insert(canonicalPath);
+  return true;
+}
+
+bool TakenPlaces::holdsTaken(const FilePath& path) const {
+  const auto first = places_.lower_bound(FilePath{path.bytes + "/"});
+  return first != places_.end() && isBelow(*first, path);
+}
+
+}  // namespace quorvane

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "quorvane/base/FilePath.h"
+#include "quorvane/core/IgnoreRule.h"
+#include "quorvane/core/ScanCoverage.h"
+#include "quorvane/scan/CloudScope.h"
+#include "quorvane/scan/DiskScanner.h"
+
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace quorvane {
+
+/// What one scan may look at, told by canonical paths.
+struct ScanScope {
+  std::vector<IgnoreRule> scanIgnoreRules;
+  CloudScope scanCloudScope;
+  FilePath ownData;                   ///< the program's own state
+  std::vector<FilePath> mountPoints;  ///< sorted
+
+  /// Why no item may be made of this place; nothing when it may. A place with something inside that is out of bounds is
+  /// so itself: removing it would take that along.
+  std::optional<ScanCoverageReason> reasonToSkip(const FilePath& canonicalPath) const;
+};
+
+/// The scope as it is now. Ignore rules that cannot be read leave nothing out, and a notice behind.
+ScanScope scanScope(const ScanServices& services, const ScanSettings& settings, std::vector<ScanCoverageNote>& notices);
+
+/// The places that items were made of, so that none lies inside another.
+class TakenPlaces {
+ public:
+  /// Takes a place; false when it is taken, lies in one that is, or holds one.
+  bool take(const FilePath& canonicalPath);
+
+ private:
+  bool isTaken(const FilePath& path) const { return places_.contains(path); }
+  bool holdsTaken(const FilePath& path) const;
+
+  std::set<FilePath> places_;
+};
+
+}  // namespace quorvane

@@ -1,0 +1,11 @@
+#include "quorvane/scan/ScanSettings.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+bool ScanRequest::asksFor(ScanCategory category) const {
+  return categories.empty() || std::ranges::find(categories, category) != categories.end();
+}
+
+}  // namespace quorvane
