@@ -21,7 +21,7 @@ enum class IgnoreRuleFault {
   busy,         ///< another run of the program is changing it
   notWritten,   ///< the new rules could not be brought to the disk
   notFound,     ///< no rule has this path or identifier
-  invalidPath,  ///< empty, relative, or with a NUL
+  invalidPath,  ///< empty, relative, with a NUL, or one whose links cannot be resolved
 };
 QV_CASE_NAMES(IgnoreRuleFault, untrusted, unreadable, undecodable, busy, notWritten, notFound, invalidPath)
 
@@ -39,7 +39,9 @@ std::string messageKey(IgnoreRuleFault fault);
 /// The ignore rules, kept in "ignored-paths.json" in the application-support folder.
 ///
 /// Every change reads the file anew under the lock "ignored-paths.json.lock" beside it, and replaces it as a whole. All
-/// calls wait for the disk, none for another process.
+/// calls wait for the disk, none for another process. Reading makes nothing; the first `add` makes the folder, with
+/// permissions 0700. A file that cannot be read, trusted or decoded makes every call fail and stays untouched; so does
+/// the old file when the new one cannot be written, or would hold more than 4 MiB.
 class IgnoreRuleStore {
  public:
   IgnoreRuleStore(FileSystem& fileSystem, RandomSource& random, FilePath applicationSupport);
@@ -55,6 +57,11 @@ class IgnoreRuleStore {
   Outcome<IgnoreRule, IgnoreRuleError> remove(std::string_view pathOrIdentifier);
 
  private:
+  std::unexpected<IgnoreRuleError> refused(IgnoreRuleFault fault, PosixError reason = {}) const;
+  Outcome<FileDescriptor, IgnoreRuleError> locked(int folder);
+  Outcome<std::vector<IgnoreRule>, IgnoreRuleError> read(int folder);
+  Outcome<void, IgnoreRuleError> write(int folder, const std::vector<IgnoreRule>& rules);
+
   FileSystem& fileSystem_;
   RandomSource& random_;
   FilePath fileURL_;
