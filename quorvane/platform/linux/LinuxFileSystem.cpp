@@ -1,34 +1,20 @@
 #include "quorvane/platform/SystemPlatform.h"
+#include "quorvane/platform/linux/DirectoryRecords.h"
 #include "quorvane/platform/posix/PosixFileSystem.h"
-#include "quorvane/platform/posix/Retry.h"
 
-#include <cstring>
+#include <cerrno>
 #include <memory>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 namespace quorvane {
 
 namespace {
 
-constexpr std::size_t listBlockSize = 128 * 1024;
 constexpr int lookOnly = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT;
-
-/// Where getdents64 puts the parts of a record; glibc declares none. The name ends with a NUL.
-constexpr std::size_t recordLengthOffset = 16;
-constexpr std::size_t recordKindOffset = 18;
-constexpr std::size_t recordNameOffset = 19;
-
-/// One block for each thread that lists folders, kept until the thread ends.
-std::byte* listBlock() {
-  thread_local const std::unique_ptr<std::byte[]> block(new std::byte[listBlockSize]);
-  return block.get();
-}
 
 std::int32_t deviceNumber(std::uint64_t device) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(device));
@@ -90,27 +76,6 @@ void readEntryStatus(int folder, const char* name, FolderEntry& entry) {
   }
 }
 
-bool standsForAFolderItself(const char* name) {
-  return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
-void addRecords(int folder, const std::byte* block, std::size_t size, FolderListing& listing) {
-  for (std::size_t at = 0; at < size;) {
-    const std::byte* const record = block + at;
-    std::uint16_t length = 0;
-    std::memcpy(&length, record + recordLengthOffset, sizeof length);
-    at += length;
-    const char* const name = reinterpret_cast<const char*>(record + recordNameOffset);
-    if (standsForAFolderItself(name)) continue;
-    FolderEntry& entry = listing.add(name);
-    if (record[recordKindOffset] == std::byte{DT_DIR}) {
-      entry.isFolder = true;
-    } else {
-      readEntryStatus(folder, name, entry);
-    }
-  }
-}
-
 class LinuxFileSystem final : public PosixFileSystem {
  public:
   using PosixFileSystem::isLeaf;
@@ -124,14 +89,14 @@ class LinuxFileSystem final : public PosixFileSystem {
 
   Outcome<void, PosixError> list(int folder, FolderListing& listing) override {
     listing.clear();
-    std::byte* const block = listBlock();
-    if (::lseek(folder, 0, SEEK_SET) != 0) return failure(lastPosixError());
-    for (;;) {
-      const long size = retried([&] { return ::syscall(SYS_getdents64, folder, block, listBlockSize); });
-      if (size < 0) return failure(lastPosixError());
-      if (size == 0) return {};
-      addRecords(folder, block, static_cast<std::size_t>(size), listing);
-    }
+    return visitDirectory(folder, [&](const char* name, unsigned char kind) {
+      FolderEntry& entry = listing.add(name);
+      if (kind == DT_DIR) {
+        entry.isFolder = true;
+      } else {
+        readEntryStatus(folder, name, entry);
+      }
+    });
   }
 };
 
