@@ -1,0 +1,46 @@
+#include "quorvane/app/model/HomeSettings.h"
+
+#include <string_view>
+#include <utility>
+
+#include <sys/utsname.h>
+
+namespace quorvane {
+
+namespace {
+
+std::vector<FilePath> systemRoots(HomeLayout layout) {
+  switch (layout) {
+    case HomeLayout::linux: return {{"/opt"}, {"/var/lib/flatpak/app"}};
+    case HomeLayout::macos: return {{"/Applications"}};
+  }
+  std::unreachable();
+}
+
+std::vector<FilePath> ownRoots(const ApplicationFolders& folders, HomeLayout layout) {
+  switch (layout) {
+    case HomeLayout::linux:
+      return {joined(folders.data, "flatpak/app"), joined(folders.home, "Applications"),
+              joined(folders.home, ".local/opt")};
+    case HomeLayout::macos: return {joined(folders.home, "Applications")};
+  }
+  std::unreachable();
+}
+
+}  // namespace
+
+HomeLayout systemHomeLayout() {
+  utsname system{};
+  const bool isDarwin = ::uname(&system) == 0 && std::string_view(system.sysname) == "Darwin";
+  return isDarwin ? HomeLayout::macos : HomeLayout::linux;
+}
+
+ScanSettings scanSettings(const HomeRequest& request) {
+  ScanSettings settings{request.folders, request.layout, {}};
+  if (!request.staysInside) settings.applicationRoots = systemRoots(request.layout);
+  for (FilePath& root : ownRoots(request.folders, request.layout))
+    if (!request.staysInside || isBelow(root, request.folders.home)) settings.applicationRoots.push_back(root);
+  return settings;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "quorvane/base/Dispatcher.h"
+#include "quorvane/base/ThreadAnnotations.h"
+#include "quorvane/platform/FileDescriptor.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+
+namespace quorvane {
+
+/// The main thread of a face without a desktop: runs posted functions one after the other, on the thread that calls
+/// `run`, in the order of the times they are due and otherwise in the order they were posted.
+class MainLoop final : public Dispatcher {
+ public:
+  MainLoop();
+
+  void postAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
+
+  /// Runs what is posted until a function among it calls `stop`; sleeps in between. What is not due then stays.
+  void run();
+
+  /// Ends `run` after the function that is running. From any thread.
+  void stop();
+
+  /// What `run` does next, before any posted function, once `interrupt` was called. Set before `run`.
+  void setInterruptHandler(std::function<void()> handler) { interruptHandler_ = std::move(handler); }
+
+  /// Wakes the loop to its interrupt handler. Safe in a signal handler.
+  void interrupt() noexcept;
+
+ private:
+  using Time = std::chrono::steady_clock::time_point;
+
+  void wake() noexcept;
+  void sleep(std::optional<Time> until);
+  std::function<void()> takeDue();
+  std::optional<Time> nextDue();
+
+  FileDescriptor wakeReader_;
+  FileDescriptor wakeWriter_;
+  std::function<void()> interruptHandler_;
+  std::atomic<bool> isInterrupted_{false};
+  std::atomic<bool> isStopped_{false};
+
+  Mutex mutex_;
+  std::multimap<Time, std::function<void()>> posted_ QV_GUARDED_BY(mutex_);
+};
+
+}  // namespace quorvane
