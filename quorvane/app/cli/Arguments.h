@@ -1,0 +1,90 @@
+#pragma once
+
+#include "quorvane/app/cli/CommandError.h"
+#include "quorvane/core/ScanCategory.h"
+#include "quorvane/scan/ScanSettings.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace quorvane {
+
+enum class CommandName { overview, scan, ignore, ignoreList, ignoreAdd, ignoreRemove };
+
+/// What every command understands.
+struct GlobalOptions {
+  std::optional<std::string> home = std::nullopt;
+  std::optional<std::string> dataDirectory = std::nullopt;
+  std::optional<HomeLayout> layout = std::nullopt;  ///< none: that of the running system
+  bool json = false;
+  bool isQuiet = false;
+  bool hasNoColours = false;
+
+  bool operator==(const GlobalOptions&) const = default;
+};
+
+/// One command that a person asked for.
+struct Invocation {
+  CommandName command = CommandName::overview;
+  GlobalOptions options = {};
+  std::vector<ScanCategory> categories = {};
+  std::string subject = {};  ///< PATH, or PATH-OR-ID
+
+  bool operator==(const Invocation&) const = default;
+};
+
+struct HelpRequest {
+  CommandName command = CommandName::overview;
+
+  bool operator==(const HelpRequest&) const = default;
+};
+
+struct VersionRequest {
+  bool operator==(const VersionRequest&) const = default;
+};
+
+using Request = std::variant<Invocation, HelpRequest, VersionRequest, CommandError>;
+
+struct ParsedArguments {
+  Request request;
+  bool wantsJson = false;  ///< also where the request itself was not understood
+};
+
+/// Reads the arguments behind the program's name. Looks at no file.
+ParsedArguments parseArguments(const std::vector<std::string>& arguments);
+
+/// An option, or an argument without a dash.
+struct OptionDescription {
+  std::string_view name;   ///< "--home"
+  std::string_view value;  ///< "DIR"; empty for a flag
+  std::string_view key;    ///< message key of its description
+};
+
+struct CommandDescription {
+  CommandName command;
+  std::string_view words;  ///< what a person types behind "quorvane"; empty for none
+  std::string_view key;
+  std::string_view exampleKey;
+  std::span<const OptionDescription> options;
+  std::span<const OptionDescription> arguments;
+};
+
+/// Every command, those that only lead to others included; the one without words is the first.
+std::span<const CommandDescription> commandDescriptions();
+
+const CommandDescription& descriptionOf(CommandName command);
+
+/// The options that every command understands.
+std::span<const OptionDescription> globalOptionDescriptions();
+
+/// Those that are reached by one more word.
+std::vector<const CommandDescription*> commandsBelow(const CommandDescription& command);
+
+/// "quorvane ignore add"
+std::string fullName(const CommandDescription& command);
+
+}  // namespace quorvane

@@ -1,0 +1,73 @@
+#include "quorvane/app/cli/CommandLine.h"
+
+#include "quorvane/app/cli/Commands.h"
+#include "quorvane/app/cli/HelpText.h"
+#include "quorvane/app/cli/Version.h"
+
+#include <fmt/format.h>
+
+#include <exception>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+/// Answers one request.
+class RequestRunner {
+ public:
+  RequestRunner(Console& console, const CommandLineEnvironment& environment)
+      : console_(console), environment_(environment) {}
+
+  CommandOutcome operator()(const VersionRequest&) {
+    console_.print(fmt::format("quorvane {}\n", programVersion()));
+    return ExitCode::done;
+  }
+
+  CommandOutcome operator()(const HelpRequest& request) {
+    console_.print(helpText(descriptionOf(request.command), console_.catalogue(), console_.outputStyle()));
+    return ExitCode::done;
+  }
+
+  CommandOutcome operator()(const CommandError& mistake) { return failure(mistake); }
+
+  CommandOutcome operator()(const Invocation& invocation) {
+    const CommandContext context{console_, invocation, environment_};
+    switch (invocation.command) {
+      case CommandName::overview: return runOverview(context);
+      case CommandName::scan: return runScan(context);
+      case CommandName::ignore:
+      case CommandName::ignoreList:
+      case CommandName::ignoreAdd:
+      case CommandName::ignoreRemove: return runIgnore(context);
+    }
+    std::unreachable();
+  }
+
+ private:
+  Console& console_;
+  const CommandLineEnvironment& environment_;
+};
+
+CommandOutcome answered(const Request& request, RequestRunner& runner) {
+  try {
+    return std::visit(runner, request);
+  } catch (const std::exception& unexpected) {  // of a library, or out of memory
+    return failure(
+        CommandError{ExitCode::internalError, {"cli.error.internal", {{"what", std::string(unexpected.what())}}}});
+  }
+}
+
+}  // namespace
+
+int runCommandLine(const std::vector<std::string>& arguments, CommandLineStreams streams,
+                   const CommandLineEnvironment& environment) {
+  const ParsedArguments parsed = parseArguments(arguments);
+  Console console(streams, environment.variables, parsed);
+  RequestRunner runner(console, environment);
+  const CommandOutcome outcome = answered(parsed.request, runner);
+  if (!outcome) console.report(outcome.error());
+  return static_cast<int>(console.finish(outcome ? *outcome : outcome.error().code));
+}
+
+}  // namespace quorvane

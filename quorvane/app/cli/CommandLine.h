@@ -1,0 +1,21 @@
+#pragma once
+
+#include "quorvane/app/cli/CommandError.h"
+#include "quorvane/app/cli/Console.h"
+
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+/// Where and for whom a run takes place.
+struct CommandLineEnvironment {
+  EnvironmentVariables variables;
+  std::optional<FilePath> workingFolder;  ///< empty when the system does not tell it
+};
+
+/// One run of the program: does what `arguments` (without the program's name) ask for, and returns its exit code.
+int runCommandLine(const std::vector<std::string>& arguments, CommandLineStreams streams,
+                   const CommandLineEnvironment& environment);
+
+}  // namespace quorvane

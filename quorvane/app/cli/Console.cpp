@@ -1,0 +1,70 @@
+#include "quorvane/app/cli/Console.h"
+
+#include "quorvane/base/Json.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace quorvane {
+
+Console::Console(CommandLineStreams streams, const EnvironmentVariables& environment, const ParsedArguments& arguments)
+    : streams_(streams), environment_(environment), wantsJson_(arguments.wantsJson) {
+  if (const auto* invocation = std::get_if<Invocation>(&arguments.request)) {
+    wantsJson_ = invocation->options.json;
+    isQuiet_ = invocation->options.isQuiet;
+    hasNoColours_ = invocation->options.hasNoColours;
+  }
+}
+
+const MessageCatalogue& Console::catalogue() {
+  if (!catalogue_) catalogue_ = MessageCatalogue::english();
+  return *catalogue_;
+}
+
+std::string Console::text(const Message& message) { return catalogue().text(message, messageStyle(outputStyle())); }
+
+std::string Console::pathText(const FilePath& path) const {
+  return MessageCatalogue::pathText(path, messageStyle(outputStyle()));
+}
+
+TextStyle Console::outputStyle() const { return styleOf(streams_.output); }
+
+TextStyle Console::errorStyle() const { return styleOf(streams_.errors); }
+
+TextStyle Console::styleOf(const OutputChannel& channel) const {
+  TextStyle style = textStyle(channel, environment_);
+  if (hasNoColours_) style.hasColours = false;
+  return style;
+}
+
+void Console::printLine(const Message& message) { print(text(message) + "\n"); }
+
+std::string Console::errorText(const CommandError& error, const MessageStyle& style) {
+  std::string whole = catalogue().text(error.message, style);
+  if (error.hint) whole += " " + catalogue().text(*error.hint, style);
+  return whole;
+}
+
+void Console::report(const CommandError& error) {
+  const TextStyle style = errorStyle();
+  streams_.errors.write(fmt::format("{}: {} {}\n", toned("quorvane", Tone::bad, style),
+                                    errorText(error, messageStyle(style)),
+                                    toned(fmt::format("[{}]", error.message.key), Tone::faint, style)));
+  if (!wantsJson_) return;
+  const Json content{{"key", error.message.key}, {"message", errorText(error, MessageStyle{home_})}};
+  print(printedJson(Json{{"error", content}}));
+}
+
+ExitCode Console::finish(ExitCode code) {
+  const int failure = streams_.output.failure();
+  if (failure == 0 || failure == EPIPE) return code;
+  wantsJson_ = false;
+  report({ExitCode::internalError, {"cli.error.outputFailed", {{"what", systemReason(failure)}}}});
+  return ExitCode::internalError;
+}
+
+std::string systemReason(int code) { return std::generic_category().message(code); }
+
+}  // namespace quorvane

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "quorvane/app/cli/Arguments.h"
+#include "quorvane/app/cli/CommandError.h"
+#include "quorvane/app/cli/OutputChannel.h"
+#include "quorvane/app/messages/MessageCatalogue.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quorvane {
+
+/// The two channels of a run.
+struct CommandLineStreams {
+  OutputChannel& output;
+  OutputChannel& errors;
+};
+
+/// What one run says, and how: results on the output, everything else beside it.
+class Console {
+ public:
+  Console(CommandLineStreams streams, const EnvironmentVariables& environment, const ParsedArguments& arguments);
+
+  /// Paths in it are shown with "~" from now on.
+  void setHome(FilePath home) { home_ = std::move(home); }
+
+  bool wantsJson() const { return wantsJson_; }
+  bool isQuiet() const { return isQuiet_; }
+
+  /// The texts, read when the first one is asked for.
+  const MessageCatalogue& catalogue();
+  std::string text(const Message& message);
+  std::string pathText(const FilePath& path) const;
+
+  TextStyle outputStyle() const;
+  TextStyle errorStyle() const;
+  OutputChannel& errors() { return streams_.errors; }
+
+  /// Writes to the output, as it is.
+  void print(std::string_view text) { streams_.output.write(text); }
+  void printLine(const Message& message);
+
+  /// "quorvane: TEXT [message.key]" on the error channel, and its JSON document where JSON was asked for.
+  void report(const CommandError& error);
+
+  /// How the run ends: as the command did, unless its result could not be written. That the reader has gone away is not
+  /// a failure.
+  ExitCode finish(ExitCode code);
+
+ private:
+  TextStyle styleOf(const OutputChannel& channel) const;
+  MessageStyle messageStyle(const TextStyle& style) const { return {home_, style.characters}; }
+  std::string errorText(const CommandError& error, const MessageStyle& style);
+
+  CommandLineStreams streams_;
+  const EnvironmentVariables& environment_;
+  bool wantsJson_;
+  bool isQuiet_ = false;
+  bool hasNoColours_ = false;
+  std::optional<FilePath> home_;
+  std::optional<MessageCatalogue> catalogue_;
+};
+
+/// What the system says of one of its `errno` numbers.
+std::string systemReason(int code);
+
+}  // namespace quorvane

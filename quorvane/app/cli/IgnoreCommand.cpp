@@ -1,0 +1,101 @@
+#include "quorvane/app/cli/Commands.h"
+#include "quorvane/app/model/AppModel.h"
+#include "quorvane/app/model/MainLoop.h"
+
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+ExitCode exitCodeOf(IgnoreRuleFault fault) {
+  switch (fault) {
+    case IgnoreRuleFault::notFound:
+    case IgnoreRuleFault::invalidPath: return ExitCode::wrongUsage;
+    case IgnoreRuleFault::untrusted:
+    case IgnoreRuleFault::unreadable:
+    case IgnoreRuleFault::undecodable:
+    case IgnoreRuleFault::busy:
+    case IgnoreRuleFault::notWritten: return ExitCode::refused;
+  }
+  std::unreachable();
+}
+
+/// The three commands about ignore rules.
+class IgnoreCommand {
+ public:
+  IgnoreCommand(const CommandContext& context, AppModel& model)
+      : context_(context), console_(context.console), model_(model), rules_(model.ignoreRules()) {}
+
+  CommandOutcome list() {
+    const auto rules = rules_.load();
+    if (!rules) return refused(rules.error());
+    if (console_.wantsJson()) {
+      console_.print(jsonText(*rules));
+    } else if (rules->empty()) {
+      console_.printLine({"cli.ignore.none", {}});
+    }
+    for (const IgnoreRule& rule : *rules)
+      if (!console_.wantsJson()) console_.print(uuidText(rule.id) + "  " + console_.pathText(rule.path) + "\n");
+    return ExitCode::done;
+  }
+
+  CommandOutcome add() {
+    const auto path = pathArgument(context_, model_.fileSystem(), model_.settings().folders.home);
+    if (!path) return failure(path.error());
+    const auto rule = rules_.add(*path);
+    if (!rule) return refused(rule.error());
+    return told("cli.ignore.added", rule->path);
+  }
+
+  CommandOutcome remove() {
+    std::string which = context_.invocation.subject;
+    if (!uuidFromText(which)) {
+      const auto path = pathArgument(context_, model_.fileSystem(), model_.settings().folders.home);
+      if (!path) return failure(path.error());
+      which = path->bytes;
+    }
+    const auto rule = rules_.remove(which);
+    if (!rule) return refused(rule.error());
+    return told("cli.ignore.removed", rule->path);
+  }
+
+ private:
+  // With JSON all three print the rules that hold now.
+  CommandOutcome told(std::string key, const FilePath& path) {
+    if (console_.wantsJson()) return list();
+    console_.printLine({std::move(key), {{"path", path}}});
+    return ExitCode::done;
+  }
+
+  CommandOutcome refused(const IgnoreRuleError& error) const {
+    return failure(CommandError{exitCodeOf(error.fault),
+                                {messageKey(error.fault),
+                                 {{"file", error.file},
+                                  {"path", FilePath{context_.invocation.subject}},
+                                  {"what", systemReason(error.reason.code)}}}});
+  }
+
+  const CommandContext& context_;
+  Console& console_;
+  AppModel& model_;
+  IgnoreRuleStore& rules_;
+};
+
+}  // namespace
+
+CommandOutcome runIgnore(const CommandContext& context) {
+  auto settings = requestedSettings(context);
+  if (!settings) return failure(std::move(settings.error()));
+  MainLoop loop;
+  AppModel model(*std::move(settings), loop);
+  const FilePath& home = model.settings().folders.home;
+  if (!model.fileSystem().openStartingFolder(home)) return failure(homeUnreadable(home));
+
+  IgnoreCommand command(context, model);
+  if (context.invocation.command == CommandName::ignoreAdd) return command.add();
+  if (context.invocation.command == CommandName::ignoreRemove) return command.remove();
+  return command.list();
+}
+
+}  // namespace quorvane

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "quorvane/app/messages/HarmlessText.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace quorvane {
+
+/// Where the program writes to: standard output or standard error.
+class OutputChannel {
+ public:
+  virtual ~OutputChannel() = default;
+
+  /// Writes all of it before it returns. After a failure nothing more is written.
+  virtual void write(std::string_view bytes) = 0;
+
+  /// Why writing failed: an `errno` number, 0 as long as it did not.
+  virtual int failure() const = 0;
+
+  virtual bool isTerminal() const = 0;
+
+  /// The width of the terminal at this moment; 80 where there is none to tell it.
+  virtual std::size_t columns() const = 0;
+};
+
+/// An open descriptor, not owned.
+class DescriptorChannel final : public OutputChannel {
+ public:
+  explicit DescriptorChannel(int descriptor);
+
+  void write(std::string_view bytes) override;
+  int failure() const override { return failure_; }
+  bool isTerminal() const override { return isTerminal_; }
+  std::size_t columns() const override;
+
+ private:
+  int descriptor_;
+  int failure_ = 0;
+  bool isTerminal_;
+};
+
+using EnvironmentVariables = std::map<std::string, std::string>;
+
+/// How text is shown on a channel.
+struct TextStyle {
+  bool isTerminal = false;
+  bool hasColours = false;
+  bool canRedraw = false;  ///< a line can be drawn over
+  CharacterSet characters = CharacterSet::ascii;
+  std::size_t columns = 80;
+
+  bool operator==(const TextStyle&) const = default;
+};
+
+/// Colours and redrawing only on terminals that can, and no colours with NO_COLOR; letters beyond ASCII only where the
+/// environment says that they are UTF-8.
+TextStyle textStyle(const OutputChannel& channel, const EnvironmentVariables& environment);
+
+/// The colours that stand for something. The first one is that of the text around.
+enum class Tone { plain, strong, faint, good, caution, bad, accent };
+
+/// The text in its colour, or as it is where there are none.
+std::string toned(std::string_view text, Tone tone, const TextStyle& style);
+
+}  // namespace quorvane

@@ -1,0 +1,66 @@
+#include "quorvane/app/cli/ProgressBar.h"
+
+#include "quorvane/app/messages/ByteFormat.h"
+#include "quorvane/app/messages/TextLayout.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t barColumns = 20;
+constexpr std::string_view clearLine = "\r\x1b[K";
+
+std::string repeated(std::string_view piece, std::size_t count) {
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) text += piece;
+  return text;
+}
+
+std::string bar(double fraction, const TextStyle& style) {
+  const auto filled = static_cast<std::size_t>(std::lround(std::clamp(fraction, 0.0, 1.0) * barColumns));
+  const bool isAscii = style.characters == CharacterSet::ascii;
+  return toned(repeated(isAscii ? "#" : "━", filled), Tone::accent, style) +
+         toned(repeated(isAscii ? "." : "─", barColumns - filled), Tone::faint, style);
+}
+
+}  // namespace
+
+std::string progressLine(const CleaningScanProgressUpdate& update, const MessageCatalogue& catalogue,
+                         const MessageStyle& messages, const TextStyle& style) {
+  const std::string percent = fmt::format(" {:3.0f}%  ", std::floor(update.progress * 100));
+  std::string about = catalogue.text(update.statusKey);
+  if (update.activity && update.activity->inspectedItemCount > 0)
+    about += "  " + catalogue.text({"cli.progress.entries", {{"count", update.activity->inspectedItemCount}}});
+  const std::size_t room = style.columns - std::min(style.columns, barColumns + percent.size());
+  const std::string_view ellipsis = style.characters == CharacterSet::ascii ? "..." : "…";
+  std::string line = bar(update.progress, style) + percent + shortened(about, room, ellipsis);
+  const std::size_t left = room - std::min(room, displayWidth(about));
+  if (update.activity && !update.activity->location.empty() && left > 12) {
+    const std::string place = MessageCatalogue::pathText({update.activity->location}, messages);
+    line += "  " + toned(shortened(place, left - 2, ellipsis), Tone::faint, style);
+  }
+  return line;
+}
+
+ProgressBar::ProgressBar(Console& console, FilePath home)
+    : console_(console), home_(std::move(home)), isDrawn_(console.errorStyle().canRedraw && !console.isQuiet()) {}
+
+void ProgressBar::show(const CleaningScanProgressUpdate& update) {
+  if (!isDrawn_) return;
+  TextStyle style = console_.errorStyle();
+  --style.columns;  // a full last column would move some terminals on to the next line
+  const MessageStyle messages{home_, style.characters};
+  console_.errors().write(std::string(clearLine) + progressLine(update, console_.catalogue(), messages, style));
+  isVisible_ = true;
+}
+
+void ProgressBar::clear() {
+  if (std::exchange(isVisible_, false)) console_.errors().write(clearLine);
+}
+
+}  // namespace quorvane

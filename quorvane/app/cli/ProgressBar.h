@@ -1,0 +1,34 @@
+#pragma once
+
+#include "quorvane/app/cli/Console.h"
+#include "quorvane/scan/ScanProgress.h"
+
+#include <string>
+
+namespace quorvane {
+
+/// One line about a running scan, exactly `style.columns` wide or less: how far it is, what it does, how many entries
+/// it has seen, and the place it looks at in the room that is left.
+std::string progressLine(const CleaningScanProgressUpdate& update, const MessageCatalogue& catalogue,
+                         const MessageStyle& messages, const TextStyle& style);
+
+/// Draws that line over itself at the bottom of the error channel, and takes it away at the end. Draws nothing without
+/// a terminal, on one that cannot redraw, or when the run is to be quiet.
+class ProgressBar {
+ public:
+  ProgressBar(Console& console, FilePath home);
+  ~ProgressBar() { clear(); }
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+
+  void show(const CleaningScanProgressUpdate& update);
+  void clear();
+
+ private:
+  Console& console_;
+  const FilePath home_;
+  const bool isDrawn_;
+  bool isVisible_ = false;
+};
+
+}  // namespace quorvane

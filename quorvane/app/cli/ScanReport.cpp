@@ -1,0 +1,250 @@
+#include "quorvane/app/cli/ScanReport.h"
+
+#include "quorvane/app/cli/ScanTable.h"
+#include "quorvane/app/messages/ByteFormat.h"
+#include "quorvane/app/messages/TextLayout.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t unreadableShown = 5;
+
+struct Sum {
+  std::int64_t bytes = 0;
+  std::int64_t count = 0;
+
+  void add(const ScanItem& item) {
+    bytes += item.size;
+    ++count;
+  }
+};
+
+/// Where sizes are lower bounds.
+class Gaps {
+ public:
+  explicit Gaps(const ScanResult& result) {
+    if (result.unreadablePaths) unreadable_.insert(result.unreadablePaths->begin(), result.unreadablePaths->end());
+    if (!result.coverage) return;
+    for (const ScanCoverageEntry& entry : result.coverage->entries) {
+      unreadable_.insert(entry.unreadablePaths.begin(), entry.unreadablePaths.end());
+      isPartial_ |= entry.status == ScanCoverageStatus::partial || entry.status == ScanCoverageStatus::unreadable;
+    }
+  }
+
+  const std::set<FilePath>& unreadable() const { return unreadable_; }
+  bool any() const { return isPartial_ || !unreadable_.empty(); }
+
+  bool isIn(const FilePath& path) const {
+    const auto next = unreadable_.lower_bound(FilePath{path.bytes + "/"});
+    return unreadable_.contains(path) || (next != unreadable_.end() && isBelow(*next, path));
+  }
+
+ private:
+  std::set<FilePath> unreadable_;
+  bool isPartial_ = false;
+};
+
+/// Why a place that was left out, or read in part, is worth a line.
+std::optional<std::string> toldReason(ScanCoverageReason reason) {
+  switch (reason) {
+    case ScanCoverageReason::read:
+    case ScanCoverageReason::missing:
+    case ScanCoverageReason::categoryNotAsked: return std::nullopt;
+    case ScanCoverageReason::notAFolder: return "coverage.reason.notAFolder";
+    case ScanCoverageReason::link: return "coverage.reason.link";
+    case ScanCoverageReason::ignored: return "coverage.reason.ignored";
+    case ScanCoverageReason::cloud: return "coverage.reason.cloud";
+    case ScanCoverageReason::mountPoint: return "coverage.reason.mountPoint";
+    case ScanCoverageReason::permissionDenied: return "coverage.reason.permissionDenied";
+    case ScanCoverageReason::changing: return "coverage.reason.changing";
+    case ScanCoverageReason::failed: return "coverage.reason.failed";
+    case ScanCoverageReason::ownData: return "coverage.reason.ownData";
+    case ScanCoverageReason::overlaps: return "coverage.reason.overlaps";
+  }
+  std::unreachable();
+}
+
+class ReportWriter {
+ public:
+  ReportWriter(const ScanResult& result, const MessageCatalogue& catalogue, const FilePath& home,
+               const TextStyle& style)
+      : result_(result),
+        catalogue_(catalogue),
+        gaps_(result),
+        style_(style),
+        glyphs_(reportGlyphs(style.characters)),
+        messages_{home, style.characters} {}
+
+  std::string text() {
+    writeGroups();
+    writeNotes();
+    writeUnreadable();
+    writeSums();
+    return std::move(text_);
+  }
+
+ private:
+  using Groups = std::vector<std::pair<ScanCategory, std::vector<ScanRow>>>;
+
+  std::string say(const Message& message) const { return catalogue_.text(message, messages_); }
+
+  // A line wrapped behind its own beginning.
+  void writeHanging(const std::string& line, std::size_t start) {
+    const std::size_t width =
+        style_.isTerminal ? std::max(style_.columns, start + 20) - start : std::numeric_limits<std::size_t>::max();
+    for (const std::string& part : wrapped(line, width)) {
+      text_ += std::string(start, ' ') + part + "\n";
+    }
+  }
+
+  void writeGroups() {
+    Groups groups = rowsByCategory();
+    ScanColumns columns = scanColumns(allRows(groups), style_);
+    if (columns.path == 0) {
+      for (auto& [category, rows] : groups) tellApart(rows);
+      columns = scanColumns(allRows(groups), style_);
+    }
+    for (const auto& [category, rows] : groups) {
+      text_ += toned(catalogue_.text(titleKey(category)), Tone::strong, style_) + "  " +
+               toned(say(sumMessage("cli.scan.group", sumOf(category), false)), Tone::faint, style_) + "\n";
+      for (const ScanRow& row : rows) text_ += rowText(row, columns, style_);
+      text_ += "\n";
+    }
+  }
+
+  static std::vector<ScanRow> allRows(const Groups& groups) {
+    std::vector<ScanRow> all;
+    for (const auto& [category, rows] : groups) all.insert(all.end(), rows.begin(), rows.end());
+    return all;
+  }
+
+  // Where two items of a group have one name, and no path beside it, the path is the name.
+  static void tellApart(std::vector<ScanRow>& rows) {
+    std::map<std::string, int> uses;
+    for (const ScanRow& row : rows) ++uses[row.name];
+    for (ScanRow& row : rows)
+      if (uses[row.name] > 1) row.name = row.path;
+  }
+
+  Groups rowsByCategory() const {
+    Groups groups;
+    for (const ScanCategory category : allCases<ScanCategory>()) {
+      std::vector<const ScanItem*> items;
+      for (const ScanItem& item : result_.items)
+        if (item.category == category) items.push_back(&item);
+      if (items.empty()) continue;
+      std::ranges::stable_sort(items, std::greater(), &ScanItem::size);
+      auto& [_, rows] = groups.emplace_back(category, std::vector<ScanRow>());
+      for (const ScanItem* item : items) rows.push_back(rowOf(*item));
+    }
+    return groups;
+  }
+
+  ScanRow rowOf(const ScanItem& item) const {
+    const FilePath& path = item.url.path;
+    return {.isSelected = item.isSelected,
+            .size = (gaps_.isIn(path) ? std::string(glyphs_.lowerBound) : "") + ByteFormat::text(catalogue_, item.size),
+            .name = harmlessText(item.displayName, style_.characters),
+            .safety = item.safety,
+            .safetyTitle = catalogue_.text(titleKey(item.safety)),
+            .reason = catalogue_.text(item.reasonKey),
+            .path = MessageCatalogue::pathText(path, messages_)};
+  }
+
+  Sum sumOf(std::optional<ScanCategory> category, bool onlySelected = false) const {
+    Sum sum;
+    for (const ScanItem& item : result_.items)
+      if ((!category || item.category == *category) && (item.isSelected || !onlySelected)) sum.add(item);
+    return sum;
+  }
+
+  Message sumMessage(std::string key, const Sum& sum, bool isLowerBound) const {
+    std::string size = ByteFormat::text(catalogue_, sum.bytes);
+    if (isLowerBound) size = catalogue_.text({"cli.amount.atLeast", {{"size", size}}});
+    return {std::move(key), {{"size", size}, {"count", sum.count}, {"mark", std::string(glyphs_.selected)}}};
+  }
+
+  void writeNotes() {
+    const std::size_t before = text_.size();
+    if (result_.coverage) {
+      for (const ScanCoverageEntry& entry : result_.coverage->entries) {
+        for (const ScanCoverageNote& note : entry.notes) writeNote(note);
+        writeLeftOut(entry);
+      }
+      for (const ScanCoverageNote& notice : result_.coverage->notices) writeNote(notice);
+    }
+    if (text_.size() > before) text_ += "\n";
+  }
+
+  void writeNote(const ScanCoverageNote& note) {
+    std::string names;
+    for (const std::string& name : note.names)
+      names += (names.empty() ? "" : catalogue_.text("cli.list.separator")) + harmlessText(name, style_.characters);
+    Message content{note.key, {{"names", names}}};
+    if (note.count) content.arguments.push_back({"count", *note.count});
+    Message line{note.path ? "cli.scan.noteOfItem" : "cli.scan.note", {{"text", say(content)}}};
+    if (note.path) line.arguments.push_back({"path", *note.path});
+    writeHanging(say(line), 0);
+  }
+
+  void writeLeftOut(const ScanCoverageEntry& entry) {
+    const auto reason = toldReason(entry.reason);
+    if (!reason || !entry.unreadablePaths.empty() || entry.status == ScanCoverageStatus::absent) return;
+    writeHanging(say({"cli.scan.leftOut", {{"path", entry.path}, {"reason", MessageKey{*reason}}}}), 0);
+  }
+
+  void writeUnreadable() {
+    const auto& unreadable = gaps_.unreadable();
+    if (unreadable.empty()) return;
+    const auto count = std::ssize(unreadable);
+    writeHanging(say({"cli.scan.unreadable", {{"count", std::int64_t{count}}}}), 0);
+    std::size_t shown = 0;
+    for (const FilePath& path : unreadable) {
+      if (shown++ == unreadableShown) break;
+      const std::string place = MessageCatalogue::pathText(path, messages_);
+      const std::size_t width = style_.isTerminal ? style_.columns - 2 : place.size();
+      text_ += "  " + shortened(place, width, glyphs_.ellipsis) + "\n";
+    }
+    const std::int64_t more = count - static_cast<std::int64_t>(unreadableShown);
+    if (more > 0) writeHanging(say({"cli.scan.more", {{"count", more}}}), 2);
+    text_ += "\n";
+  }
+
+  void writeSums() {
+    if (result_.items.empty()) {
+      writeHanging(catalogue_.text("cli.scan.nothing"), 0);
+      return;
+    }
+    const bool isMarked =
+        std::ranges::any_of(result_.items, [&](const auto& item) { return gaps_.isIn(item.url.path); });
+    if (isMarked) writeHanging(say({"cli.scan.lowerBound", {{"mark", std::string(trimmedMark())}}}), 0);
+    writeHanging(say(sumMessage("cli.scan.found", sumOf(std::nullopt), gaps_.any())), 0);
+    writeHanging(say(sumMessage("cli.scan.selected", sumOf(std::nullopt, true), gaps_.any())), 0);
+  }
+
+  std::string_view trimmedMark() const { return glyphs_.lowerBound.substr(0, glyphs_.lowerBound.find(' ')); }
+
+  const ScanResult& result_;
+  const MessageCatalogue& catalogue_;
+  const Gaps gaps_;
+  const TextStyle& style_;
+  const ReportGlyphs glyphs_;
+  const MessageStyle messages_;
+  std::string text_;
+};
+
+}  // namespace
+
+std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const FilePath& home,
+                       const TextStyle& style) {
+  return ReportWriter(result, catalogue, home, style).text();
+}
+
+}  // namespace quorvane

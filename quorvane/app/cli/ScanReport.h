@@ -1,0 +1,16 @@
+#pragma once
+
+#include "quorvane/app/cli/OutputChannel.h"
+#include "quorvane/app/messages/MessageCatalogue.h"
+#include "quorvane/core/ScanResult.h"
+
+#include <string>
+
+namespace quorvane {
+
+/// A scan for people: what was found by category, the largest first; what they should know of it; what could not be
+/// read; the sums. On a terminal no line is longer than it is wide.
+std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const FilePath& home,
+                       const TextStyle& style);
+
+}  // namespace quorvane

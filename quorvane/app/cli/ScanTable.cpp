@@ -1,0 +1,87 @@
+#include "quorvane/app/cli/ScanTable.h"
+
+#include "quorvane/app/messages/TextLayout.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t indent = 2, gap = 2, longestName = 36, shortestPath = 20;
+
+template <class Text>
+std::size_t widest(const std::vector<ScanRow>& rows, Text text) {
+  std::size_t width = 0;
+  for (const ScanRow& row : rows) width = std::max(width, displayWidth(row.*text));
+  return width;
+}
+
+Tone toneOf(SafetyLevel safety) {
+  switch (safety) {
+    case SafetyLevel::safe: return Tone::good;
+    case SafetyLevel::review: return Tone::caution;
+    case SafetyLevel::blocked: return Tone::bad;
+  }
+  std::unreachable();
+}
+
+// Everything before the name.
+std::size_t startWidth(const ScanColumns& columns) { return indent + 1 + 1 + columns.size + gap; }
+
+std::size_t reasonStart(const ScanColumns& columns) {
+  return startWidth(columns) + columns.name + gap + columns.safety + gap;
+}
+
+}  // namespace
+
+ReportGlyphs reportGlyphs(CharacterSet characters) {
+  switch (characters) {
+    case CharacterSet::unicode: return {"●", "≥ ", "…"};
+    case CharacterSet::ascii: return {"*", ">= ", "..."};
+  }
+  std::unreachable();
+}
+
+ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style) {
+  ScanColumns columns{.size = widest(rows, &ScanRow::size),
+                      .name = widest(rows, &ScanRow::name),
+                      .safety = widest(rows, &ScanRow::safetyTitle),
+                      .reason = widest(rows, &ScanRow::reason),
+                      .path = widest(rows, &ScanRow::path)};
+  if (!style.isTerminal) return columns;
+  columns.name = std::min(columns.name, longestName);
+  const std::size_t taken = reasonStart(columns) - columns.name;
+  const std::size_t room = style.columns > taken ? style.columns - taken : 0;
+  if (columns.name + columns.reason <= room) {
+    const std::size_t left = room - columns.name - columns.reason;
+    columns.path = left >= gap + shortestPath ? std::min(columns.path, left - gap) : 0;
+    return columns;
+  }
+  columns.path = 0;
+  const std::size_t besideReason = room > columns.reason ? room - columns.reason : 0;
+  columns.name = std::min(columns.name, std::max(besideReason, room * 2 / 5));
+  columns.reason = room - columns.name;
+  return columns;
+}
+
+std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextStyle& style) {
+  const ReportGlyphs glyphs = reportGlyphs(style.characters);
+  std::string text(indent, ' ');
+  text += row.isSelected ? toned(glyphs.selected, Tone::good, style) : " ";
+  text += " " + paddedLeft(row.size, columns.size) + std::string(gap, ' ');
+  text += paddedRight(shortened(row.name, columns.name, glyphs.ellipsis), columns.name) + std::string(gap, ' ');
+  text += toned(paddedRight(row.safetyTitle, columns.safety), toneOf(row.safety), style) + std::string(gap, ' ');
+  const auto reason = wrapped(row.reason, columns.reason);
+  if (columns.path > 0) {
+    const std::string path = shortened(row.path, columns.path, glyphs.ellipsis);
+    return text + paddedRight(reason.front(), columns.reason) + std::string(gap, ' ') +
+           toned(path, Tone::faint, style) + "\n";
+  }
+  for (std::size_t line = 0; line < reason.size(); ++line)
+    text += (line == 0 ? "" : std::string(reasonStart(columns), ' ')) + reason[line] + "\n";
+  return text;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "quorvane/app/cli/OutputChannel.h"
+#include "quorvane/core/SafetyLevel.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+/// One item of a scan in words; all texts are harmless.
+struct ScanRow {
+  bool isSelected = false;
+  std::string size;
+  std::string name;
+  SafetyLevel safety = SafetyLevel::blocked;
+  std::string safetyTitle;
+  std::string reason;
+  std::string path;
+};
+
+/// The characters that stand for something in a report.
+struct ReportGlyphs {
+  std::string_view selected;
+  std::string_view lowerBound;
+  std::string_view ellipsis;
+};
+
+ReportGlyphs reportGlyphs(CharacterSet characters);
+
+/// How many columns each part of a row takes.
+struct ScanColumns {
+  std::size_t size = 0;
+  std::size_t name = 0;
+  std::size_t safety = 0;
+  std::size_t reason = 0;
+  std::size_t path = 0;  ///< 0: there is no room for it
+
+  bool operator==(const ScanColumns&) const = default;
+};
+
+/// Divides the width of the terminal among the parts: names are shortened and reasons wrapped to fit, and where room is
+/// left the path stands behind them. Without a terminal nothing is shortened or wrapped.
+ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style);
+
+/// The row in one line, or more where its reason is wrapped.
+std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextStyle& style);
+
+}  // namespace quorvane

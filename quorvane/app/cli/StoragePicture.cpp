@@ -1,0 +1,81 @@
+#include "quorvane/app/cli/StoragePicture.h"
+
+#include "quorvane/app/messages/ByteFormat.h"
+#include "quorvane/app/messages/TextLayout.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t widestBar = 72;
+
+struct Part {
+  std::string_view titleKey;
+  std::int64_t bytes;
+  Tone tone;
+  std::string_view unicode;
+  std::string_view ascii;
+};
+
+std::array<Part, 4> partsOf(const StorageSnapshot& storage) {
+  const std::int64_t used = std::max<std::int64_t>(0, storage.total - storage.available);
+  const std::int64_t other = std::max<std::int64_t>(0, used - storage.applications - storage.userFiles);
+  return {Part{"cli.overview.applications", storage.applications, Tone::accent, "█", "#"},
+          Part{"cli.overview.userFiles", storage.userFiles, Tone::good, "▓", "="},
+          Part{"cli.overview.other", other, Tone::plain, "▒", "-"},
+          Part{"cli.overview.available", storage.available, Tone::faint, "░", "."}};
+}
+
+std::string cells(const Part& part, std::size_t count, const TextStyle& style) {
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) text += style.characters == CharacterSet::unicode ? part.unicode : part.ascii;
+  return toned(text, part.tone, style);
+}
+
+// Each part ends at its rounded place, so that the bar has the same length whatever the parts are.
+std::string bar(const std::array<Part, 4>& parts, std::size_t columns, const TextStyle& style) {
+  double total = 0, before = 0;
+  for (const Part& part : parts) total += static_cast<double>(part.bytes);
+  std::string text;
+  std::size_t drawn = 0;
+  for (const Part& part : parts) {
+    before += static_cast<double>(part.bytes);
+    const auto end = total > 0 ? static_cast<std::size_t>(before / total * static_cast<double>(columns) + 0.5) : 0;
+    text += cells(part, end - drawn, style);
+    drawn = end;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string storagePicture(const StorageSnapshot& storage, const MessageCatalogue& catalogue, const FilePath& home,
+                           const TextStyle& style) {
+  const auto parts = partsOf(storage);
+  const MessageStyle messages{std::nullopt, style.characters};
+  const Message title{
+      "cli.overview.title",
+      {{"path", home}, {"used", ByteCount{storage.total - storage.available}}, {"total", ByteCount{storage.total}}}};
+  std::string text;
+  for (const std::string& line : wrapped(catalogue.text(title, messages), style.columns))
+    text += toned(line, Tone::strong, style) + "\n";
+  text += "\n  " + bar(parts, std::min(style.columns - 4, widestBar), style) + "\n\n";
+
+  std::size_t titleWidth = 0;
+  for (const Part& part : parts) titleWidth = std::max(titleWidth, displayWidth(catalogue.text(part.titleKey)));
+  for (const Part& part : parts) {
+    const std::string size = ByteFormat::text(catalogue, part.bytes);
+    text += "  " + cells(part, 1, style) + " " + paddedRight(catalogue.text(part.titleKey), titleWidth) + "  " +
+            paddedLeft(size, 9) + "\n";
+  }
+  text += "\n";
+  if (storage.isPartial)
+    for (const std::string& line : wrapped(catalogue.text("cli.overview.isPartial"), style.columns))
+      text += line + "\n";
+  return text + catalogue.text("cli.overview.next") + "\n";
+}
+
+}  // namespace quorvane

@@ -1,0 +1,221 @@
+#include "quorvane/app/cli/CommandLine.h"
+
+#include "quorvane/app/cli/Arguments.h"
+#include "quorvane/app/cli/NearestWord.h"
+#include "quorvane/base/Json.h"
+#include "quorvane/core/ScanResult.h"
+#include "tests/cli/CommandLineRun.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <sstream>
+
+namespace quorvane {
+namespace {
+
+using Words = std::vector<std::string>;
+
+TEST(CommandLine, RefusesWrongUsageWithAHint) {
+  const struct {
+    Words arguments;
+    const char* key;
+    const char* text;
+  } cases[] = {
+      {{"scna"}, "cli.error.unknownCommand", "There is no command \"scna\". Did you mean \"scan\"?"},
+      {{"frobnicate"}, "cli.error.unknownCommand", "It can be one of: scan, ignore."},
+      {{"ignore"}, "cli.error.missingCommand", "It can be one of: list, add, remove."},
+      {{"ignore", "rm"}, "cli.error.unknownCommand", "\"rm\""},
+      {{"ignore", "add"}, "cli.error.missingArgument", "`quorvane ignore add` needs PATH."},
+      {{"ignore", "add", ""}, "cli.error.missingArgument", "PATH"},
+      {{"ignore", "add", "a", "b"}, "cli.error.unexpectedArgument", "\"b\""},
+      {{"scan", "extra"}, "cli.error.unexpectedArgument", "See `quorvane scan --help`."},
+      {{"scan", "--category", "logs", "installers"}, "cli.error.unexpectedArgument", "\"installers\""},
+      {{"scan", "--category", "browsercahe"}, "cli.error.unknownCategory", "Did you mean \"browserCache\"?"},
+      {{"scan", "--category"}, "cli.error.missingValue", "--category needs a value."},
+      {{"--home=", "scan"}, "cli.error.missingValue", "--home needs a value."},
+      {{"--home", "", "scan"}, "cli.error.emptyPath", "empty"},
+      {{"--layout", "windows"}, "cli.error.unknownLayout", "auto, linux, macos"},
+      {{"scan", "--json=no"}, "cli.error.unexpectedValue", "--json takes no value."},
+      {{"scan", "--jsn"}, "cli.error.unknownOption", "Did you mean \"--json\"?"},
+      {{"scan", "-x"}, "cli.error.unknownOption", "\"-x\""},
+      {{"\x1b[2J"}, "cli.error.unknownCommand", "\\x1b[2J"},
+      {{"clean"}, "cli.error.unknownCommand", "\"clean\""},
+  };
+  for (const auto& [arguments, key, text] : cases) {
+    Words withJson = arguments;
+    withJson.insert(withJson.begin(), "--json");
+    const CommandLineRun plain(arguments), json(withJson);
+    EXPECT_EQ(plain.code, 2) << key;
+    EXPECT_EQ(plain.output, "");
+    EXPECT_TRUE(plain.errors.starts_with("quorvane: ") && plain.errors.ends_with(std::string(" [") + key + "]\n"))
+        << plain.errors;
+    EXPECT_NE(plain.errors.find(text), std::string::npos) << plain.errors;
+    EXPECT_EQ(std::ranges::count(plain.errors, '\n'), 1) << plain.errors;
+
+    const auto document = parsedJson(json.output);
+    ASSERT_TRUE(document.has_value()) << json.output;
+    EXPECT_EQ((*document)["error"]["key"], key);
+    EXPECT_NE((*document)["error"]["message"].get<std::string>().find(text), std::string::npos);
+    EXPECT_EQ(json.errors, plain.errors);
+  }
+}
+
+TEST(CommandLine, UnderstandsItsArguments) {
+  const auto understood = [](const Words& arguments) {
+    const auto request = parseArguments(arguments).request;
+    EXPECT_TRUE(std::holds_alternative<Invocation>(request));
+    return std::holds_alternative<Invocation>(request) ? std::get<Invocation>(request) : Invocation{};
+  };
+  EXPECT_EQ(understood({}), Invocation{});
+  EXPECT_EQ(understood({"scan", "--category", "logs", "--json", "--category=installers", "--category", "logs"}),
+            (Invocation{.command = CommandName::scan,
+                        .options = {.json = true},
+                        .categories = {ScanCategory::logs, ScanCategory::installers}}));
+  EXPECT_EQ(understood({"--home", "a", "scan", "--home", "b", "--layout", "macos", "--layout", "auto"}),
+            (Invocation{.command = CommandName::scan, .options = {.home = "b"}}));
+  for (const std::string path : {"list", "scan", "[x]", "a b", "-", "\xFF"})
+    EXPECT_EQ(understood({"ignore", "add", path}), (Invocation{.command = CommandName::ignoreAdd, .subject = path}));
+  EXPECT_EQ(understood({"ignore", "add", "--", "--json"}),
+            (Invocation{.command = CommandName::ignoreAdd, .subject = "--json"}));
+}
+
+TEST(CommandLine, ExplainsEachCommandWithAnExample) {
+  for (const CommandDescription& command : commandDescriptions()) {
+    Words arguments;
+    std::istringstream words{std::string(command.words)};
+    for (std::string word; words >> word;) arguments.push_back(word);
+    arguments.push_back("--help");
+    const CommandLineRun run(arguments);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_NE(run.output.find("  " + fullName(command)), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("Examples"), std::string::npos);
+    EXPECT_EQ(run.output.find("cli."), std::string::npos) << "a key without a text";
+    EXPECT_EQ(run.output.find("{{"), std::string::npos) << "a placeholder without a value";
+  }
+  EXPECT_EQ(CommandLineRun({"scan", "--version"}).code, 0);
+  EXPECT_TRUE(CommandLineRun({"--version"}).output.starts_with("quorvane "));
+}
+
+TEST(CommandLine, KeepsIgnoreRules) {
+  const TempFolder folder;
+  folder.write("home/.cache/thing/file", "content");
+  folder.makeFolders("outside");
+  folder.makeLink("home/way-out", folder.at("outside").bytes);
+  const std::string home = folder.at("home").bytes;
+  const auto ignore = [&](Words arguments) {
+    arguments.insert(arguments.begin(), {"--home", home, "ignore"});
+    return CommandLineRun(arguments, {.workingFolder = folder.at("home/.cache")});
+  };
+
+  EXPECT_EQ(ignore({"list", "--json"}).output, "[]\n");
+  EXPECT_EQ(ignore({"add", "thing/../thing"}).output, "Ignored from now on: ~/.cache/thing\n");
+  const auto rules = parsedJson(ignore({"add", home + "/.cache/thing", "--json"}).output);
+  ASSERT_TRUE(rules && rules->size() == 1) << "the same place has one rule";
+  EXPECT_EQ((*rules)[0]["path"], home + "/.cache/thing");
+  EXPECT_NE(ignore({"list"}).output.find("  ~/.cache/thing\n"), std::string::npos);
+
+  for (const std::string& path : {folder.at("outside").bytes, std::string("../.."), home + "/way-out/x"}) {
+    const CommandLineRun refused = ignore({"add", path});
+    EXPECT_EQ(refused.code, 3) << path;
+    EXPECT_NE(refused.errors.find("[cli.error.outsideHome]"), std::string::npos);
+  }
+  EXPECT_FALSE(folder.holds("outside/x"));
+  EXPECT_EQ(ignore({"remove", "nothing"}).code, 2);
+  EXPECT_NE(ignore({"remove", "nothing"}).errors.find("[ignore.error.notFound]"), std::string::npos);
+
+  const auto result = scanResultFromJson(CommandLineRun({"scan", "--json", "--home", home}).output);
+  ASSERT_TRUE(result.has_value());
+  EXPECT_TRUE(result->items.empty()) << "it is ignored";
+
+  EXPECT_EQ(ignore({"remove", (*rules)[0]["id"].get<std::string>(), "--json"}).output, "[]\n");
+  folder.write("home/.local/share/Quorvane/ignored-paths.json", "damaged");
+  const CommandLineRun damaged = ignore({"add", "x"});
+  EXPECT_EQ(damaged.code, 3);
+  EXPECT_EQ(folder.read("home/.local/share/Quorvane/ignored-paths.json"), "damaged");
+}
+
+TEST(CommandLine, ScansAndShowsTheDisk) {
+  const TempFolder home;
+  home.write(".cache/mesa_shader_cache/a", "content");
+  const auto run = [&](Words arguments, const CommandLineRun::Setting& setting = {}) {
+    arguments.insert(arguments.end(), {"--home", home.path().bytes});
+    return CommandLineRun(arguments, setting);
+  };
+  const auto result = scanResultFromJson(run({"scan", "--json"}).output);
+  ASSERT_TRUE(result && result->items.size() == 1);
+  const CommandLineRun people = run({"scan"});
+  EXPECT_EQ(people.code, 0);
+  EXPECT_EQ(people.errors, "") << "no bar without a terminal";
+  EXPECT_NE(people.output.find("mesa_shader_cache"), std::string::npos);
+  EXPECT_EQ(people.output.find('\x1b'), std::string::npos);
+
+  const auto storage = parsedJson(run({"--json"}).output);
+  ASSERT_TRUE(storage.has_value());
+  EXPECT_GT((*storage)["storage"]["total"].get<std::int64_t>(), 0);
+  EXPECT_NE(run({}).output.find("quorvane scan"), std::string::npos);
+
+  const CommandLineRun missing({"scan", "--json", "--home", home.at("missing").bytes});
+  EXPECT_EQ(missing.code, 3);
+  EXPECT_NE(missing.output.find("scan.error.homeUnreadable"), std::string::npos);
+}
+
+TEST(CommandLine, CtrlCCancelsAndLeavesACleanLine) {
+  const TempFolder home;
+  home.write(".cache/folder/file", "content");
+  const EnvironmentVariables variables{{"TERM", "xterm"}};
+  // The first thing on the error channel is the bar, before the scan has begun.
+  const CommandLineRun::Setting setting{.variables = variables,
+                                        .errors = {.isTerminal = true, .firstWritten = [] { std::raise(SIGINT); }}};
+  const CommandLineRun run({"scan", "--json", "--home", home.path().bytes}, setting);
+  EXPECT_EQ(run.code, 130);
+  EXPECT_NE(run.output.find("\"scan.error.cancelled\""), std::string::npos);
+  const std::size_t cleared = run.errors.rfind("\r\x1b[K");
+  ASSERT_NE(cleared, std::string::npos);
+  EXPECT_NE(run.errors.find("[scan.error.cancelled]", cleared), std::string::npos) << "told on a line of its own";
+}
+
+TEST(CommandLine, ToldOfLostOutput) {
+  const CommandLineRun full({"--help"}, {.output = {.failsWith = ENOSPC}});
+  EXPECT_EQ(full.code, 4);
+  EXPECT_NE(full.errors.find("[cli.error.outputFailed]"), std::string::npos);
+  const CommandLineRun gone({"--help"}, {.output = {.failsWith = EPIPE}});
+  EXPECT_EQ(gone.code, 0) << "a reader who has seen enough is no failure";
+  EXPECT_EQ(gone.errors, "");
+}
+
+TEST(TextStyle, FollowsTheTerminalAndTheEnvironment) {
+  const struct {
+    bool isTerminal;
+    EnvironmentVariables variables;
+    bool hasColours, canRedraw;
+    CharacterSet characters;
+  } cases[] = {
+      {false, {{"TERM", "xterm"}, {"LANG", "de_DE.UTF-8"}}, false, false, CharacterSet::unicode},
+      {true, {{"TERM", "xterm"}, {"LANG", "C"}}, true, true, CharacterSet::ascii},
+      {true, {{"TERM", "dumb"}, {"LC_CTYPE", "C.utf8"}, {"LANG", "C"}}, false, false, CharacterSet::unicode},
+      {true, {{"LC_ALL", "C"}, {"LANG", "C.UTF-8"}}, false, false, CharacterSet::ascii},
+      {true, {{"TERM", "xterm"}, {"NO_COLOR", "1"}}, false, true, CharacterSet::ascii},
+      {true, {{"TERM", "xterm"}, {"NO_COLOR", ""}}, true, true, CharacterSet::ascii},
+  };
+  for (const auto& [isTerminal, variables, hasColours, canRedraw, characters] : cases) {
+    const KeepingChannel channel({.isTerminal = isTerminal, .columns = 93});
+    EXPECT_EQ(textStyle(channel, variables), (TextStyle{isTerminal, hasColours, canRedraw, characters, 93}));
+  }
+}
+
+TEST(NearestWord, IsOneThatWasProbablyMeant) {
+  const Words words{"scan", "ignore", "applicationCache"};
+  EXPECT_EQ(nearestWord("sacn", words), "scan");
+  EXPECT_EQ(nearestWord("SCAN", words), "scan");
+  EXPECT_EQ(nearestWord("ignor", words), "ignore");
+  EXPECT_EQ(nearestWord("applicationcahce", words), "applicationCache");
+  EXPECT_EQ(nearestWord("x", words), std::nullopt);
+  EXPECT_EQ(nearestWord("status", words), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quorvane

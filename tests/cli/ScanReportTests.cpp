@@ -1,0 +1,179 @@
+#include "quorvane/app/cli/ScanReport.h"
+
+#include "quorvane/app/cli/ProgressBar.h"
+#include "quorvane/app/cli/StoragePicture.h"
+#include "quorvane/app/messages/TextLayout.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace quorvane {
+namespace {
+
+const FilePath home{"/home/ada"};
+
+ScanItem item(std::string_view below, ScanCategory category, SafetyLevel safety, std::string reason,
+              std::int64_t size) {
+  ScanItem made;
+  made.url = {joined(home, below)};
+  made.displayName = leafOf(made.url.path);
+  made.category = category;
+  made.safety = safety;
+  made.reasonKey = std::move(reason);
+  made.size = size;
+  made.isSelected = safety == SafetyLevel::safe;
+  return made;
+}
+
+ScanResult plainResult() {
+  ScanResult result;
+  result.items = {
+      item("Downloads/system.iso", ScanCategory::installers, SafetyLevel::review, "reason.oldInstaller", 524'288'000),
+      item(".cache/tiny", ScanCategory::applicationCache, SafetyLevel::safe, "reason.regenerableCache", 512),
+      item(".cache/vault", ScanCategory::applicationCache, SafetyLevel::blocked, "reason.sensitiveApplicationProtected",
+           93'400'000),
+  };
+  return result;
+}
+
+ScanResult hostileResult() {
+  ScanResult result = plainResult();
+  const std::string names[] = {
+      "a\nb\x1b[2J\x07",
+      "\xE2\x80\xAEgpj.exe",
+      std::string(255, 'w'),
+      "\xFF\xFE invalid",
+      "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xAE\xE9\x95\xB7\xE3\x81\x84\xE5\x90\x8D\xE5\x89\x8D",
+      std::string(60, '\x01')};
+  ScanCoverageEntry entry;
+  entry.path = joined(home, ".cache");
+  entry.status = ScanCoverageStatus::partial;
+  entry.reason = ScanCoverageReason::permissionDenied;
+  std::vector<FilePath> unreadable;
+  for (const std::string& name : names) {
+    result.items.push_back(
+        item(".cache/" + name, ScanCategory::browserCache, SafetyLevel::review, "reason.unknownCache", 1'500'000));
+    unreadable.push_back(joined(home, ".cache/" + name + "/locked"));
+    unreadable.push_back(joined(home, "elsewhere/" + name));
+    entry.notes.push_back({joined(home, name), "coverage.note.ignoredFiles", 2, {".env", name}});
+  }
+  entry.unreadablePaths = unreadable;
+  ScanCoverageEntry ignored;
+  ignored.path = joined(home, ".cache/" + names[0]);
+  ignored.status = ScanCoverageStatus::skipped;
+  ignored.reason = ScanCoverageReason::ignored;
+  result.unreadablePaths = unreadable;
+  result.coverage = ScanCoverageLedger{
+      {entry, ignored}, {{std::nullopt, "coverage.notice.processesNotInspectable", 2, {names[0], names[1]}}}};
+  return result;
+}
+
+std::string report(const ScanResult& result, const TextStyle& style) {
+  return scanReport(result, MessageCatalogue::english(), home, style);
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+std::string withoutColours(const std::string& text) {
+  std::string plain;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\x1b')
+      i = text.find('m', i);
+    else
+      plain += text[i];
+  }
+  return plain;
+}
+
+TEST(ScanReport, ReadsWellAtEightyColumns) {
+  EXPECT_EQ(report(plainResult(), {.isTerminal = true, .columns = 80}),
+            "Application caches  93.4 MB in 2 items\n"
+            "      93.4 MB  vault       Blocked  Of a security or network application\n"
+            "  * 512 bytes  tiny        Safe     Made again when needed\n"
+            "\n"
+            "Old installers  524 MB in 1 item\n"
+            "       524 MB  system.iso  Review   An installer older than 30 days\n"
+            "\n"
+            "Found: 618 MB in 3 items\n"
+            "Selected: 512 bytes in 1 item, marked *\n");
+}
+
+TEST(ScanReport, WrapsReasonsWhereItIsNarrowAndShowsPathsWhereItIsWide) {
+  const std::string narrow = report(plainResult(), {.isTerminal = true, .columns = 50});
+  EXPECT_NE(narrow.find("  Blocked  Of a security\n"), std::string::npos) << narrow;
+  const std::string wide = report(plainResult(), {.isTerminal = true, .columns = 120});
+  EXPECT_NE(wide.find("  ~/.cache/vault\n"), std::string::npos) << wide;
+}
+
+TEST(ScanReport, FitsAnyTerminalWhateverTheNames) {
+  const ScanResult result = hostileResult();
+  for (const std::size_t columns : {60U, 80U, 120U, 200U}) {
+    for (const CharacterSet characters : {CharacterSet::unicode, CharacterSet::ascii}) {
+      const TextStyle plain{.isTerminal = true, .characters = characters, .columns = columns};
+      TextStyle coloured = plain;
+      coloured.hasColours = true;
+      const std::string text = report(result, plain);
+      for (const std::string& line : linesOf(text)) {
+        EXPECT_LE(displayWidth(line), columns) << line;
+        EXPECT_EQ(harmlessText(line, characters), line);
+      }
+      EXPECT_EQ(withoutColours(report(result, coloured)), text) << "colours change nothing but colours";
+    }
+  }
+}
+
+TEST(ScanReport, SaysWhatWasNotSeen) {
+  const std::string text = report(hostileResult(), {.characters = CharacterSet::unicode});
+  for (const char* part :
+       {"≥ 1.5 MB", "Sizes marked ≥ are lower bounds", "12 places could not be read:", "and 7 more places",
+        "Found: at least ", "left out: ~/.cache/a\\nb\\x1b[2J\\x07: you chose to ignore it",
+        "holds 2 files that git ignores and that may matter: .env, ", "2 running programs could not be looked into"})
+    EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+  EXPECT_NE(text.find(std::string(255, 'w')), std::string::npos) << "without a terminal nothing is shortened";
+  EXPECT_EQ(report({}, {}), "Nothing that could be cleaned was found.\n");
+}
+
+TEST(ScanReport, TellsItemsOfOneNameApart) {
+  ScanResult result = plainResult();
+  result.items.push_back(item(".npm/tiny", ScanCategory::applicationCache, SafetyLevel::safe, "reason.cacheTag", 9));
+  const std::string text = report(result, {.isTerminal = true, .columns = 80});
+  EXPECT_NE(text.find("~/.npm/tiny"), std::string::npos) << text;
+}
+
+TEST(ProgressLine, FitsExactly) {
+  const auto catalogue = MessageCatalogue::english();
+  const std::string place = "/home/ada/\xE6\x97\xA5\x1b[2J/" + std::string(200, 'x');
+  for (const double progress : {0.0, 0.427, 1.0}) {
+    for (std::size_t columns = 20; columns < 160; ++columns) {
+      const TextStyle style{
+          .isTerminal = true, .canRedraw = true, .characters = CharacterSet::unicode, .columns = columns};
+      const std::string line = progressLine({progress, "scan.status.logs", ScanActivitySnapshot{place, 24'310}},
+                                            catalogue, {home, CharacterSet::unicode}, style);
+      EXPECT_LE(displayWidth(line), std::max<std::size_t>(columns, 27)) << line;
+      EXPECT_EQ(harmlessText(line), line);
+      if (columns > 80) {
+        EXPECT_GE(displayWidth(line), columns - 1) << "the place takes the room that is left";
+      }
+    }
+  }
+}
+
+TEST(StoragePicture, HasABarOfOneLengthWhateverItShows) {
+  const auto catalogue = MessageCatalogue::english();
+  for (const StorageSnapshot& storage :
+       {StorageSnapshot{}, StorageSnapshot{1000, 400, 100, 200, true}, StorageSnapshot{1000, 1000, 0, 0, false},
+        StorageSnapshot{1000, 100, 5000, 5000, false}, StorageSnapshot{INT64_MAX, 1, INT64_MAX, INT64_MAX, false}}) {
+    const auto lines = linesOf(storagePicture(storage, catalogue, home, {.isTerminal = true, .columns = 60}));
+    EXPECT_TRUE(lines.at(2) == "  " || displayWidth(lines.at(2)) == 58) << lines.at(2);
+    for (const std::string& line : lines) EXPECT_LE(displayWidth(line), 64U) << line;
+  }
+}
+
+}  // namespace
+}  // namespace quorvane

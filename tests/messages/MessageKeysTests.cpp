@@ -1,0 +1,135 @@
+// The catalogue and the sources agree: no key is used without a text, no text stands there without a use.
+#include "quorvane/app/messages/MessageCatalogue.h"
+#include "quorvane/core/FileProtectionError.h"
+#include "quorvane/core/IgnoreRuleStore.h"
+#include "quorvane/core/SafetyLevel.h"
+#include "quorvane/core/ScanCategory.h"
+#include "quorvane/scan/DiskScanner.h"
+#include "quorvane/scan/ScanSelectionPreflight.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+
+namespace quorvane {
+namespace {
+
+using Keys = std::set<std::string, std::less<>>;
+
+// The string literals of a source text, without comments and escapes.
+std::vector<std::string> literalsIn(std::string_view source) {
+  std::vector<std::string> literals;
+  for (std::size_t i = 0; i < source.size(); ++i) {
+    if (source.substr(i, 2) == "//") {
+      i = std::min(source.find('\n', i), source.size());
+    } else if (source[i] == '\'' && i + 2 < source.size() && (source[i + 1] == '\\' || source[i + 2] == '\'')) {
+      i = std::min(source.find('\'', i + 2), source.size());
+    } else if (source[i] == '"') {
+      std::string literal;
+      for (++i; i < source.size() && source[i] != '"'; ++i) literal += source[i] == '\\' ? source[++i] : source[i];
+      literals.push_back(literal);
+    }
+  }
+  return literals;
+}
+
+// "word.word" with at least one dot; every word of letters and digits, beginning with a small letter.
+bool looksLikeKey(std::string_view text) {
+  if (!text.contains('.')) return false;
+  bool startsWord = true;
+  for (const char c : text) {
+    if (startsWord && !std::islower(static_cast<unsigned char>(c))) return false;
+    if (c != '.' && !std::isalnum(static_cast<unsigned char>(c))) return false;
+    startsWord = c == '.';
+  }
+  return !startsWord;
+}
+
+std::string familyOf(std::string_view key) { return std::string(key.substr(0, key.find('.'))); }
+
+// A text is told to be a key by its family, or by a word that only keys have in them.
+bool isKeyOf(const Keys& families, std::string_view text) {
+  if (!looksLikeKey(text)) return false;
+  const auto holds = [&](std::string_view word) { return text.contains(word); };
+  constexpr std::string_view words[] = {".error.", ".reason.", ".status.", ".note.", ".notice.", ".failure."};
+  return families.contains(familyOf(text)) || std::ranges::any_of(words, holds);
+}
+
+Keys keysIn(std::string_view source, const Keys& families) {
+  Keys keys;
+  for (const std::string& literal : literalsIn(source))
+    if (isKeyOf(families, literal)) keys.insert(literal);
+  return keys;
+}
+
+template <NamedEnumeration E>
+void addCases(Keys& keys, std::string_view prefix) {
+  for (const E value : allCases<E>()) keys.insert(std::string(prefix) + std::string(caseName(value)));
+}
+
+// The keys that the code puts together out of a prefix and the name of a case.
+Keys derivedKeys() {
+  Keys keys;
+  addCases<FileProtectionError>(keys, "protection.error.");
+  addCases<IgnoreRuleFault>(keys, "ignore.error.");
+  addCases<ScanFault>(keys, "scan.error.");
+  addCases<ScanSelectionPreflight::Demotion>(keys, "reason.preflight.");
+  return keys;
+}
+
+// The catalogue's keys without their plural suffixes.
+Keys baseKeys(const MessageCatalogue& catalogue) {
+  Keys keys;
+  for (const auto& [key, text] : catalogue.texts()) {
+    const std::size_t end = key.ends_with("_one") ? 4 : key.ends_with("_other") ? 6 : 0;
+    keys.insert(key.substr(0, key.size() - end));
+  }
+  return keys;
+}
+
+Keys familiesOf(const Keys& keys) {
+  Keys families;
+  for (const auto& key : keys) families.insert(familyOf(key));
+  return families;
+}
+
+Keys usedKeys(const Keys& families) {
+  Keys used = derivedKeys();
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(QUORVANE_SOURCE_DIR "/quorvane")) {
+    if (entry.path().extension() != ".h" && entry.path().extension() != ".cpp") continue;
+    std::ifstream file(entry.path());
+    used.merge(keysIn(std::string{std::istreambuf_iterator<char>(file), {}}, families));
+  }
+  return used;
+}
+
+Keys difference(const Keys& left, const Keys& right) {
+  Keys rest;
+  std::ranges::set_difference(left, right, std::inserter(rest, rest.end()));
+  return rest;
+}
+
+TEST(MessageKeys, AreAllThereAndAllUsed) {
+  const Keys present = baseKeys(MessageCatalogue::english());
+  const Keys used = usedKeys(familiesOf(present));
+  EXPECT_GT(used.size(), 100U);
+  EXPECT_EQ(difference(used, present), Keys{}) << "used in the sources, but without a text in en.json";
+  EXPECT_EQ(difference(present, used), Keys{}) << "in en.json, but used nowhere";
+}
+
+TEST(MessageKeys, AreFoundInSources) {
+  const Keys families{"scan", "reason"};
+  EXPECT_EQ(keysIn(R"(f("scan.status.logs"); // "scan.comment"
+                     if (c == '"' || c == '\'') g("reason.x" "reason", "scan.txt/", "com.apple.mail");
+                     h("removal.error.busy", "scan.", "a \"scan.quoted\" word"))",
+                   families),
+            (Keys{"reason.x", "removal.error.busy", "scan.status.logs"}));
+}
+
+}  // namespace
+}  // namespace quorvane
