@@ -45,8 +45,9 @@ std::optional<Uuid> uuidFromDeviceList(FileSystem& fileSystem, dev_t device) {
   if (!folder || !fileSystem.list(folder->number(), listing)) return std::nullopt;
   for (const FolderEntry& entry : listing.entries()) {
     struct stat status {};
-    if (::fstatat(folder->number(), listing.nameOf(entry).data(), &status, 0) != 0) continue;
-    if (S_ISBLK(status.st_mode) && status.st_rdev == device) return uuidFromText(listing.nameOf(entry));
+    const std::string name(listing.nameOf(entry));
+    if (::fstatat(folder->number(), name.c_str(), &status, 0) != 0) continue;
+    if (S_ISBLK(status.st_mode) && status.st_rdev == device) return uuidFromText(name);
   }
   return std::nullopt;
 }

@@ -105,7 +105,8 @@ TextVector argumentsOf(const ProcessRequest& request) {
 
 TextVector environmentOf(const ProcessRequest& request) {
   std::vector<std::string> texts;
-  for (const auto& [name, value] : request.environment) texts.push_back(name + "=" + value);
+  texts.reserve(request.environment.size());
+  for (const auto& [name, value] : request.environment) texts.emplace_back(name).append("=").append(value);
   return TextVector(std::move(texts));
 }
 

@@ -64,7 +64,7 @@ Outcome<FilePath, PosixError> resolvedDangling(const FilePath& path, int linksLe
   if (leaf == "." || leaf == ".." || path.bytes == "/") return refused(ENOENT);
   const auto parent = resolvedWithin(parentOf(path), linksLeft);
   if (!parent) return failure(parent.error());
-  const FilePath own = joined(*parent, leaf);
+  FilePath own = joined(*parent, leaf);
   const auto target = readLink(AT_FDCWD, own.bytes.c_str());
   if (!target) return own;
   return resolvedWithin(target->starts_with('/') ? FilePath{*target} : joined(*parent, *target), linksLeft - 1);
