@@ -2,21 +2,29 @@
 
 #include "quorvane/scan/UserDirectories.h"
 
+#include <optional>
+#include <string>
+
 namespace quorvane {
 
 namespace {
 
 constexpr std::size_t mostUserDirectoriesBytes = 64 << 10;
 
-FilePath namedDownloads(const ApplicationFolders& folders, FileSystem& fileSystem) {
-  const FilePath usual = joined(folders.home, "Downloads");
-  const auto folder = fileSystem.openStartingFolder(folders.configuration);
-  if (!folder) return usual;
+std::optional<std::string> userDirectoriesText(const FilePath& configuration, FileSystem& fileSystem) {
+  const auto folder = fileSystem.openStartingFolder(configuration);
+  if (!folder) return std::nullopt;
   const auto file = fileSystem.openFile(folder->number(), "user-dirs.dirs");
-  if (!file) return usual;
-  const auto text = readToEnd(fileSystem, file->number(), mostUserDirectoriesBytes);
-  if (!text) return usual;
-  return userDirectory(*text, "XDG_DOWNLOAD_DIR", folders.home).value_or(usual);
+  if (!file) return std::nullopt;
+  auto text = readToEnd(fileSystem, file->number(), mostUserDirectoriesBytes);
+  if (!text) return std::nullopt;
+  return *std::move(text);
+}
+
+FilePath namedDownloads(const ApplicationFolders& folders, FileSystem& fileSystem) {
+  const auto text = userDirectoriesText(folders.configuration, fileSystem);
+  auto named = text ? userDirectory(*text, "XDG_DOWNLOAD_DIR", folders.home) : std::nullopt;
+  return named ? *std::move(named) : joined(folders.home, "Downloads");
 }
 
 }  // namespace

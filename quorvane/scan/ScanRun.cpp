@@ -122,6 +122,7 @@ bool ScanRun::measure(ScanStep step, StepFindings& findings, std::size_t first, 
     keep(findings.candidates[first + i], findings.locations[first + i], outcomes[i]);
   for (const TreeOutcome& outcome : outcomes)
     if (outcome) finishedWalksCount_ += outcome->entryCount;
+  noteSeen(finishedWalksCount_);
   return true;
 }
 
@@ -136,10 +137,11 @@ WalkRequest ScanRun::walkRequest(ScanStep step, StepFindings& findings, std::siz
   request.stop = control_.stopToken();
   request.begins = [this](std::size_t) { return control_.waitWhilePaused(); };
   request.advances = [this, progress, fraction](std::int64_t seen) {
-    inspectedItemCount_ = finishedWalksCount_ + seen;
+    noteSeen(finishedWalksCount_ + seen);
     report(progress, fraction(), {});
   };
-  request.ends = [this, progress, fraction, done, first, &findings](std::size_t index, const TreeOutcome&) {
+  request.ends = [this, progress, fraction, done, first, &findings](std::size_t index, const TreeOutcome& outcome) {
+    if (!outcome && outcome.error().code == ECANCELED) return;
     ++*done;
     report(progress, fraction(), findings.candidates[first + index].path().bytes);
   };
@@ -297,6 +299,12 @@ ScanResult ScanRun::finished(Date startedAt) {
           .items = std::move(items_),
           .unreadablePaths = std::move(unreadable),
           .coverage = std::move(coverage_)};
+}
+
+/// The walking threads tell it in no particular order; it only grows.
+void ScanRun::noteSeen(std::int64_t count) {
+  std::int64_t known = inspectedItemCount_;
+  while (known < count && !inspectedItemCount_.compare_exchange_weak(known, count)) {}
 }
 
 void ScanRun::report(const ScanStepProgress& step, double fraction, std::string location) {

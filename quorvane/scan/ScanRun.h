@@ -62,6 +62,7 @@ class ScanRun {
   const WorktreeGitInspector& worktrees();
   void verify();
   ScanResult finished(Date startedAt);
+  void noteSeen(std::int64_t count);
   void report(const ScanStepProgress& step, double fraction, std::string location);
 
   const ScanServices& services_;
@@ -69,6 +70,10 @@ class ScanRun {
   const ScanRequest& request_;
   ScanPauseControl& control_;
   const ScanProgressSink& progress_;
+
+  ScanCoverageLedger coverage_;  // before what writes its notices while it is made
+  std::vector<ScanItem> items_;
+  std::map<FilePath, Inspected> inspected_;
 
   const LocationTable& table_;
   LocationFolders folders_;
@@ -82,9 +87,6 @@ class ScanRun {
   std::map<const FoundFolder*, std::vector<MobileBackupRecord>> backupRecords_;
   std::optional<std::uint32_t> homeOwner_;
 
-  std::vector<ScanItem> items_;
-  std::map<FilePath, Inspected> inspected_;
-  ScanCoverageLedger coverage_;
   std::atomic<std::int64_t> inspectedItemCount_ = 0;
   std::int64_t finishedWalksCount_ = 0;
 };
