@@ -1,6 +1,5 @@
 // Whatever the bytes: what is shown is valid, without control characters, and fits where it is put.
 #include "quorvane/app/messages/HarmlessText.h"
-
 #include "quorvane/app/messages/TextLayout.h"
 #include "quorvane/base/Assert.h"
 #include "quorvane/base/Utf8.h"

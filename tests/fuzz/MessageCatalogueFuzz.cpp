@@ -1,6 +1,5 @@
 // Any catalogue is refused with a reason, or gives a text for each of its keys.
 #include "quorvane/app/messages/MessageCatalogue.h"
-
 #include "quorvane/base/Assert.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
