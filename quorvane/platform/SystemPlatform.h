@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorvane/platform/FileSystem.h"
+#include "quorvane/platform/GitPrograms.h"
 #include "quorvane/platform/ProcessTable.h"
 #include "quorvane/platform/Volumes.h"
 
@@ -13,6 +14,7 @@ namespace quorvane {
 std::unique_ptr<FileSystem> makeSystemFileSystem();
 std::unique_ptr<Volumes> makeSystemVolumes();
 std::unique_ptr<ProcessTable> makeSystemProcessTable();
+GitPrograms systemGitPrograms();
 
 /// Lets this process hold as many descriptors at once as the system permits; children are started with the old limit.
 void raiseDescriptorLimit();

@@ -28,12 +28,6 @@ FilePath cachesRootOf(const ScanSettings& settings) {
                                               : settings.folders.cache;
 }
 
-GitPrograms gitProgramsOf(HomeLayout layout) {
-  GitPrograms programs;
-  if (layout == HomeLayout::macos) programs.developerTools = FilePath{"/usr/bin/xcode-select"};
-  return programs;
-}
-
 }  // namespace
 
 ScanRun::ScanRun(const ScanServices& services, const ScanSettings& settings, const ScanRequest& request,
@@ -275,7 +269,7 @@ const InUseIndex& ScanRun::inUse() {
 }
 
 const WorktreeGitInspector& ScanRun::worktrees() {
-  if (!worktrees_) worktrees_.emplace(services_.fileSystem, services_.processRunner, gitProgramsOf(settings_.layout));
+  if (!worktrees_) worktrees_.emplace(services_.fileSystem, services_.processRunner, settings_.gitPrograms);
   return *worktrees_;
 }
 

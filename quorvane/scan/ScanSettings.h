@@ -4,6 +4,7 @@
 #include "quorvane/base/FilePath.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/platform/ApplicationFolders.h"
+#include "quorvane/platform/GitPrograms.h"
 
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ struct ScanSettings {
   ApplicationFolders folders;
   HomeLayout layout = HomeLayout::linux;
   std::vector<FilePath> applicationRoots;  ///< folders of installed applications, for the storage summary
+  GitPrograms gitPrograms;
 };
 
 /// What one scan is to look for.

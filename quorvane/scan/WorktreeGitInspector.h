@@ -5,6 +5,7 @@
 #include "quorvane/base/StopToken.h"
 #include "quorvane/core/ScanCoverage.h"
 #include "quorvane/platform/FileSystem.h"
+#include "quorvane/platform/GitPrograms.h"
 #include "quorvane/platform/ProcessRunner.h"
 
 #include <optional>
@@ -31,13 +32,6 @@ struct WorktreeFinding {
 struct WorktreeQuery {
   FilePath url;  ///< absolute; its ancestors' links are followed, its own is not
   bool processStandsInside = false;
-};
-
-/// The programs asked. Where git is a stand-in that first offers to install itself, `developerTools` must succeed with
-/// "-p" before git is touched.
-struct GitPrograms {
-  FilePath gitURL{"/usr/bin/git"};
-  std::optional<FilePath> developerTools;
 };
 
 /// Asks git about worktrees, and believes it only as far as it can be held to it.

@@ -1,5 +1,7 @@
 #include "quorvane/app/model/HomeSettings.h"
 
+#include "quorvane/platform/SystemPlatform.h"
+
 #include <string_view>
 #include <utility>
 
@@ -36,7 +38,7 @@ HomeLayout systemHomeLayout() {
 }
 
 ScanSettings scanSettings(const HomeRequest& request) {
-  ScanSettings settings{request.folders, request.layout, {}};
+  ScanSettings settings{request.folders, request.layout, {}, systemGitPrograms()};
   if (!request.staysInside) settings.applicationRoots = systemRoots(request.layout);
   for (FilePath& root : ownRoots(request.folders, request.layout))
     if (!request.staysInside || isBelow(root, request.folders.home)) settings.applicationRoots.push_back(root);
