@@ -29,6 +29,7 @@ class HelpWriter {
 
   void commands(const std::vector<const CommandDescription*>& below) {
     std::vector<OptionDescription> rows;
+    rows.reserve(below.size());
     for (const CommandDescription* command : below)
       rows.push_back({command->words.substr(command->words.rfind(' ') + 1), "", command->key});
     section("cli.help.commands", rows);

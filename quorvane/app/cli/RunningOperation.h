@@ -37,8 +37,9 @@ Outcome<Result, CommandError> runToEnd(Console& console, MainLoop& loop, AppMode
                                        }});
   loop.run();
   bar.clear();
-  if (!isCancelled && outcome->has_value()) return std::move(**outcome);
-  const ScanFault fault = isCancelled ? ScanFault::cancelled : outcome->error();
+  if (!outcome || isCancelled) outcome = failure(ScanFault::cancelled);
+  if (*outcome) return std::move(**outcome);
+  const ScanFault fault = outcome->error();
   switch (fault) {
     case ScanFault::cancelled: return failure(CommandError{ExitCode::cancelled, {messageKey(fault), {}}});
     case ScanFault::homeUnreadable: return failure(homeUnreadable(model.settings().folders.home));

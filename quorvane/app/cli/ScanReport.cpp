@@ -8,6 +8,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace quorvane {
@@ -69,6 +70,10 @@ std::optional<std::string> toldReason(ScanCoverageReason reason) {
     case ScanCoverageReason::overlaps: return "coverage.reason.overlaps";
   }
   std::unreachable();
+}
+
+bool largestFirst(const ScanItem* left, const ScanItem* right) {
+  return std::tie(right->size, left->url) < std::tie(left->size, right->url);
 }
 
 class ReportWriter {
@@ -140,7 +145,7 @@ class ReportWriter {
       for (const ScanItem& item : result_.items)
         if (item.category == category) items.push_back(&item);
       if (items.empty()) continue;
-      std::ranges::stable_sort(items, std::greater(), &ScanItem::size);
+      std::ranges::sort(items, largestFirst);
       auto& [_, rows] = groups.emplace_back(category, std::vector<ScanRow>());
       for (const ScanItem* item : items) rows.push_back(rowOf(*item));
     }

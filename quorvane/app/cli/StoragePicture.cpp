@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace quorvane {
 
@@ -43,7 +44,8 @@ std::string bar(const std::array<Part, 4>& parts, std::size_t columns, const Tex
   std::size_t drawn = 0;
   for (const Part& part : parts) {
     before += static_cast<double>(part.bytes);
-    const auto end = total > 0 ? static_cast<std::size_t>(before / total * static_cast<double>(columns) + 0.5) : 0;
+    const auto end =
+        total > 0 ? static_cast<std::size_t>(std::lround(before / total * static_cast<double>(columns))) : 0;
     text += cells(part, end - drawn, style);
     drawn = end;
   }

@@ -1,7 +1,7 @@
 #include "quorvane/app/cli/CommandLine.h"
 
+#include <array>
 #include <climits>
-#include <cstdlib>
 #include <string_view>
 
 #include <fcntl.h>
@@ -30,9 +30,9 @@ EnvironmentVariables variablesOf(char** environment) {
 }
 
 std::optional<FilePath> workingFolder() {
-  std::string buffer(PATH_MAX, '\0');
+  std::array<char, PATH_MAX> buffer{};
   if (::getcwd(buffer.data(), buffer.size()) == nullptr) return std::nullopt;
-  return FilePath{buffer.c_str()};
+  return FilePath{buffer.data()};
 }
 
 }  // namespace
