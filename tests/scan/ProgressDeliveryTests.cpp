@@ -214,15 +214,14 @@ class PoolDispatcher final : public Dispatcher {
 };
 
 TEST(ScanProgressDelivery, NeverDeliversTwiceAtOnceNorLosesTheLastValue) {
-  constexpr int steps = 2000;
-  std::atomic<int> inside = 0, overlaps = 0, deliveries = 0;
+  constexpr int steps = 50'000;
+  std::atomic<int> inside = 0, overlaps = 0;
   std::atomic<double> last = 0;
   {
     PoolDispatcher dispatcher;
     const auto delivery = ScanProgressDelivery::make(dispatcher, milliseconds(0), [&](double fraction) {
       if (++inside > 1) ++overlaps;
       last = fraction;
-      ++deliveries;
       std::this_thread::yield();
       --inside;
     });
@@ -242,7 +241,6 @@ TEST(ScanProgressDelivery, NeverDeliversTwiceAtOnceNorLosesTheLastValue) {
     EXPECT_EQ(last, 0.125);
   }
   EXPECT_EQ(overlaps, 0);
-  EXPECT_GT(deliveries, 1);
 }
 
 }  // namespace

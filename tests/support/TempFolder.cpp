@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <tuple>
 #include <vector>
 
 #include <dirent.h>
@@ -42,14 +43,14 @@ std::vector<NamedEntry> entriesOf(int folder) {
 /// Takes everything out of the folder `name`: files are removed, folders moved up to `top`, so that no depth needs more
 /// than two descriptors. Then the folder goes too. One on another file system is left as it is.
 void emptyIntoAndRemove(int top, const std::string& name, std::size_t& moved) {
-  ::fchmodat(top, name.c_str(), S_IRWXU, 0);
+  std::ignore = ::fchmodat(top, name.c_str(), S_IRWXU, 0);
   const FileDescriptor folder(::openat(top, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!folder.isOpen()) return;
   for (const NamedEntry& entry : entriesOf(folder.number())) {
     if (!entry.isFolder) {
       ::unlinkat(folder.number(), entry.name.c_str(), 0);
     } else {
-      ::fchmodat(folder.number(), entry.name.c_str(), S_IRWXU, 0);
+      std::ignore = ::fchmodat(folder.number(), entry.name.c_str(), S_IRWXU, 0);
       const std::string unused = "removing-" + std::to_string(++moved);
       ::renameat(folder.number(), entry.name.c_str(), top, unused.c_str());
     }
