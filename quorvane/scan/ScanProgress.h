@@ -10,7 +10,7 @@ namespace quorvane {
 
 /// One report of a running scan.
 struct CleaningScanProgressUpdate {
-  double progress = 0;    ///< 0 to 1
+  double progress = 0;    ///< 0 to 1; 0 while nobody can say
   std::string statusKey;  ///< message key of the step: "scan.status.logs"
   std::optional<ScanActivitySnapshot> activity;
 
