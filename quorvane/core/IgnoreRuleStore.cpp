@@ -1,6 +1,7 @@
 #include "quorvane/core/IgnoreRuleStore.h"
 
 #include "quorvane/base/Json.h"
+#include "quorvane/core/AppPaths.h"
 #include "quorvane/core/SupportFolder.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::string_view fileName = "ignored-paths.json";
 constexpr std::size_t largestFile = std::size_t{4} << 20;
 
 IgnoreRuleFault faultOf(TrustFault fault) {
@@ -44,7 +44,7 @@ bool isNamedBy(const IgnoreRule& rule, std::string_view text) {
 std::string messageKey(IgnoreRuleFault fault) { return "ignore.error." + std::string(caseName(fault)); }
 
 IgnoreRuleStore::IgnoreRuleStore(FileSystem& fileSystem, RandomSource& random, FilePath applicationSupport)
-    : fileSystem_(fileSystem), random_(random), fileURL_(joined(applicationSupport, fileName)) {}
+    : fileSystem_(fileSystem), random_(random), fileURL_(AppPaths::ignoredPaths(applicationSupport)) {}
 
 std::unexpected<IgnoreRuleError> IgnoreRuleStore::refused(IgnoreRuleFault fault, PosixError reason) const {
   return failure(IgnoreRuleError{fault, fileURL_, reason});
@@ -96,14 +96,14 @@ Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::remove(std::string_view pa
 }
 
 Outcome<FileDescriptor, IgnoreRuleError> IgnoreRuleStore::locked(int folder) {
-  auto lock = fileSystem_.lockFile(folder, (std::string(fileName) + ".lock").c_str());
+  auto lock = fileSystem_.lockFile(folder, (std::string(AppPaths::ignoredPathsName) + ".lock").c_str());
   if (lock) return *std::move(lock);
   const bool isHeld = lock.error().code == EWOULDBLOCK;
   return refused(isHeld ? IgnoreRuleFault::busy : IgnoreRuleFault::notWritten, lock.error());
 }
 
 Outcome<std::vector<IgnoreRule>, IgnoreRuleError> IgnoreRuleStore::read(int folder) {
-  const auto text = readTrusted(fileSystem_, folder, std::string(fileName), largestFile);
+  const auto text = readTrusted(fileSystem_, folder, std::string(AppPaths::ignoredPathsName), largestFile);
   if (!text && text.error().fault == TrustFault::missing) return std::vector<IgnoreRule>{};
   if (!text) return refused(faultOf(text.error().fault), text.error().reason);
   auto rules = recordFromText<std::vector<IgnoreRule>>(*text);
@@ -114,7 +114,8 @@ Outcome<std::vector<IgnoreRule>, IgnoreRuleError> IgnoreRuleStore::read(int fold
 Outcome<void, IgnoreRuleError> IgnoreRuleStore::write(int folder, const std::vector<IgnoreRule>& rules) {
   const std::string text = jsonText(rules);
   if (text.size() > largestFile) return refused(IgnoreRuleFault::notWritten, {EFBIG});
-  const auto written = replaceFile(fileSystem_, folder, std::string(fileName), text, uuidText(random_.uuid()));
+  const auto written =
+      replaceFile(fileSystem_, folder, std::string(AppPaths::ignoredPathsName), text, uuidText(random_.uuid()));
   if (!written) return refused(IgnoreRuleFault::notWritten, written.error());
   return {};
 }

@@ -14,6 +14,7 @@ struct FolderRequest {
   std::optional<FilePath> home;                    ///< absolute; given, no environment variable is consulted
   std::optional<FilePath> applicationSupport;      ///< absolute; given, used as it is
   std::map<std::string, std::string> environment;  ///< of the process
+  std::string applicationName{};                   ///< of its folder among those of all programs
 };
 
 enum class FolderFault {
@@ -28,7 +29,7 @@ struct ApplicationFolders {
   FilePath configuration;       ///< Linux: $XDG_CONFIG_HOME; macOS: Library/Preferences
   FilePath data;                ///< Linux: $XDG_DATA_HOME; macOS: Library/Application Support
   FilePath state;               ///< Linux: $XDG_STATE_HOME; macOS: Library
-  FilePath applicationSupport;  ///< where the program keeps its own state: "Quorvane" in `data`
+  FilePath applicationSupport;  ///< where the program keeps its own state: a folder of its own in `data`
 
   bool operator==(const ApplicationFolders&) const = default;
 };

@@ -7,7 +7,10 @@
 namespace quorvane {
 namespace {
 
-ApplicationFolders foldersOf(FolderRequest request) { return applicationFolders(request).value(); }
+ApplicationFolders foldersOf(FolderRequest request) {
+  request.applicationName = "Program";
+  return applicationFolders(request).value();
+}
 
 TEST(ApplicationFoldersTest, theUsualFoldersLieInTheHome) {
   const ApplicationFolders expected{{"/home/u"},
@@ -15,7 +18,7 @@ TEST(ApplicationFoldersTest, theUsualFoldersLieInTheHome) {
                                     {"/home/u/.config"},
                                     {"/home/u/.local/share"},
                                     {"/home/u/.local/state"},
-                                    {"/home/u/.local/share/Quorvane"}};
+                                    {"/home/u/.local/share/Program"}};
   EXPECT_EQ(foldersOf({.home = {}, .applicationSupport = {}, .environment = {{"HOME", "/home//u/"}}}), expected);
   // A home that was asked for is not mixed with the folders of the person who asks.
   EXPECT_EQ(foldersOf({.home = FilePath{"/home/u"},
@@ -36,7 +39,7 @@ TEST(ApplicationFoldersTest, variablesMoveTheirFolderAlone) {
   EXPECT_EQ(folders.configuration.bytes, "/home/u/.config");
   EXPECT_EQ(folders.data.bytes, "/data");
   EXPECT_EQ(folders.state.bytes, "/home/u/.local/state");
-  EXPECT_EQ(folders.applicationSupport.bytes, "/data/Quorvane");
+  EXPECT_EQ(folders.applicationSupport.bytes, "/data/Program");
 }
 
 TEST(ApplicationFoldersTest, ownStateMayBeElsewhere) {

@@ -1,6 +1,7 @@
 #include "tests/support/ScanHome.h"
 
 #include "quorvane/base/Assert.h"
+#include "quorvane/core/AppPaths.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -22,6 +23,7 @@ void setModification(const std::filesystem::path& path, Date date) {
 ApplicationFolders foldersIn(const FilePath& home) {
   FolderRequest request;
   request.home = home;
+  request.applicationName = AppPaths::folderName;
   const auto folders = applicationFolders(request);
   require(folders.has_value(), "a test has no folders");
   return *folders;

@@ -2,6 +2,7 @@
 
 #include "quorvane/app/model/AppModel.h"
 #include "quorvane/app/model/HomeSettings.h"
+#include "quorvane/core/AppPaths.h"
 
 namespace quorvane {
 
@@ -34,7 +35,8 @@ Outcome<ScanSettings, CommandError> requestedSettings(const CommandContext& cont
   auto support = absoluteIfGiven(options.dataDirectory, context.environment);
   if (!support) return failure(std::move(support.error()));
 
-  auto folders = applicationFolders({*home, *support, context.environment.variables});
+  auto folders =
+      applicationFolders({*home, *support, context.environment.variables, std::string(AppPaths::folderName)});
   if (!folders) return failure(CommandError{ExitCode::refused, {"cli.error.homeUnknown", {}}});
   context.console.setHome(folders->home);
   return scanSettings({*std::move(folders), options.layout.value_or(systemHomeLayout()), options.home.has_value()});

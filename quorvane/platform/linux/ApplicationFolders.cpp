@@ -41,7 +41,7 @@ Outcome<ApplicationFolders, FolderFault> applicationFolders(const FolderRequest&
   folders.configuration = folder("XDG_CONFIG_HOME", ".config");
   folders.data = folder("XDG_DATA_HOME", ".local/share");
   folders.state = folder("XDG_STATE_HOME", ".local/state");
-  folders.applicationSupport = request.applicationSupport.value_or(joined(folders.data, "Quorvane"));
+  folders.applicationSupport = request.applicationSupport.value_or(joined(folders.data, request.applicationName));
   return folders;
 }
 
