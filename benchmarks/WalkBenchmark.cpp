@@ -13,7 +13,7 @@ using namespace quorvane;
 
 int main(int count, char** arguments) {
   WalkRequest request;
-  request.takesDigest = !(count == 3 && std::string_view(arguments[1]) == "--no-digest");
+  request.takesDigest = count != 3 || std::string_view(arguments[1]) != "--no-digest";
   if (count != (request.takesDigest ? 2 : 3)) {
     fmt::print(stderr, "usage: WalkBenchmark [--no-digest] FOLDER\n");
     return 2;
