@@ -69,9 +69,6 @@ blocks=$(du -sk -- "$tree" | awk '{ print $1 }')
 cores=$(getconf _NPROCESSORS_ONLN)
 load=$(uptime | sed 's/.*load average[s]*: *//')
 printf '%s: %s entries, %s MiB; %s cores, load %s\n' "$tree" "$entries" $((bytes / 1048576)) "$cores" "$load"
-if awk -v load="$load" -v cores="$cores" 'BEGIN { exit !(load + 0 > cores / 4) }'; then
-    printf 'the machine is busy: walks that use all cores may miss bounds which they hold on a quiet one\n'
-fi
 command -v ncdu >/dev/null ||
     printf 'ncdu is missing: the walks are compared with du alone, which is an easier bound\n'
 printf '\n'
@@ -86,4 +83,10 @@ set -- "$@" \
     --job "start" 50 \
     --row "true" peer -- true \
     --row "quorvane --version" more=8 -- "$quorvane" --version
-"$build/bin/benchmarks/Timed" "$@"
+status=0
+"$build/bin/benchmarks/Timed" "$@" || status=$?
+if [ $status = 1 ]; then
+    say "bench: not all bounds held. A walk uses all cores: where its cpu time is hardly above its wall time, other programs"
+    say "bench: had them, and the comparison with the peers, which use one, says little."
+fi
+[ $status = 0 ] || exit $status
