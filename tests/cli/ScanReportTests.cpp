@@ -160,6 +160,7 @@ TEST(ProgressLine, FitsExactly) {
       if (columns > 80) {
         EXPECT_GE(displayWidth(line), columns - 1) << "the place takes the room that is left";
       }
+      EXPECT_EQ(line.contains('%'), progress > 0) << "a progress of 0 is one that nobody knows";
     }
   }
 }

@@ -32,13 +32,17 @@ std::string bar(double fraction, const TextStyle& style) {
 
 std::string progressLine(const CleaningScanProgressUpdate& update, const MessageCatalogue& catalogue,
                          const MessageStyle& messages, const TextStyle& style) {
-  const std::string percent = fmt::format(" {:3.0f}%  ", std::floor(update.progress * 100));
+  // A progress of 0 is one that nobody knows.
+  const std::string percent =
+      update.progress > 0 ? fmt::format(" {:3.0f}%  ", std::floor(update.progress * 100)) : std::string();
+  const std::size_t start = percent.empty() ? 0 : barColumns + percent.size();
   std::string about = catalogue.text(update.statusKey);
   if (update.activity && update.activity->inspectedItemCount > 0)
     about += "  " + catalogue.text({"cli.progress.entries", {{"count", update.activity->inspectedItemCount}}});
-  const std::size_t room = style.columns - std::min(style.columns, barColumns + percent.size());
+  const std::size_t room = style.columns - std::min(style.columns, start);
   const std::string_view ellipsis = style.characters == CharacterSet::ascii ? "..." : "…";
-  std::string line = bar(update.progress, style) + percent + shortened(about, room, ellipsis);
+  std::string line = start > 0 ? bar(update.progress, style) + percent : std::string();
+  line += shortened(about, room, ellipsis);
   const std::size_t left = room - std::min(room, displayWidth(about));
   if (update.activity && !update.activity->location.empty() && left > 12) {
     const std::string place = MessageCatalogue::pathText({update.activity->location}, messages);

@@ -7,8 +7,8 @@
 
 namespace quorvane {
 
-/// One line about a running scan, exactly `style.columns` wide or less: how far it is, what it does, how many entries
-/// it has seen, and the place it looks at in the room that is left.
+/// One line about a running scan, exactly `style.columns` wide or less: how far it is where that is known, what it does,
+/// how many entries it has seen, and the place it looks at in the room that is left.
 std::string progressLine(const CleaningScanProgressUpdate& update, const MessageCatalogue& catalogue,
                          const MessageStyle& messages, const TextStyle& style);
 
