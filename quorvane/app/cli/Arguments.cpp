@@ -61,6 +61,30 @@ const OptionDescription* optionNamed(std::string_view name) {
   return nullptr;
 }
 
+Message valueMissing(std::string_view option) { return {"cli.error.missingValue", {{"option", std::string(option)}}}; }
+
+// What is wrong with "--json=5", and with "--home=", where the library would take the next word for the value.
+std::optional<Message> wrongAssignment(std::string_view word) {
+  const std::size_t equals = word.find('=');
+  if (equals == std::string_view::npos) return std::nullopt;
+  const OptionDescription* option = optionNamed(word.substr(0, equals));
+  if (option == nullptr) return std::nullopt;
+  if (option->value.empty()) return Message{"cli.error.unexpectedValue", {{"option", std::string(option->name)}}};
+  if (equals + 1 == word.size()) return valueMissing(option->name);
+  return std::nullopt;
+}
+
+// Takes such words away, so that the others still tell the command; what is wrong with the first of them.
+std::optional<Message> takeWrongAssignments(Words& words) {
+  std::optional<Message> first;
+  std::erase_if(words, [&](const std::string& word) {
+    auto mistake = wrongAssignment(word);
+    if (mistake && !first) first = mistake;
+    return mistake.has_value();
+  });
+  return first;
+}
+
 /// The grammar, and what was read by it. The library is told no text: what it throws is turned into our messages.
 class ArgumentParser {
  public:
@@ -70,8 +94,9 @@ class ArgumentParser {
  private:
   CLI::App* addCommand(const CommandDescription& description);
   const CommandDescription& reached() const;
-  std::optional<CommandError> wrongAssignment(std::string_view word) const;
   CommandError missingValue(std::string_view option) const;
+  std::optional<CommandError> emptyValue() const;
+  void takeSubject();
   std::optional<CommandError> leftOver() const;
   CommandError unknownOption(const std::string& given) const;
   Request invocation() const;
@@ -86,6 +111,7 @@ class ArgumentParser {
   CLI::Option* layoutOption_;
   bool json_ = false, isQuiet_ = false, hasNoColours_ = false;
   Words categories_;
+  Words operands_;  // what stands behind "--", whatever it looks like
 };
 
 ArgumentParser::ArgumentParser() {
@@ -118,18 +144,23 @@ CLI::App* ArgumentParser::addCommand(const CommandDescription& description) {
 }
 
 Request ArgumentParser::parse(const Words& arguments) {
-  for (const std::string& word : std::span(arguments).first(asFarAsOptions(arguments)))
-    if (auto mistake = wrongAssignment(word)) return *std::move(mistake);
+  const auto end = arguments.begin() + static_cast<std::ptrdiff_t>(asFarAsOptions(arguments));
+  Words options(arguments.begin(), end);
+  if (end != arguments.end()) operands_.assign(end + 1, arguments.end());
+  const std::optional<Message> mistake = takeWrongAssignments(options);
   try {
-    app_.parse(Words(arguments.rbegin(), arguments.rend()));  // the library takes them from the back
+    app_.parse(Words(options.rbegin(), options.rend()));  // the library takes them from the back
   } catch (const CLI::CallForHelp&) {
     return HelpRequest{reached().command};
   } catch (const CLI::CallForVersion&) {
     return VersionRequest{};
   } catch (const CLI::ParseError& error) {
-    return missingValue(optionIn(error.what()));
+    if (!mistake) return missingValue(optionIn(error.what()));
   }
-  if (auto mistake = leftOver()) return *std::move(mistake);
+  if (mistake) return wrongUsage(*mistake, seeHelp(reached()));
+  if (auto empty = emptyValue()) return *std::move(empty);
+  takeSubject();
+  if (auto tooMuch = leftOver()) return *std::move(tooMuch);
   return invocation();
 }
 
@@ -141,35 +172,42 @@ const CommandDescription& ArgumentParser::reached() const {
   return *found;
 }
 
-// "--json=5", and "--home=", where the library would take the next word for the value.
-std::optional<CommandError> ArgumentParser::wrongAssignment(std::string_view word) const {
-  const std::size_t equals = word.find('=');
-  if (equals == std::string_view::npos) return std::nullopt;
-  const OptionDescription* option = optionNamed(word.substr(0, equals));
-  if (option == nullptr) return std::nullopt;
-  if (option->value.empty())
-    return wrongUsage({"cli.error.unexpectedValue", {{"option", std::string(option->name)}}}, seeHelp(reached()));
-  if (equals + 1 == word.size()) return missingValue(option->name);
+CommandError ArgumentParser::missingValue(std::string_view option) const {
+  return wrongUsage(valueMissing(option), seeHelp(reached()));
+}
+
+// An empty value is none: most often it is a variable of a script that was not set.
+std::optional<CommandError> ArgumentParser::emptyValue() const {
+  for (const auto& [option, value] : {std::pair(homeOption_, &home_), std::pair(dataDirectoryOption_, &dataDirectory_),
+                                      std::pair(layoutOption_, &layout_)})
+    if (option->count() > 0 && value->empty()) return missingValue(option->get_name());
+  if (std::ranges::find(categories_, "") != categories_.end()) return missingValue("--category");
   return std::nullopt;
 }
 
-CommandError ArgumentParser::missingValue(std::string_view option) const {
-  return wrongUsage({"cli.error.missingValue", {{"option", std::string(option)}}}, seeHelp(reached()));
+void ArgumentParser::takeSubject() {
+  if (operands_.empty() || reached().arguments.empty() || !subject_.empty()) return;
+  subject_ = operands_.front();
+  operands_.erase(operands_.begin());
 }
 
 std::optional<CommandError> ArgumentParser::leftOver() const {
   const Words rest = app_.remaining(true);
-  const auto given = std::ranges::find_if(rest, [](const std::string& word) { return word != "--"; });
   const CommandDescription& command = reached();
+  const auto tooMany = [&](const std::string& given) {
+    return wrongUsage({"cli.error.unexpectedArgument", {{"given", given}}}, seeHelp(command));
+  };
   Words names;
   for (const CommandDescription* below : commandsBelow(command)) names.push_back(lastWord(below->words));
-  if (given != rest.end()) {
-    if (given->size() > 1 && given->starts_with('-') && given == rest.begin()) return unknownOption(*given);
-    if (names.empty()) return wrongUsage({"cli.error.unexpectedArgument", {{"given", *given}}}, seeHelp(command));
-    return wrongUsage({"cli.error.unknownCommand", {{"given", *given}}}, hintFor(*given, names));
+  if (!rest.empty()) {
+    const std::string& given = rest.front();
+    if (given.size() > 1 && given.starts_with('-')) return unknownOption(given);
+    if (names.empty()) return tooMany(given);
+    return wrongUsage({"cli.error.unknownCommand", {{"given", given}}}, hintFor(given, names));
   }
   if (command.command == CommandName::ignore)
     return wrongUsage({"cli.error.missingCommand", {{"command", fullName(command)}}}, choiceOf(names));
+  if (!operands_.empty()) return tooMany(operands_.front());
   if (!command.arguments.empty() && subject_.empty())
     return wrongUsage({"cli.error.missingArgument",
                        {{"command", fullName(command)}, {"argument", std::string(command.arguments.front().name)}}},

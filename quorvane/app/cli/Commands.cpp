@@ -11,7 +11,6 @@ namespace {
 CommandError wrongUsage(Message message) { return {ExitCode::wrongUsage, std::move(message)}; }
 
 Outcome<FilePath, CommandError> absolutePath(const std::string& given, const CommandLineEnvironment& environment) {
-  if (given.empty()) return failure(wrongUsage({"cli.error.emptyPath", {}}));
   if (given.starts_with('/')) return standardised({given});
   if (!environment.workingFolder)
     return failure(wrongUsage({"cli.error.workingFolderUnknown", {{"path", FilePath{given}}}}));
