@@ -23,6 +23,7 @@ ScanItem item(std::string_view below, ScanCategory category, SafetyLevel safety,
   made.reasonKey = std::move(reason);
   made.size = size;
   made.isSelected = safety == SafetyLevel::safe;
+  made.snapshot = FileTreeSnapshot{};
   return made;
 }
 
@@ -54,6 +55,7 @@ ScanResult hostileResult() {
   for (const std::string& name : names) {
     result.items.push_back(
         item(".cache/" + name, ScanCategory::browserCache, SafetyLevel::review, "reason.unknownCache", 1'500'000));
+    result.items.back().snapshot.reset();
     unreadable.push_back(joined(home, ".cache/" + name + "/locked"));
     unreadable.push_back(joined(home, "elsewhere/" + name));
     entry.notes.push_back({joined(home, name), "coverage.note.ignoredFiles", 2, {".env", name}});
@@ -137,6 +139,25 @@ TEST(ScanReport, SaysWhatWasNotSeen) {
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
   EXPECT_NE(text.find(std::string(255, 'w')), std::string::npos) << "without a terminal nothing is shortened";
   EXPECT_EQ(report({}, {}), "Nothing that could be cleaned was found.\n");
+}
+
+TEST(ScanReport, SaysWhichSumsAreLowerBounds) {
+  ScanResult result = plainResult();
+  ScanItem mounted = result.items.front();
+  mounted.snapshot.reset();
+  result.items = {item("a", ScanCategory::logs, SafetyLevel::safe, "reason.cacheTag", 9'000), mounted};
+  EXPECT_EQ(report(result, {.isTerminal = true, .columns = 80}),
+            "Logs  9 kB in 1 item\n"
+            "  *      9 kB  a           Safe    Marked as a cache by its program\n"
+            "\n"
+            "Old installers  at least 524 MB in 1 item\n"
+            "    >= 524 MB  system.iso  Review  An installer older than 30 days\n"
+            "\n"
+            "Sizes marked >= are lower bounds: those items could not be read as a whole.\n"
+            "Found: at least 524 MB in 2 items\n"
+            "Selected: 9 kB in 1 item, marked *\n");
+  result.items = {mounted};
+  EXPECT_TRUE(report(result, {}).ends_with("Selected: nothing\n"));
 }
 
 TEST(ScanReport, TellsItemsOfOneNameApart) {

@@ -17,17 +17,23 @@ namespace {
 
 constexpr std::size_t unreadableShown = 5;
 
+// What could be read as a whole has a snapshot; of everything else the size is a lower bound.
+bool isPartlyMeasured(const ScanItem& item) { return !item.snapshot; }
+
 struct Sum {
   std::int64_t bytes = 0;
   std::int64_t count = 0;
 
+  bool isLowerBound = false;
+
   void add(const ScanItem& item) {
     bytes += item.size;
     ++count;
+    isLowerBound |= isPartlyMeasured(item);
   }
 };
 
-/// Where sizes are lower bounds.
+/// What the scan could not see.
 class Gaps {
  public:
   explicit Gaps(const ScanResult& result) {
@@ -35,21 +41,18 @@ class Gaps {
     if (!result.coverage) return;
     for (const ScanCoverageEntry& entry : result.coverage->entries) {
       unreadable_.insert(entry.unreadablePaths.begin(), entry.unreadablePaths.end());
-      isPartial_ |= entry.status == ScanCoverageStatus::partial || entry.status == ScanCoverageStatus::unreadable;
+      if (entry.status == ScanCoverageStatus::partial || entry.status == ScanCoverageStatus::unreadable)
+        partial_.insert(entry.category);
     }
   }
 
   const std::set<FilePath>& unreadable() const { return unreadable_; }
-  bool any() const { return isPartial_ || !unreadable_.empty(); }
-
-  bool isIn(const FilePath& path) const {
-    const auto next = unreadable_.lower_bound(FilePath{path.bytes + "/"});
-    return unreadable_.contains(path) || (next != unreadable_.end() && isBelow(*next, path));
-  }
+  bool any() const { return !partial_.empty() || !unreadable_.empty(); }
+  bool areIn(ScanCategory category) const { return partial_.contains(category); }
 
  private:
   std::set<FilePath> unreadable_;
-  bool isPartial_ = false;
+  std::set<ScanCategory> partial_;
 };
 
 /// Why a place that was left out, or read in part, is worth a line.
@@ -117,8 +120,10 @@ class ReportWriter {
       columns = scanColumns(allRows(groups), style_);
     }
     for (const auto& [category, rows] : groups) {
+      Sum sum = sumOf(category);
+      sum.isLowerBound |= gaps_.areIn(category);
       text_ += toned(catalogue_.text(titleKey(category)), Tone::strong, style_) + "  " +
-               toned(say(sumMessage("cli.scan.group", sumOf(category), false)), Tone::faint, style_) + "\n";
+               toned(say(sumMessage("cli.scan.group", sum)), Tone::faint, style_) + "\n";
       for (const ScanRow& row : rows) text_ += rowText(row, columns, style_);
       text_ += "\n";
     }
@@ -154,13 +159,14 @@ class ReportWriter {
 
   ScanRow rowOf(const ScanItem& item) const {
     const FilePath& path = item.url.path;
-    return {.isSelected = item.isSelected,
-            .size = (gaps_.isIn(path) ? std::string(glyphs_.lowerBound) : "") + ByteFormat::text(catalogue_, item.size),
-            .name = harmlessText(item.displayName, style_.characters),
-            .safety = item.safety,
-            .safetyTitle = catalogue_.text(titleKey(item.safety)),
-            .reason = catalogue_.text(item.reasonKey),
-            .path = MessageCatalogue::pathText(path, messages_)};
+    return {
+        .isSelected = item.isSelected,
+        .size = std::string(isPartlyMeasured(item) ? glyphs_.lowerBound : "") + ByteFormat::text(catalogue_, item.size),
+        .name = harmlessText(item.displayName, style_.characters),
+        .safety = item.safety,
+        .safetyTitle = catalogue_.text(titleKey(item.safety)),
+        .reason = catalogue_.text(item.reasonKey),
+        .path = MessageCatalogue::pathText(path, messages_)};
   }
 
   Sum sumOf(std::optional<ScanCategory> category, bool onlySelected = false) const {
@@ -170,9 +176,9 @@ class ReportWriter {
     return sum;
   }
 
-  Message sumMessage(std::string key, const Sum& sum, bool isLowerBound) const {
+  Message sumMessage(std::string key, const Sum& sum) const {
     std::string size = ByteFormat::text(catalogue_, sum.bytes);
-    if (isLowerBound) size = catalogue_.text({"cli.amount.atLeast", {{"size", size}}});
+    if (sum.isLowerBound) size = catalogue_.text({"cli.amount.atLeast", {{"size", size}}});
     return {std::move(key), {{"size", size}, {"count", sum.count}, {"mark", std::string(glyphs_.selected)}}};
   }
 
@@ -227,11 +233,14 @@ class ReportWriter {
       writeHanging(catalogue_.text("cli.scan.nothing"), 0);
       return;
     }
-    const bool isMarked =
-        std::ranges::any_of(result_.items, [&](const auto& item) { return gaps_.isIn(item.url.path); });
-    if (isMarked) writeHanging(say({"cli.scan.lowerBound", {{"mark", std::string(trimmedMark())}}}), 0);
-    writeHanging(say(sumMessage("cli.scan.found", sumOf(std::nullopt), gaps_.any())), 0);
-    writeHanging(say(sumMessage("cli.scan.selected", sumOf(std::nullopt, true), gaps_.any())), 0);
+    Sum found = sumOf(std::nullopt);
+    const Sum selected = sumOf(std::nullopt, true);
+    if (found.isLowerBound) writeHanging(say({"cli.scan.lowerBound", {{"mark", std::string(trimmedMark())}}}), 0);
+    found.isLowerBound |= gaps_.any();
+    writeHanging(say(sumMessage("cli.scan.found", found)), 0);
+    writeHanging(selected.count > 0 ? say(sumMessage("cli.scan.selected", selected))
+                                    : catalogue_.text("cli.scan.nothingSelected"),
+                 0);
   }
 
   std::string_view trimmedMark() const { return glyphs_.lowerBound.substr(0, glyphs_.lowerBound.find(' ')); }
