@@ -30,7 +30,7 @@ void WalkTree::Share::clear() {
   newestModification = {};
   hardLinked.clear();
   hardLinkedBytes.clear();
-  changed = false;
+  changed = holdsGit = false;
 }
 
 void WalkTree::add(const Share& share) {
@@ -42,6 +42,7 @@ void WalkTree::add(const Share& share) {
   measurement_.entryCount += share.entryCount;
   measurement_.newestModification = std::max(measurement_.newestModification, share.newestModification);
   measurement_.changedWhileRead |= share.changed;
+  measurement_.holdsGit |= share.holdsGit;
   for (std::size_t i = 0; i < share.hardLinked.size(); ++i)
     if (hardLinked_.insert(share.hardLinked[i])) measurement_.allocatedBytes += share.hardLinkedBytes[i];
 }
@@ -185,6 +186,7 @@ void FolderReader::read(WalkFolder& folder) {
 
 void FolderReader::account(WalkFolder& folder) {
   for (const FolderEntry& entry : listing_.entries()) {
+    share_.holdsGit |= listing_.nameOf(entry) == ".git";
     if (entry.isFolder) continue;
     if (entry.error == 0 && !entry.status.isFolder()) {
       share_.add(entry.status);

@@ -1,5 +1,6 @@
 #include "quorvane/scan/CacheDirectoryTag.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -14,6 +15,14 @@ bool hasCacheDirectoryTag(FileSystem& fileSystem, int folder) {
   std::array<char, signature.size()> beginning{};
   const auto size = fileSystem.read(file->number(), std::as_writable_bytes(std::span(beginning)));
   return size && std::string_view(beginning.data(), *size) == signature;
+}
+
+bool isWorkingCopy(FileSystem& fileSystem, int folder) {
+  constexpr std::array repositories = {".git", ".hg", ".svn", ".jj", ".bzr"};
+  return std::ranges::any_of(repositories, [&](const char* name) {
+    const auto status = fileSystem.status(folder, name);
+    return status || !status.error().isMissing();
+  });
 }
 
 }  // namespace quorvane

@@ -9,4 +9,8 @@ namespace quorvane {
 /// holds nothing that cannot be made again.
 bool hasCacheDirectoryTag(FileSystem& fileSystem, int folder);
 
+/// Whether an open folder is the working copy of a version control system. A tag there keeps somebody's work out of
+/// backups; it does not make it disposable.
+bool isWorkingCopy(FileSystem& fileSystem, int folder);
+
 }  // namespace quorvane

@@ -163,7 +163,7 @@ void LocationFinder::findTagged(const Folder& folder, const LocationRule& rule, 
     if (!entry.isFolder || entry.name == ".git" || entry.name == "node_modules") continue;
     const Folder below = openBelow(folder, entry.name, findings);
     if (!below) continue;
-    if (hasCacheDirectoryTag(fileSystem_, below->descriptor.number())) {
+    if (isDisposable(below->descriptor.number())) {
       ScanCandidate found = candidate(folder, rule, entry.name);
       // An environment is tagged by some tools too, but a person may have put more into it than a tool can make again.
       if (fileSystem_.status(below->descriptor.number(), "pyvenv.cfg")) {
@@ -264,7 +264,11 @@ void LocationFinder::classifyCache(ScanCandidate& candidate, bool isFolder, bool
 
 bool LocationFinder::isTagged(const Folder& folder, const std::string& name) const {
   const auto opened = fileSystem_.openFolder(folder->descriptor.number(), name.c_str());
-  return opened && hasCacheDirectoryTag(fileSystem_, opened->number());
+  return opened && isDisposable(opened->number());
+}
+
+bool LocationFinder::isDisposable(int folder) const {
+  return hasCacheDirectoryTag(fileSystem_, folder) && !isWorkingCopy(fileSystem_, folder);
 }
 
 bool LocationFinder::isOldEnough(const Folder& folder, const Listed& entry) const {

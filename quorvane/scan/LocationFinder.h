@@ -77,6 +77,7 @@ class LocationFinder {
   std::string displayNameOf(const LocationRule& rule, std::string_view name) const;
   void classifyCache(ScanCandidate& candidate, bool isFolder, bool isKnown) const;
   bool isTagged(const Folder& folder, const std::string& name) const;
+  bool isDisposable(int folder) const;
   bool isOldEnough(const Folder& folder, const Listed& entry) const;
 
   Folder openBase(LocationBase base, LocationFindings& findings);

@@ -187,6 +187,8 @@ ItemVerdict ScanRun::verdict(const ScanCandidate& candidate, std::size_t locatio
   }
   if (kind == LocationKind::ideCache && found.safety == SafetyLevel::safe && holdsLocalHistory(candidate))
     found = {SafetyLevel::review, "reason.localHistory"};
+  // Whoever tagged a folder with a repository in it kept work out of backups; a tool would have made no repository.
+  if (found.reasonKey == "reason.cacheTag" && tree.holdsGit) found = {SafetyLevel::review, "reason.unknownCache"};
   return limitedByMeasurement(std::move(found), tree);
 }
 

@@ -116,6 +116,22 @@ TEST_F(LinuxScanTests, findsTheOtherPlacesOfTheTable) {
   EXPECT_EQ(verdictOf(itemAt(result, home.at(".m2/repository"))), "blocked reason.recentDerivedDataProtected");
 }
 
+TEST_F(LinuxScanTests, aTagDoesNotMakeSomebodysWorkDisposable) {
+  home.write("projects/tagged/CACHEDIR.TAG", tag);
+  home.write("projects/tagged/.git/HEAD");
+  home.write("projects/tagged/target/CACHEDIR.TAG", tag);
+  home.write("projects/several/CACHEDIR.TAG", tag);
+  home.write("projects/several/deep/one/.git", "gitdir: elsewhere");
+  home.write(".cache/work/CACHEDIR.TAG", tag);
+  home.write(".cache/work/.hg/store");
+  home.age("", 40 * day);
+  EXPECT_EQ(verdicts(), (std::map<std::string, std::string>{
+                            {"projects/tagged/target", "safe reason.cacheTag selected"},
+                            {"projects/several", "review reason.unknownCache"},
+                            {".cache/work", "review reason.unknownCache"},
+                        }));
+}
+
 TEST_F(LinuxScanTests, everyLocationHasExactlyOneEntry) {
   home.write(".cache/a/b");
   home.write("Downloads", "a file where a folder should be");
