@@ -55,6 +55,8 @@ TEST(TextLayout, MeasuresAndFitsByColumns) {
       "e\xCC\x81";
   EXPECT_EQ(displayWidth("abc"), 3U);
   EXPECT_EQ(displayWidth(japanese), 6U);
+  EXPECT_EQ(displayWidth("\xE0\xA4\x95\xE0\xA4\xBF"), 2U) << "a vowel sign beside its letter";
+  EXPECT_EQ(displayWidth("\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB"), 2U) << "a Korean syllable in three parts";
   EXPECT_EQ(displayWidth(accents), 3U);
   EXPECT_EQ(paddedRight(japanese, 8), std::string(japanese) + "  ");
   EXPECT_EQ(paddedLeft("12", 1), "12");

@@ -10,8 +10,13 @@ namespace quorvane {
 
 namespace {
 
+// The library gives no room to vowel signs that stand beside their letter, and some to the second and third part of a
+// Korean syllable; terminals do the opposite.
 std::size_t widthOf(char32_t codePoint) {
-  return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(static_cast<utf8proc_int32_t>(codePoint))));
+  const auto number = static_cast<utf8proc_int32_t>(codePoint);
+  if ((codePoint >= 0x1160 && codePoint <= 0x11FF) || (codePoint >= 0xD7B0 && codePoint <= 0xD7FB)) return 0;
+  if (utf8proc_category(number) == UTF8PROC_CATEGORY_MC) return 1;
+  return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(number)));
 }
 
 // A letter with the marks on it: what may not be torn apart.
