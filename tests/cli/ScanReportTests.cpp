@@ -45,6 +45,7 @@ ScanResult hostileResult() {
       "\xE2\x80\xAEgpj.exe",
       std::string(255, 'w'),
       "\xFF\xFE invalid",
+      "\xE0\xA4\x95\xE0\xA5\x8D\xE0\xA4\xB7\xE0\xA4\xBF\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB",
       "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xAE\xE9\x95\xB7\xE3\x81\x84\xE5\x90\x8D\xE5\x89\x8D",
       std::string(60, '\x01')};
   ScanCoverageEntry entry;
@@ -106,16 +107,20 @@ TEST(ScanReport, ReadsWellAtEightyColumns) {
             "Selected: 512 bytes in 1 item, marked *\n");
 }
 
-TEST(ScanReport, WrapsReasonsWhereItIsNarrowAndShowsPathsWhereItIsWide) {
+TEST(ScanReport, PutsReasonsBelowWhereItIsNarrowAndShowsPathsWhereItIsWide) {
   const std::string narrow = report(plainResult(), {.isTerminal = true, .columns = 50});
-  EXPECT_NE(narrow.find("  Blocked  Of a security\n"), std::string::npos) << narrow;
+  EXPECT_NE(narrow.find("  vault       Blocked\n"
+                        "               Of a security or network\n"
+                        "               application\n"),
+            std::string::npos)
+      << narrow;
   const std::string wide = report(plainResult(), {.isTerminal = true, .columns = 120});
   EXPECT_NE(wide.find("  ~/.cache/vault\n"), std::string::npos) << wide;
 }
 
 TEST(ScanReport, FitsAnyTerminalWhateverTheNames) {
   const ScanResult result = hostileResult();
-  for (const std::size_t columns : {60U, 80U, 120U, 200U}) {
+  for (const std::size_t columns : {40U, 60U, 80U, 120U, 200U}) {
     for (const CharacterSet characters : {CharacterSet::unicode, CharacterSet::ascii}) {
       const TextStyle plain{.isTerminal = true, .characters = characters, .columns = columns};
       TextStyle coloured = plain;
@@ -133,7 +138,7 @@ TEST(ScanReport, FitsAnyTerminalWhateverTheNames) {
 TEST(ScanReport, SaysWhatWasNotSeen) {
   const std::string text = report(hostileResult(), {.characters = CharacterSet::unicode});
   for (const char* part :
-       {"≥ 1.5 MB", "Sizes marked ≥ are lower bounds", "12 places could not be read:", "and 7 more places",
+       {"≥ 1.5 MB", "Sizes marked ≥ are lower bounds", "14 places could not be read:", "and 9 more places",
         "Found: at least ", "left out: ~/.cache/a\\nb\\x1b[2J\\x07: you chose to ignore it",
         "holds 2 files that git ignores and that may matter: .env, ", "2 running programs could not be looked into"})
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;

@@ -120,13 +120,18 @@ class ReportWriter {
       columns = scanColumns(allRows(groups), style_);
     }
     for (const auto& [category, rows] : groups) {
-      Sum sum = sumOf(category);
-      sum.isLowerBound |= gaps_.areIn(category);
-      text_ += toned(catalogue_.text(titleKey(category)), Tone::strong, style_) + "  " +
-               toned(say(sumMessage("cli.scan.group", sum)), Tone::faint, style_) + "\n";
+      writeHeading(category);
       for (const ScanRow& row : rows) text_ += rowText(row, columns, style_);
       text_ += "\n";
     }
+  }
+
+  void writeHeading(ScanCategory category) {
+    Sum sum = sumOf(category);
+    sum.isLowerBound |= gaps_.areIn(category);
+    const std::string title = catalogue_.text(titleKey(category)), amount = say(sumMessage("cli.scan.group", sum));
+    const bool fits = !style_.isTerminal || displayWidth(title) + 2 + displayWidth(amount) <= style_.columns;
+    text_ += toned(title, Tone::strong, style_) + (fits ? "  " : "\n  ") + toned(amount, Tone::faint, style_) + "\n";
   }
 
   static std::vector<ScanRow> allRows(const Groups& groups) {

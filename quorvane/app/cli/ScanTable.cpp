@@ -10,6 +10,7 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t indent = 2, gap = 2, longestName = 36, shortestPath = 20;
+constexpr std::size_t leastBesideEachOther = 48;  // of a name and a reason
 
 template <class Text>
 std::size_t widest(const std::vector<ScanRow>& rows, Text text) {
@@ -31,6 +32,7 @@ Tone toneOf(SafetyLevel safety) {
 std::size_t startWidth(const ScanColumns& columns) { return indent + 1 + 1 + columns.size + gap; }
 
 std::size_t reasonStart(const ScanColumns& columns) {
+  if (columns.isReasonBelow) return startWidth(columns);
   return startWidth(columns) + columns.name + gap + columns.safety + gap;
 }
 
@@ -60,6 +62,12 @@ ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style
     return columns;
   }
   columns.path = 0;
+  if (room < leastBesideEachOther) {
+    columns.isReasonBelow = true;
+    columns.name = std::min(columns.name, room + gap);
+    columns.reason = style.columns - std::min(style.columns, reasonStart(columns));
+    return columns;
+  }
   const std::size_t besideReason = room > columns.reason ? room - columns.reason : 0;
   columns.name = std::min(columns.name, std::max(besideReason, room * 2 / 5));
   columns.reason = room - columns.name;
@@ -72,16 +80,18 @@ std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextSt
   text += row.isSelected ? toned(glyphs.selected, Tone::good, style) : " ";
   text += " " + paddedLeft(row.size, columns.size) + std::string(gap, ' ');
   text += paddedRight(shortened(row.name, columns.name, glyphs.ellipsis), columns.name) + std::string(gap, ' ');
-  text += toned(paddedRight(row.safetyTitle, columns.safety), toneOf(row.safety), style) + std::string(gap, ' ');
+  const std::string nextLine = "\n" + std::string(reasonStart(columns), ' ');
+  const std::size_t safetyWidth = columns.isReasonBelow ? 0 : columns.safety;
+  text += toned(paddedRight(row.safetyTitle, safetyWidth), toneOf(row.safety), style);
+  text += columns.isReasonBelow ? nextLine : std::string(gap, ' ');
   const auto reason = wrapped(row.reason, columns.reason);
   if (columns.path > 0) {
     const std::string path = shortened(row.path, columns.path, glyphs.ellipsis);
     return text + paddedRight(reason.front(), columns.reason) + std::string(gap, ' ') +
            toned(path, Tone::faint, style) + "\n";
   }
-  for (std::size_t line = 0; line < reason.size(); ++line)
-    text += (line == 0 ? "" : std::string(reasonStart(columns), ' ')) + reason[line] + "\n";
-  return text;
+  for (std::size_t line = 0; line < reason.size(); ++line) text += (line == 0 ? "" : nextLine) + reason[line];
+  return text + "\n";
 }
 
 }  // namespace quorvane

@@ -35,13 +35,14 @@ struct ScanColumns {
   std::size_t name = 0;
   std::size_t safety = 0;
   std::size_t reason = 0;
-  std::size_t path = 0;  ///< 0: there is no room for it
+  std::size_t path = 0;        ///< 0: there is no room for it
+  bool isReasonBelow = false;  ///< it stands on lines of its own
 
   bool operator==(const ScanColumns&) const = default;
 };
 
-/// Divides the width of the terminal among the parts: names are shortened and reasons wrapped to fit, and where room is
-/// left the path stands behind them. Without a terminal nothing is shortened or wrapped.
+/// Divides the width of the terminal among the parts: names are shortened and reasons wrapped to fit; where there is much
+/// room the path stands behind them, and where there is little the reason stands below. Without a terminal nothing is shortened or wrapped.
 ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style);
 
 /// The row in one line, or more where its reason is wrapped.
