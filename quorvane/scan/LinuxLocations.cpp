@@ -172,7 +172,7 @@ constexpr std::array knownCaches{
     KnownCache{"gegl-0.4", applicationCache},
     KnownCache{"gnome-software", applicationCache},
     KnownCache{"gstreamer-1.0", applicationCache},
-    KnownCache{"icon-cache.kcache", applicationCache},
+    KnownCache{"icon-cache.kcache", applicationCache, /*isFile=*/true},
     KnownCache{"mesa_shader_cache", applicationCache},
     KnownCache{"mesa_shader_cache_db", applicationCache},
     KnownCache{"nvidia", applicationCache},

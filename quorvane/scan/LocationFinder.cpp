@@ -25,8 +25,16 @@ bool isOneOf(std::string_view words, std::string_view word) {
   return false;
 }
 
+/// Whether the part stands in the name and no letter right behind it: ".log" in "a.log.1", not in "a.login".
+bool holdsWord(std::string_view name, std::string_view part) {
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+  for (std::size_t at = name.find(part); at != std::string_view::npos; at = name.find(part, at + 1))
+    if (at + part.size() == name.size() || !isLetter(name[at + part.size()])) return true;
+  return false;
+}
+
 bool isAskedFor(const LocationRule& rule, std::string_view name) {
-  if (!rule.namePart.empty() && !name.contains(rule.namePart)) return false;
+  if (!rule.namePart.empty() && !holdsWord(name, rule.namePart)) return false;
   return rule.extensions.empty() || isOneOf(rule.extensions, asciiLowered(extensionOf(name)));
 }
 
@@ -125,7 +133,10 @@ void LocationFinder::findItself(const LocationRule& rule, LocationFindings& find
     const auto status = fileSystem_.status(folder->descriptor.number(), std::string(leaf).c_str());
     if (status) {
       noteRead(findings);
-      consider(candidate(folder, rule, leaf), findings);
+      ScanCandidate found = candidate(folder, rule, leaf);
+      const bool isAsExpected = rule.kind == LocationKind::log ? status->isRegularFile() : status->isFolder();
+      if (!isAsExpected && found.safety == SafetyLevel::safe) doubt(found);
+      consider(std::move(found), findings);
     } else {
       noteFailure(status.error(), joined(folder->path, leaf), findings);
     }
@@ -149,7 +160,7 @@ void LocationFinder::findUnclaimed(const Folder& folder, const LocationRule& rul
     ScanCandidate found = candidate(folder, rule, entry.name);
     const Claim claim = claimOn(found.path());
     if (claim == Claim::whole) continue;
-    classifyCache(found, entry.isFolder, isKnown);
+    classifyCache(found, entry, isKnown);
     if (claim == Claim::none || !entry.isFolder) {
       consider(std::move(found), findings);
     } else if (const Folder below = openBelow(folder, entry.name, findings)) {
@@ -249,17 +260,25 @@ std::string LocationFinder::displayNameOf(const LocationRule& rule, std::string_
   return withReplacedInvalidUtf8(piece.substr(piece.rfind('.') + 1));
 }
 
-void LocationFinder::classifyCache(ScanCandidate& candidate, bool isFolder, bool isKnown) const {
+/// Programs make their caches again as what they were: a link, say, is a person's.
+void LocationFinder::classifyCache(ScanCandidate& candidate, const Listed& entry, bool isKnown) const {
   if (candidate.safety == SafetyLevel::blocked) return;
+  const bool isFile = !entry.isFolder && entry.status.isRegularFile();
   const auto known = std::ranges::find(table_.knownCaches, asciiLowered(candidate.name), &KnownCache::name);
-  if (known != table_.knownCaches.end()) candidate.category = known->category;
-  if (isKnown || known != table_.knownCaches.end()) {
+  const bool isListed = known != table_.knownCaches.end();
+  if (isListed) candidate.category = known->category;
+  if ((isKnown && (entry.isFolder || isFile)) || (isListed && (known->isFile ? isFile : entry.isFolder))) {
     candidate.safety = SafetyLevel::safe;
     candidate.reasonKey = "reason.regenerableCache";
-  } else if (isFolder && isTagged(candidate.folder, candidate.name)) {
+  } else if (entry.isFolder && isTagged(candidate.folder, candidate.name)) {
     candidate.safety = SafetyLevel::safe;
     candidate.reasonKey = "reason.cacheTag";
   }
+}
+
+void LocationFinder::doubt(ScanCandidate& candidate) {
+  candidate.safety = SafetyLevel::review;
+  candidate.reasonKey = "reason.unknownCache";
 }
 
 bool LocationFinder::isTagged(const Folder& folder, const std::string& name) const {

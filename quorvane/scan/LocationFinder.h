@@ -75,7 +75,8 @@ class LocationFinder {
   void consider(ScanCandidate candidate, LocationFindings& findings);
   ScanCandidate candidate(const Folder& folder, const LocationRule& rule, std::string_view name) const;
   std::string displayNameOf(const LocationRule& rule, std::string_view name) const;
-  void classifyCache(ScanCandidate& candidate, bool isFolder, bool isKnown) const;
+  void classifyCache(ScanCandidate& candidate, const Listed& entry, bool isKnown) const;
+  static void doubt(ScanCandidate& candidate);
   bool isTagged(const Folder& folder, const std::string& name) const;
   bool isDisposable(int folder) const;
   bool isOldEnough(const Folder& folder, const Listed& entry) const;

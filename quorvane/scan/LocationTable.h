@@ -46,13 +46,14 @@ struct LocationRule {
   std::string_view reasonKey;
   std::string_view name = {};        ///< shown for an item that is the location itself; else its last component is
   std::string_view extensions = {};  ///< between blanks, lower-case: only names with one of them
-  std::string_view namePart = {};    ///< only names that contain this
+  std::string_view namePart = {};    ///< only names that contain this as a whole word
 };
 
-/// A folder in a cache home whose owner is known to make it again.
+/// Something in a cache home whose owner is known to make it again.
 struct KnownCache {
-  std::string_view name;  ///< of the folder, in lower case
+  std::string_view name;  ///< in lower case
   ScanCategory category;
+  bool isFile = false;  ///< the owner makes a file of that name; else a folder
 };
 
 /// Everything that a scan knows of one kind of home.

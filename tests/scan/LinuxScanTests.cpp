@@ -116,6 +116,32 @@ TEST_F(LinuxScanTests, findsTheOtherPlacesOfTheTable) {
   EXPECT_EQ(verdictOf(itemAt(result, home.at(".m2/repository"))), "blocked reason.recentDerivedDataProtected");
 }
 
+TEST_F(LinuxScanTests, nobodyVouchesForAnotherKindOfThingUnderAKnownName) {
+  home.folder.makeFolders(".cache/real");
+  home.write(".cache/icon-cache.kcache");
+  home.write(".cache/fontconfig");
+  home.write(".cache/uv");
+  home.folder.makeLink(".cache/thumbnails", "real");
+  home.folder.makeLink(".cache/pip", "real");
+  home.write(".xsession-errors/file");
+  home.write(".local/state/app/app.log-20240101");
+  home.write(".local/state/app/app.log.1");
+  home.write(".local/state/app/keys.logins");
+  home.write(".local/state/app/.login-keyring");
+  home.age("", 40 * day);
+  EXPECT_EQ(verdicts(), (std::map<std::string, std::string>{
+                            {".cache/real", "review reason.unknownCache"},
+                            {".cache/icon-cache.kcache", "safe reason.regenerableCache selected"},
+                            {".cache/fontconfig", "review reason.unknownCache"},
+                            {".cache/uv", "review reason.unknownCache"},
+                            {".cache/thumbnails", "review reason.unknownCache"},
+                            {".cache/pip", "review reason.unknownCache"},
+                            {".xsession-errors", "review reason.unknownCache"},
+                            {".local/state/app/app.log-20240101", "safe reason.diagnosticLog selected"},
+                            {".local/state/app/app.log.1", "safe reason.diagnosticLog selected"},
+                        }));
+}
+
 TEST_F(LinuxScanTests, aTagDoesNotMakeSomebodysWorkDisposable) {
   home.write("projects/tagged/CACHEDIR.TAG", tag);
   home.write("projects/tagged/.git/HEAD");
