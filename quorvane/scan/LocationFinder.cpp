@@ -219,12 +219,22 @@ void LocationFinder::noteRead(LocationFindings& findings) const {
 
 void LocationFinder::consider(ScanCandidate candidate, LocationFindings& findings) {
   std::optional<ScanCoverageReason> reason = scope_.reasonToSkip(candidate.canonicalPath());
+  if (!reason && isIgnoredThroughLink(candidate)) reason = ScanCoverageReason::ignored;
   if (!reason && !taken_.take(candidate.canonicalPath())) reason = ScanCoverageReason::overlaps;
   if (!reason) {
     findings.candidates.push_back(std::move(candidate));
     return;
   }
   findings.leftOut.push_back(leftOutEntry(candidate.path(), candidate.category, *reason));
+}
+
+/// A rule for a link names what the link leads to.
+bool LocationFinder::isIgnoredThroughLink(const ScanCandidate& candidate) const {
+  if (scope_.scanIgnoreRules.empty()) return false;
+  const auto status = fileSystem_.status(candidate.folder->descriptor.number(), candidate.name.c_str());
+  if (!status || !status->isLink()) return false;
+  const auto target = fileSystem_.resolved(candidate.canonicalPath());
+  return target && ruleCovering(scope_.scanIgnoreRules, *target) != nullptr;
 }
 
 ScanCandidate LocationFinder::candidate(const Folder& folder, const LocationRule& rule, std::string_view name) const {

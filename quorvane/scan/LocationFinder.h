@@ -73,6 +73,7 @@ class LocationFinder {
   void noteFailure(PosixError error, const FilePath& path, LocationFindings& findings) const;
   void noteRead(LocationFindings& findings) const;
   void consider(ScanCandidate candidate, LocationFindings& findings);
+  bool isIgnoredThroughLink(const ScanCandidate& candidate) const;
   ScanCandidate candidate(const Folder& folder, const LocationRule& rule, std::string_view name) const;
   std::string displayNameOf(const LocationRule& rule, std::string_view name) const;
   void classifyCache(ScanCandidate& candidate, const Listed& entry, bool isKnown) const;

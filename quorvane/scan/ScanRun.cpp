@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <set>
 
 namespace quorvane {
 
@@ -182,7 +183,7 @@ ItemVerdict ScanRun::verdict(const ScanCandidate& candidate, std::size_t locatio
   if (kind == LocationKind::worktree) found = worktreeVerdict(candidate, location);
   if (kind == LocationKind::deviceBackup) found = backupVerdict(candidate, item);
   if (kind == LocationKind::build || kind == LocationKind::ideCache) {
-    if (now_ - tree.newestModification.date() < recentBuild)
+    if (tree.newestModification.date() > now_ - recentBuild)  // the other difference can be beyond a duration's reach
       return {SafetyLevel::blocked, "reason.recentDerivedDataProtected"};
   }
   if (kind == LocationKind::ideCache && found.safety == SafetyLevel::safe && holdsLocalHistory(candidate))
@@ -288,8 +289,10 @@ void ScanRun::verify() {
 
 ScanResult ScanRun::finished(Date startedAt) {
   std::vector<FilePath> unreadable;
+  std::set<FilePath> known;  // one folder can be the way to many locations
   for (const ScanCoverageEntry& entry : coverage_.entries)
-    std::ranges::copy(entry.unreadablePaths, std::back_inserter(unreadable));
+    std::ranges::copy_if(entry.unreadablePaths, std::back_inserter(unreadable),
+                         [&](const FilePath& path) { return known.insert(path).second; });
   return {.startedAt = wholeSeconds(startedAt),
           .finishedAt = wholeSeconds(services_.clock.now()),
           .items = std::move(items_),

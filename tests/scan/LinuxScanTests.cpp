@@ -196,11 +196,14 @@ TEST_F(LinuxScanTests, whatIsOutOfBoundsBecomesNoItem) {
   home.age("", 40 * day);
   home.settings.folders.applicationSupport = home.at(".cache/own/state");
   ASSERT_TRUE(home.ignoreStore->add(home.at(".cache/ignored")).has_value());
+  home.folder.makeLink(".cache/ignored-link", "../precious");
   ASSERT_TRUE(home.ignoreStore->add(home.at(".cache/holds-ignored/keep")).has_value());
+  ASSERT_TRUE(home.ignoreStore->add(home.at(".cache/ignored-link")).has_value());
   home.write(".config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"$HOME/Dropbox/Downloads\"\n");
   const ScanResult result = home.scan();
   EXPECT_EQ(coverageAt(result, home.at(".cache/ignored")).reason, ScanCoverageReason::ignored);
   EXPECT_EQ(coverageAt(result, home.at(".cache/holds-ignored")).reason, ScanCoverageReason::ignored);
+  EXPECT_EQ(coverageAt(result, home.at(".cache/ignored-link")).reason, ScanCoverageReason::ignored);
   EXPECT_EQ(coverageAt(result, home.at(".cache/own")).reason, ScanCoverageReason::ownData);
   EXPECT_EQ(coverageAt(result, home.at("Dropbox/Downloads/tool.deb")).reason, ScanCoverageReason::cloud);
   ASSERT_EQ(result.items.size(), 1u);
@@ -230,6 +233,13 @@ TEST_F(LinuxScanTests, whatCouldNotBeSeenWholeIsNotSafe) {
   EXPECT_EQ(entry.status, ScanCoverageStatus::partial);
   EXPECT_EQ(entry.unreadablePaths, std::vector<FilePath>{home.at(".cache/thumbnails/large")});
   EXPECT_EQ(result.unreadablePaths, entry.unreadablePaths);
+}
+
+TEST_F(LinuxScanTests, aFolderThatCannotBeReadIsNamedOnce) {
+  home.write(".local/state/app/app.log");
+  home.fileSystem.countOnly({FileCall::list});
+  home.fileSystem.failAt(1, FaultSpan::fromThereOn, EACCES);
+  EXPECT_EQ(home.scan({{ScanCategory::logs}}).unreadablePaths, std::vector<FilePath>{home.at(".local/state")});
 }
 
 TEST_F(LinuxScanTests, linksAreItemsThemselves) {
