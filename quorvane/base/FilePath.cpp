@@ -84,6 +84,8 @@ bool isBelow(const FilePath& path, const FilePath& folder) {
 
 bool isAtOrBelow(const FilePath& path, const FilePath& folder) { return path == folder || isBelow(path, folder); }
 
+bool overlap(const FilePath& one, const FilePath& other) { return isAtOrBelow(one, other) || isBelow(other, one); }
+
 std::string_view relativeTo(const FilePath& folder, const FilePath& path) {
   std::string_view rest = std::string_view(path.bytes).substr(folder.bytes.size());
   if (rest.starts_with('/')) rest.remove_prefix(1);

@@ -50,6 +50,9 @@ bool isBelow(const FilePath& path, const FilePath& folder);
 /// Whether `path` is `folder` or lies below it. Both standardised.
 bool isAtOrBelow(const FilePath& path, const FilePath& folder);
 
+/// Whether one of two standardised paths is the other, or lies below it.
+bool overlap(const FilePath& one, const FilePath& other);
+
 /// What lies between `folder` and a path at or below it, without slashes at its ends.
 std::string_view relativeTo(const FilePath& folder, const FilePath& path);
 

@@ -46,9 +46,9 @@ CloudScope::CloudScope(FileSystem& fileSystem, const FilePath& home, HomeLayout 
   }
 }
 
-bool CloudScope::contains(const FilePath& canonicalPath) const {
+bool CloudScope::touches(const FilePath& canonicalPath) const {
   return isNamedLikeOne(canonicalPath) ||
-         std::ranges::any_of(folders_, [&](const FilePath& folder) { return isAtOrBelow(canonicalPath, folder); });
+         std::ranges::any_of(folders_, [&](const FilePath& folder) { return overlap(canonicalPath, folder); });
 }
 
 bool CloudScope::isNamedLikeOne(const FilePath& canonicalPath) const {

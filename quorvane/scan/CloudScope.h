@@ -16,8 +16,8 @@ class CloudScope {
   /// Knows the folders by the names that the services give them; resolves those that are links now.
   CloudScope(FileSystem& fileSystem, const FilePath& home, HomeLayout layout);
 
-  /// Whether a standardised path with all links resolved is one of the folders or lies in one.
-  bool contains(const FilePath& canonicalPath) const;
+  /// Whether a standardised path with all links resolved is one of the folders, lies in one, or holds one.
+  bool touches(const FilePath& canonicalPath) const;
 
  private:
   bool isNamedLikeOne(const FilePath& canonicalPath) const;

@@ -16,11 +16,10 @@ bool anyAtOrBelow(const std::vector<FilePath>& sorted, const FilePath& folder) {
 }  // namespace
 
 std::optional<ScanCoverageReason> ScanScope::reasonToSkip(const FilePath& canonicalPath) const {
-  const auto liesInside = [&](const IgnoreRule& rule) { return isBelow(rule.canonicalPath, canonicalPath); };
-  if (ruleCovering(scanIgnoreRules, canonicalPath) || std::ranges::any_of(scanIgnoreRules, liesInside))
-    return ScanCoverageReason::ignored;
-  if (scanCloudScope.contains(canonicalPath)) return ScanCoverageReason::cloud;
-  if (isAtOrBelow(ownData, canonicalPath) || isBelow(canonicalPath, ownData)) return ScanCoverageReason::ownData;
+  const auto isIgnored = [&](const IgnoreRule& rule) { return overlap(rule.canonicalPath, canonicalPath); };
+  if (std::ranges::any_of(scanIgnoreRules, isIgnored)) return ScanCoverageReason::ignored;
+  if (scanCloudScope.touches(canonicalPath)) return ScanCoverageReason::cloud;
+  if (overlap(ownData, canonicalPath)) return ScanCoverageReason::ownData;
   if (anyAtOrBelow(mountPoints, canonicalPath)) return ScanCoverageReason::mountPoint;
   return std::nullopt;
 }
