@@ -13,7 +13,7 @@ struct RunningProcess {
   std::int32_t identifier = 0;
   std::uint32_t owner = 0;
   std::string program;              ///< the name of its executable, as far as the system tells it
-  bool isInspectable = false;       ///< whether the next two could be read
+  bool isInspectable = false;       ///< whether the next two could be read, and hold all there is
   FilePath workingFolder;           ///< empty when it has none
   std::vector<FilePath> openPaths;  ///< executable, open files and folders, mapped files; absolute, links resolved
 };

@@ -16,6 +16,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -63,6 +64,35 @@ std::optional<RunningProcess> find(const std::vector<RunningProcess>& processes,
 }
 
 std::optional<RunningProcess> findNow(pid_t number) { return find(makeSystemProcessTable()->read().value(), number); }
+
+TEST(ProcessTableTest, keepsAChildWhosePlacesAreTooLongToTell) {
+  TempFolder temp;
+  temp.write("open", "x");
+  temp.makeFolders("deep");
+  const std::string name(250, 'd');
+  const auto standDeep = [&] {
+    if (::chdir(temp.at("deep").bytes.c_str()) != 0) std::abort();
+    for (int i = 0; i < 20; ++i) {
+      ::mkdir(name.c_str(), 0700);
+      if (::chdir(name.c_str()) != 0) std::abort();
+    }
+  };
+  const WaitingChild standing([&] {
+    ::open(temp.at("open").bytes.c_str(), O_RDONLY);
+    standDeep();
+  });
+  const WaitingChild holding([&] {
+    standDeep();
+    ::open("file", O_RDWR | O_CREAT, 0600);
+    if (::chdir("/") != 0) std::abort();
+  });
+  const auto stands = findNow(standing.number()), holds = findNow(holding.number());
+  ASSERT_TRUE(stands && holds);
+  EXPECT_FALSE(stands->isInspectable);
+  EXPECT_THAT(stands->openPaths, Contains(temp.at("open")));
+  EXPECT_FALSE(holds->isInspectable);
+  EXPECT_EQ(holds->workingFolder, FilePath{"/"});
+}
 
 TEST(ProcessTableTest, seesWhatAChildHolds) {
   TempFolder temp;

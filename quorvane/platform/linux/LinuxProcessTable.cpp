@@ -17,6 +17,9 @@ constexpr std::size_t longestText = 256 << 20;  // the maps of a process with a 
 
 bool isRefusal(PosixError error) { return error.code == EACCES || error.code == EPERM; }
 
+/// The system names no place whose path is longer than it can tell.
+bool isUntold(PosixError error) { return error.code == ENAMETOOLONG; }
+
 void keepDistinct(std::vector<FilePath>& paths) {
   std::ranges::sort(paths);
   const auto repeated = std::ranges::unique(paths);
@@ -64,8 +67,8 @@ std::optional<RunningProcess> LinuxProcessTable::process(int root, std::int32_t 
   found.owner = status->owner;
   const PosixError reason = inspect(folder->number(), found);
   found.isInspectable = reason.code == 0;
-  if (reason.code != 0 && !isRefusal(reason)) return std::nullopt;
-  if (!found.isInspectable) found.workingFolder = {}, found.openPaths.clear();
+  if (reason.code != 0 && !isRefusal(reason) && !isUntold(reason)) return std::nullopt;
+  if (isRefusal(reason)) found.workingFolder = {}, found.openPaths.clear();
   if (found.program.empty()) {
     auto name = content(folder->number(), "comm");
     if (!name) return std::nullopt;
@@ -81,7 +84,7 @@ Outcome<std::string, PosixError> LinuxProcessTable::content(int folder, const ch
   return readToEnd(*fileSystem_, file->number(), longestText);
 }
 
-/// Why the process could not be looked into, or 0.
+/// Why the process could not be looked into, wholly or (ENAMETOOLONG) in part; or 0.
 PosixError LinuxProcessTable::inspect(int folder, RunningProcess& process) {
   const auto executable = fileSystem_->linkTarget(folder, "exe");
   if (executable) {
@@ -91,24 +94,27 @@ PosixError LinuxProcessTable::inspect(int folder, RunningProcess& process) {
     return executable.error();
   }
   const auto workingFolder = fileSystem_->linkTarget(folder, "cwd");
-  if (!workingFolder) return workingFolder.error();
-  process.workingFolder = {*workingFolder};
-  if (const PosixError reason = addOpenFiles(folder, process.openPaths); reason.code != 0) return reason;
+  if (!workingFolder && !isUntold(workingFolder.error())) return workingFolder.error();
+  if (workingFolder) process.workingFolder = {*workingFolder};
+  const PosixError reason = addOpenFiles(folder, process.openPaths);
+  if (reason.code != 0 && !isUntold(reason)) return reason;
   const auto maps = content(folder, "maps");
   if (!maps) return maps.error();
   addMappedPaths(*maps, process.openPaths);
   keepDistinct(process.openPaths);
-  return {};
+  return workingFolder ? reason : workingFolder.error();
 }
 
 PosixError LinuxProcessTable::addOpenFiles(int folder, std::vector<FilePath>& paths) {
   const auto descriptors = fileSystem_->openFolder(folder, "fd");
   if (!descriptors) return descriptors.error();
+  PosixError untold;
   const auto visited = visitDirectory(descriptors->number(), [&](const char* name, unsigned char) {
     auto target = fileSystem_->linkTarget(descriptors->number(), name);
+    if (!target && isUntold(target.error())) untold = target.error();
     if (target && target->starts_with('/')) paths.push_back({std::move(*target)});  // else closed since, or no file
   });
-  return visited ? PosixError{} : visited.error();
+  return visited ? untold : visited.error();
 }
 
 std::unique_ptr<ProcessTable> makeSystemProcessTable() {
