@@ -6,6 +6,7 @@
 #include "quorvane/platform/Volumes.h"
 
 #include <memory>
+#include <string_view>
 
 // Each operating system's folder gives these its own implementation.
 
@@ -15,6 +16,9 @@ std::unique_ptr<FileSystem> makeSystemFileSystem();
 std::unique_ptr<Volumes> makeSystemVolumes();
 std::unique_ptr<ProcessTable> makeSystemProcessTable();
 GitPrograms systemGitPrograms();
+
+/// "linux" or "macos".
+std::string_view systemName();
 
 /// Lets this process hold as many descriptors at once as the system permits; children are started with the old limit.
 void raiseDescriptorLimit();

@@ -1,11 +1,9 @@
 #include "quorvane/app/model/HomeSettings.h"
 
+#include "quorvane/base/Assert.h"
 #include "quorvane/platform/SystemPlatform.h"
 
-#include <string_view>
 #include <utility>
-
-#include <sys/utsname.h>
 
 namespace quorvane {
 
@@ -32,9 +30,9 @@ std::vector<FilePath> ownRoots(const ApplicationFolders& folders, HomeLayout lay
 }  // namespace
 
 HomeLayout systemHomeLayout() {
-  utsname system{};
-  const bool isDarwin = ::uname(&system) == 0 && std::string_view(system.sysname) == "Darwin";
-  return isDarwin ? HomeLayout::macos : HomeLayout::linux;
+  const auto layout = caseFromName<HomeLayout>(systemName());
+  require(layout.has_value(), "this system has no table of locations");
+  return *layout;
 }
 
 ScanSettings scanSettings(const HomeRequest& request) {

@@ -1,9 +1,9 @@
-#include "quorvane/platform/GitPrograms.h"
-
 #include "quorvane/platform/SystemPlatform.h"
 
 namespace quorvane {
 
 GitPrograms systemGitPrograms() { return {}; }
+
+std::string_view systemName() { return "linux"; }
 
 }  // namespace quorvane
