@@ -103,6 +103,8 @@ TEST(ScanReport, ReadsWellAtEightyColumns) {
             "Old installers  524 MB in 1 item\n"
             "       524 MB  system.iso  Review   An installer older than 30 days\n"
             "\n"
+            "A wider terminal, or `quorvane scan | less`, also shows where each item lies.\n"
+            "\n"
             "Found: 618 MB in 3 items\n"
             "Selected: 512 bytes in 1 item, marked *\n");
 }
@@ -116,6 +118,7 @@ TEST(ScanReport, PutsReasonsBelowWhereItIsNarrowAndShowsPathsWhereItIsWide) {
       << narrow;
   const std::string wide = report(plainResult(), {.isTerminal = true, .columns = 120});
   EXPECT_NE(wide.find("  ~/.cache/vault\n"), std::string::npos) << wide;
+  EXPECT_EQ(wide.find("wider terminal"), std::string::npos) << wide;
 }
 
 TEST(ScanReport, FitsAnyTerminalWhateverTheNames) {
@@ -157,6 +160,8 @@ TEST(ScanReport, SaysWhichSumsAreLowerBounds) {
             "\n"
             "Old installers  at least 524 MB in 1 item\n"
             "    >= 524 MB  system.iso  Review  An installer older than 30 days\n"
+            "\n"
+            "A wider terminal, or `quorvane scan | less`, also shows where each item lies.\n"
             "\n"
             "Sizes marked >= are lower bounds: those items could not be read as a whole.\n"
             "Found: at least 524 MB in 2 items\n"

@@ -124,6 +124,9 @@ class ReportWriter {
       for (const ScanRow& row : rows) text_ += rowText(row, columns, style_);
       text_ += "\n";
     }
+    if (columns.path > 0 || groups.empty()) return;
+    writeHanging(catalogue_.text("cli.scan.pathsHidden"), 0);
+    text_ += "\n";
   }
 
   void writeHeading(ScanCategory category) {

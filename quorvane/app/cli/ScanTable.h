@@ -41,8 +41,9 @@ struct ScanColumns {
   bool operator==(const ScanColumns&) const = default;
 };
 
-/// Divides the width of the terminal among the parts: names are shortened and reasons wrapped to fit; where there is much
-/// room the path stands behind them, and where there is little the reason stands below. Without a terminal nothing is shortened or wrapped.
+/// Divides the width of the terminal among the parts: names are shortened and reasons wrapped to fit; where there is
+/// much room the path stands behind them, and where there is little the reason stands below. Without a terminal nothing
+/// is shortened or wrapped.
 ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style);
 
 /// The row in one line, or more where its reason is wrapped.
