@@ -37,7 +37,7 @@ Outcome<ScanSettings, CommandError> requestedSettings(const CommandContext& cont
   auto folders =
       applicationFolders({*home, *support, context.environment.variables, std::string(AppPaths::folderName)});
   if (!folders) return failure(CommandError{ExitCode::refused, {"cli.error.homeUnknown", {}}});
-  context.console.setHome(folders->home);
+  if (!options.home) context.console.setHome(folders->home);
   return scanSettings({*std::move(folders), options.layout.value_or(systemHomeLayout()), options.home.has_value()});
 }
 

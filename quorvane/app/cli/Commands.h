@@ -21,7 +21,8 @@ CommandOutcome runOverview(const CommandContext& context);
 CommandOutcome runScan(const CommandContext& context);
 CommandOutcome runIgnore(const CommandContext& context);
 
-/// The folders and the layout that the arguments and the environment ask for. The console learns the home.
+/// The folders and the layout that the arguments and the environment ask for. The console learns the home of
+/// the person, unless another one was asked for.
 Outcome<ScanSettings, CommandError> requestedSettings(const CommandContext& context);
 
 /// A path argument made absolute and standardised; with --home refused when it leads out of that home, also by a link.

@@ -22,8 +22,9 @@ class Console {
  public:
   Console(CommandLineStreams streams, const EnvironmentVariables& environment, const ParsedArguments& arguments);
 
-  /// Paths in it are shown with "~" from now on.
+  /// Paths in it are shown with "~" from now on. To be called only with the home that a shell means by that.
   void setHome(FilePath home) { home_ = std::move(home); }
+  const std::optional<FilePath>& home() const { return home_; }
 
   bool wantsJson() const { return wantsJson_; }
   bool isQuiet() const { return isQuiet_; }

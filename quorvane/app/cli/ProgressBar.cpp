@@ -51,14 +51,14 @@ std::string progressLine(const CleaningScanProgressUpdate& update, const Message
   return line;
 }
 
-ProgressBar::ProgressBar(Console& console, FilePath home)
-    : console_(console), home_(std::move(home)), isDrawn_(console.errorStyle().canRedraw && !console.isQuiet()) {}
+ProgressBar::ProgressBar(Console& console)
+    : console_(console), isDrawn_(console.errorStyle().canRedraw && !console.isQuiet()) {}
 
 void ProgressBar::show(const CleaningScanProgressUpdate& update) {
   if (!isDrawn_) return;
   TextStyle style = console_.errorStyle();
   --style.columns;  // a full last column would move some terminals on to the next line
-  const MessageStyle messages{home_, style.characters};
+  const MessageStyle messages{console_.home(), style.characters};
   console_.errors().write(std::string(clearLine) + progressLine(update, console_.catalogue(), messages, style));
   isVisible_ = true;
 }

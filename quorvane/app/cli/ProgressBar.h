@@ -7,8 +7,8 @@
 
 namespace quorvane {
 
-/// One line about a running scan, exactly `style.columns` wide or less: how far it is where that is known, what it does,
-/// how many entries it has seen, and the place it looks at in the room that is left.
+/// One line about a running scan, exactly `style.columns` wide or less: how far it is where that is known, what it
+/// does, how many entries it has seen, and the place it looks at in the room that is left.
 std::string progressLine(const CleaningScanProgressUpdate& update, const MessageCatalogue& catalogue,
                          const MessageStyle& messages, const TextStyle& style);
 
@@ -16,7 +16,7 @@ std::string progressLine(const CleaningScanProgressUpdate& update, const Message
 /// a terminal, on one that cannot redraw, or when the run is to be quiet.
 class ProgressBar {
  public:
-  ProgressBar(Console& console, FilePath home);
+  explicit ProgressBar(Console& console);
   ~ProgressBar() { clear(); }
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
@@ -26,7 +26,6 @@ class ProgressBar {
 
  private:
   Console& console_;
-  const FilePath home_;
   const bool isDrawn_;
   bool isVisible_ = false;
 };

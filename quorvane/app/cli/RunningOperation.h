@@ -16,7 +16,7 @@ namespace quorvane {
 template <class Result, class Start>
 Outcome<Result, CommandError> runToEnd(Console& console, MainLoop& loop, AppModel& model,
                                        const CleaningScanProgressUpdate& beginning, Start start) {
-  ProgressBar bar(console, model.settings().folders.home);
+  ProgressBar bar(console);
   bool isCancelled = false;
   std::optional<Outcome<Result, ScanFault>> outcome;
   loop.setInterruptHandler([&] {

@@ -21,7 +21,7 @@ CommandOutcome runScan(const CommandContext& context) {
   if (console.wantsJson()) {
     console.print(jsonText(*result));
   } else {
-    console.print(scanReport(*result, console.catalogue(), model.settings().folders.home, console.outputStyle()));
+    console.print(scanReport(*result, console.catalogue(), console.home(), console.outputStyle()));
   }
   return ExitCode::done;
 }

@@ -81,7 +81,7 @@ bool largestFirst(const ScanItem* left, const ScanItem* right) {
 
 class ReportWriter {
  public:
-  ReportWriter(const ScanResult& result, const MessageCatalogue& catalogue, const FilePath& home,
+  ReportWriter(const ScanResult& result, const MessageCatalogue& catalogue, const std::optional<FilePath>& home,
                const TextStyle& style)
       : result_(result),
         catalogue_(catalogue),
@@ -264,7 +264,7 @@ class ReportWriter {
 
 }  // namespace
 
-std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const FilePath& home,
+std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const std::optional<FilePath>& home,
                        const TextStyle& style) {
   return ReportWriter(result, catalogue, home, style).text();
 }

@@ -9,8 +9,8 @@
 namespace quorvane {
 
 /// A scan for people: what was found by category, the largest first; what they should know of it; what could not be
-/// read; the sums. On a terminal no line is longer than it is wide.
-std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const FilePath& home,
+/// read; the sums. On a terminal no line is longer than it is wide. Paths in `home` are shown with "~".
+std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const std::optional<FilePath>& home,
                        const TextStyle& style);
 
 }  // namespace quorvane
