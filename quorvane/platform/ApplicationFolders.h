@@ -31,6 +31,8 @@ struct ApplicationFolders {
   FilePath state;               ///< Linux: $XDG_STATE_HOME; macOS: Library
   FilePath applicationSupport;  ///< where the program keeps its own state: a folder of its own in `data`
 
+  bool isConfined = false;  ///< the home was asked for: what links lead out of it to is not to be touched
+
   bool operator==(const ApplicationFolders&) const = default;
 };
 

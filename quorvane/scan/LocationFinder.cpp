@@ -310,9 +310,13 @@ LocationFinder::Folder LocationFinder::openBase(LocationBase base, LocationFindi
   const FilePath& path = folders_.at(base);
   auto descriptor = fileSystem_.openStartingFolder(path);
   const auto canonical = fileSystem_.resolved(path);
-  if (descriptor && canonical)
+  if (!descriptor || !canonical) {
+    noteFailure(descriptor ? canonical.error() : descriptor.error(), path, findings);
+  } else if (!folders_.allows(*canonical)) {
+    noteFailure(PosixError{ELOOP}, path, findings);
+  } else {
     return std::make_shared<const FoundFolder>(FoundFolder{*std::move(descriptor), path, *canonical});
-  noteFailure(descriptor ? canonical.error() : descriptor.error(), path, findings);
+  }
   return nullptr;
 }
 

@@ -31,8 +31,13 @@ FilePath namedDownloads(const ApplicationFolders& folders, FileSystem& fileSyste
 
 LocationFolders::LocationFolders(const ScanSettings& settings, FileSystem& fileSystem)
     : folders_(settings.folders),
+      canonicalHome_(fileSystem.resolved(settings.folders.home).value_or(settings.folders.home)),
       downloads_(settings.layout == HomeLayout::linux ? namedDownloads(settings.folders, fileSystem)
                                                       : joined(settings.folders.home, "Downloads")) {}
+
+bool LocationFolders::allows(const FilePath& canonicalPath) const {
+  return !folders_.isConfined || isAtOrBelow(canonicalPath, canonicalHome_);
+}
 
 const FilePath& LocationFolders::at(LocationBase base) const {
   switch (base) {

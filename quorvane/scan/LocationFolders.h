@@ -22,9 +22,12 @@ class LocationFolders {
   LocationFolders(const ScanSettings& settings, FileSystem& fileSystem);
 
   const FilePath& at(LocationBase base) const;
+  /// Whether a folder that a base leads to may be read; for a confined home only what lies in it.
+  bool allows(const FilePath& canonicalPath) const;
 
  private:
   ApplicationFolders folders_;
+  FilePath canonicalHome_;
   FilePath downloads_;
 };
 

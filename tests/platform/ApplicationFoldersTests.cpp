@@ -13,13 +13,15 @@ ApplicationFolders foldersOf(FolderRequest request) {
 }
 
 TEST(ApplicationFoldersTest, theUsualFoldersLieInTheHome) {
-  const ApplicationFolders expected{{"/home/u"},
-                                    {"/home/u/.cache"},
-                                    {"/home/u/.config"},
-                                    {"/home/u/.local/share"},
-                                    {"/home/u/.local/state"},
-                                    {"/home/u/.local/share/Program"}};
+  ApplicationFolders expected{{"/home/u"},
+                              {"/home/u/.cache"},
+                              {"/home/u/.config"},
+                              {"/home/u/.local/share"},
+                              {"/home/u/.local/state"},
+                              {"/home/u/.local/share/Program"},
+                              /*isConfined=*/false};
   EXPECT_EQ(foldersOf({.home = {}, .applicationSupport = {}, .environment = {{"HOME", "/home//u/"}}}), expected);
+  expected.isConfined = true;
   // A home that was asked for is not mixed with the folders of the person who asks.
   EXPECT_EQ(foldersOf({.home = FilePath{"/home/u"},
                        .applicationSupport = {},

@@ -235,6 +235,17 @@ TEST_F(LinuxScanTests, whatCouldNotBeSeenWholeIsNotSafe) {
   EXPECT_EQ(result.unreadablePaths, entry.unreadablePaths);
 }
 
+TEST_F(LinuxScanTests, anAskedForHomeIsNotLeftThroughALink) {
+  const TempFolder elsewhere;
+  elsewhere.write("thumbnails/a", "x");
+  home.folder.makeLink(".cache", elsewhere.path().bytes);
+  const ScanResult confined = home.scan();
+  EXPECT_TRUE(confined.items.empty());
+  EXPECT_EQ(coverageAt(confined, home.at(".cache")).reason, ScanCoverageReason::link);
+  home.settings.folders.isConfined = false;
+  EXPECT_EQ(home.scan().items.size(), 1u) << "one's own cache may be kept on another disk";
+}
+
 TEST_F(LinuxScanTests, aFolderThatCannotBeReadIsNamedOnce) {
   home.write(".local/state/app/app.log");
   home.fileSystem.countOnly({FileCall::list});

@@ -42,6 +42,7 @@ Outcome<ApplicationFolders, FolderFault> applicationFolders(const FolderRequest&
   folders.data = folder("XDG_DATA_HOME", ".local/share");
   folders.state = folder("XDG_STATE_HOME", ".local/state");
   folders.applicationSupport = request.applicationSupport.value_or(joined(folders.data, request.applicationName));
+  folders.isConfined = request.home.has_value();
   return folders;
 }
 
