@@ -109,6 +109,7 @@ TEST(CommandLine, KeepsIgnoreRules) {
   folder.write("home/.cache/thing/file", "content");
   folder.makeFolders("outside");
   folder.makeLink("home/way-out", folder.at("outside").bytes);
+  folder.makeLink("home/way-home", folder.at("home").bytes);
   const std::string home = folder.at("home").bytes;
   const auto ignore = [&](Words arguments) {
     arguments.insert(arguments.begin(), {"--home", home, "ignore"});
@@ -129,6 +130,9 @@ TEST(CommandLine, KeepsIgnoreRules) {
     EXPECT_NE(refused.errors.find("[cli.error.outsideHome]"), std::string::npos);
   }
   EXPECT_FALSE(folder.holds("outside/x"));
+  EXPECT_EQ(ignore({"add", "mistyped"}).output,
+            "Ignored from now on, though nothing stands there yet: " + home + "/.cache/mistyped\n");
+  EXPECT_EQ(ignore({"remove", home + "/way-home/.cache/mistyped"}).code, 0) << "by a link that leads there";
   EXPECT_EQ(ignore({"remove", "nothing"}).code, 2);
   EXPECT_NE(ignore({"remove", "nothing"}).errors.find("[ignore.error.notFound]"), std::string::npos);
 

@@ -45,22 +45,35 @@ class IgnoreCommand {
     if (!path) return failure(path.error());
     const auto rule = rules_.add(*path);
     if (!rule) return refused(rule.error());
-    return told("cli.ignore.added", rule->path);
+    return told(stands(rule->path) ? "cli.ignore.added" : "cli.ignore.addedNothing", rule->path);
   }
 
   CommandOutcome remove() {
-    std::string which = context_.invocation.subject;
-    if (!uuidFromText(which)) {
-      const auto path = pathArgument(context_, model_.fileSystem(), model_.settings().folders.home);
-      if (!path) return failure(path.error());
-      which = path->bytes;
-    }
-    const auto rule = rules_.remove(which);
+    const std::string& which = context_.invocation.subject;
+    if (uuidFromText(which)) return removed(rules_.remove(which));
+    const auto path = pathArgument(context_, model_.fileSystem(), model_.settings().folders.home);
+    if (!path) return failure(path.error());
+    auto rule = rules_.remove(path->bytes);
+    // A place has one rule, whatever links lead to it, and may have been given by another one when that was made.
+    const auto behindLinks = model_.fileSystem().resolved(*path);
+    if (!rule && rule.error().fault == IgnoreRuleFault::notFound && behindLinks && *behindLinks != *path)
+      rule = rules_.remove(behindLinks->bytes);
+    return removed(rule);
+  }
+
+ private:
+  CommandOutcome removed(const Outcome<IgnoreRule, IgnoreRuleError>& rule) {
     if (!rule) return refused(rule.error());
     return told("cli.ignore.removed", rule->path);
   }
 
- private:
+  bool stands(const FilePath& path) {
+    FileSystem& fileSystem = model_.fileSystem();
+    if (path.bytes == "/") return true;
+    const auto folder = fileSystem.openStartingFolder(parentOf(path));
+    return folder && fileSystem.status(folder->number(), std::string(leafOf(path)).c_str());
+  }
+
   // With JSON all three print the rules that hold now.
   CommandOutcome told(std::string key, const FilePath& path) {
     if (console_.wantsJson()) return list();
