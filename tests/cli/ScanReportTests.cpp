@@ -67,8 +67,10 @@ ScanResult hostileResult() {
   ignored.status = ScanCoverageStatus::skipped;
   ignored.reason = ScanCoverageReason::ignored;
   result.unreadablePaths = unreadable;
+  ScanCoverageEntry inPart = entry;
+  inPart.unreadablePaths.clear();
   result.coverage = ScanCoverageLedger{
-      {entry, ignored}, {{std::nullopt, "coverage.notice.processesNotInspectable", 2, {names[0], names[1]}}}};
+      {entry, inPart, ignored}, {{std::nullopt, "coverage.notice.processesNotInspectable", 2, {names[0], names[1]}}}};
   return result;
 }
 
@@ -145,6 +147,7 @@ TEST(ScanReport, SaysWhatWasNotSeen) {
         "Found: at least ", "left out: ~/.cache/a\\nb\\x1b[2J\\x07: you chose to ignore it",
         "holds 2 files that git ignores and that may matter: .env, ", "2 running programs could not be looked into"})
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+  EXPECT_EQ(text.find("left out: ~/.cache:"), std::string::npos) << "a location that was read in part";
   EXPECT_NE(text.find(std::string(255, 'w')), std::string::npos) << "without a terminal nothing is shortened";
   EXPECT_EQ(report({}, {}), "Nothing that could be cleaned was found.\n");
 }

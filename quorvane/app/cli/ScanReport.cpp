@@ -213,9 +213,12 @@ class ReportWriter {
     writeHanging(say(line), 0);
   }
 
+  // Of a location that was read in part, the parts that were not are told on their own.
   void writeLeftOut(const ScanCoverageEntry& entry) {
     const auto reason = toldReason(entry.reason);
-    if (!reason || !entry.unreadablePaths.empty() || entry.status == ScanCoverageStatus::absent) return;
+    const bool isLeftOut =
+        entry.status == ScanCoverageStatus::skipped || entry.status == ScanCoverageStatus::unreadable;
+    if (!reason || !isLeftOut || !entry.unreadablePaths.empty()) return;
     writeHanging(say({"cli.scan.leftOut", {{"path", entry.path}, {"reason", MessageKey{*reason}}}}), 0);
   }
 
