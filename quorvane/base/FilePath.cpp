@@ -2,6 +2,8 @@
 
 #include "quorvane/base/Hex.h"
 
+#include <algorithm>
+
 namespace quorvane {
 
 namespace {
@@ -42,6 +44,12 @@ FilePath parentOf(const FilePath& path) {
   const std::size_t slash = path.bytes.rfind('/');
   if (slash == std::string::npos || slash == 0) return {"/"};
   return {path.bytes.substr(0, slash)};
+}
+
+bool isAbsolute(std::string_view path) { return path.starts_with('/') && !path.contains('\0'); }
+
+bool isOneComponent(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." && !name.contains('/') && !name.contains('\0');
 }
 
 std::vector<std::string_view> componentsOf(std::string_view path) {
@@ -85,6 +93,14 @@ bool isBelow(const FilePath& path, const FilePath& folder) {
 bool isAtOrBelow(const FilePath& path, const FilePath& folder) { return path == folder || isBelow(path, folder); }
 
 bool overlap(const FilePath& one, const FilePath& other) { return isAtOrBelow(one, other) || isBelow(other, one); }
+
+/// Two searches, since other paths can stand between a folder and what lies below it: "/a", "/a-b", "/a/b".
+bool holdsAtOrBelow(const std::vector<FilePath>& sorted, const FilePath& folder) {
+  if (std::ranges::binary_search(sorted, folder)) return true;
+  const FilePath below{folder.bytes == "/" ? folder.bytes : folder.bytes + "/"};
+  const auto next = std::ranges::lower_bound(sorted, below);
+  return next != sorted.end() && next->bytes.starts_with(below.bytes);
+}
 
 std::string_view relativeTo(const FilePath& folder, const FilePath& path) {
   std::string_view rest = std::string_view(path.bytes).substr(folder.bytes.size());

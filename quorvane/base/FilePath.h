@@ -34,6 +34,12 @@ std::string_view leafOf(const FilePath& path);
 /// The path without its last component; the root for the root and for a path of one component.
 FilePath parentOf(const FilePath& path);
 
+/// Whether it can be a path from the root: begins with a slash and has no NUL.
+bool isAbsolute(std::string_view path);
+
+/// Whether it can be a name in a folder: not empty, neither "." nor "..", without a slash and without a NUL.
+bool isOneComponent(std::string_view name);
+
 /// The components between the slashes; empty ones are passed over.
 std::vector<std::string_view> componentsOf(std::string_view path);
 
@@ -52,6 +58,9 @@ bool isAtOrBelow(const FilePath& path, const FilePath& folder);
 
 /// Whether one of two standardised paths is the other, or lies below it.
 bool overlap(const FilePath& one, const FilePath& other);
+
+/// Whether sorted paths hold one at or below `folder`. All standardised; takes a few comparisons.
+bool holdsAtOrBelow(const std::vector<FilePath>& sorted, const FilePath& folder);
 
 /// What lies between `folder` and a path at or below it, without slashes at its ends.
 std::string_view relativeTo(const FilePath& folder, const FilePath& path);

@@ -14,7 +14,16 @@ struct PosixError {
 
   /// Nothing stands at the path: the only reason that means "missing".
   bool isMissing() const;
+  /// The system does not let this user do it.
+  bool isDenied() const;
+  /// A link or another object stands where a folder should.
+  bool isOtherKind() const;
+  /// Somebody asked for a stop.
+  bool isCancelled() const;
 };
+
+/// What a stopped operation fails with.
+PosixError cancelledError();
 
 /// The reason the last system call of this thread failed.
 PosixError lastPosixError();

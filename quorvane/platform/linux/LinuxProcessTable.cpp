@@ -1,10 +1,10 @@
 #include "quorvane/platform/linux/LinuxProcessTable.h"
 
+#include "quorvane/base/SortUniquely.h"
 #include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/platform/linux/DirectoryRecords.h"
 #include "quorvane/platform/linux/ProcFiles.h"
 
-#include <algorithm>
 #include <cerrno>
 
 #include <unistd.h>
@@ -15,16 +15,8 @@ namespace {
 
 constexpr std::size_t longestText = 256 << 20;  // the maps of a process with a million mappings
 
-bool isRefusal(PosixError error) { return error.code == EACCES || error.code == EPERM; }
-
 /// The system names no place whose path is longer than it can tell.
 bool isUntold(PosixError error) { return error.code == ENAMETOOLONG; }
-
-void keepDistinct(std::vector<FilePath>& paths) {
-  std::ranges::sort(paths);
-  const auto repeated = std::ranges::unique(paths);
-  paths.erase(repeated.begin(), repeated.end());
-}
 
 }  // namespace
 
@@ -67,8 +59,8 @@ std::optional<RunningProcess> LinuxProcessTable::process(int root, std::int32_t 
   found.owner = status->owner;
   const PosixError reason = inspect(folder->number(), found);
   found.isInspectable = reason.code == 0;
-  if (reason.code != 0 && !isRefusal(reason) && !isUntold(reason)) return std::nullopt;
-  if (isRefusal(reason)) found.workingFolder = {}, found.openPaths.clear();
+  if (reason.code != 0 && !reason.isDenied() && !isUntold(reason)) return std::nullopt;
+  if (reason.isDenied()) found.workingFolder = {}, found.openPaths.clear();
   if (found.program.empty()) {
     auto name = content(folder->number(), "comm");
     if (!name) return std::nullopt;
@@ -101,7 +93,7 @@ PosixError LinuxProcessTable::inspect(int folder, RunningProcess& process) {
   const auto maps = content(folder, "maps");
   if (!maps) return maps.error();
   addMappedPaths(*maps, process.openPaths);
-  keepDistinct(process.openPaths);
+  sortUniquely(process.openPaths);
   return workingFolder ? reason : workingFolder.error();
 }
 

@@ -1,6 +1,6 @@
 #include "quorvane/platform/linux/MountInfo.h"
 
-#include <algorithm>
+#include "quorvane/base/SortUniquely.h"
 
 namespace quorvane {
 
@@ -60,9 +60,7 @@ std::optional<std::vector<FilePath>> mountPointsFromMountInfo(std::string_view t
     if (!point) return std::nullopt;
     if (!point->bytes.ends_with(markOfRemoved)) points.push_back(std::move(*point));
   }
-  std::ranges::sort(points);
-  const auto repeated = std::ranges::unique(points);
-  points.erase(repeated.begin(), repeated.end());
+  sortUniquely(points);
   return points;
 }
 
