@@ -30,7 +30,8 @@ void WalkTree::Share::clear() {
   newestModification = {};
   hardLinked.clear();
   hardLinkedBytes.clear();
-  changed = holdsGit = false;
+  changed = false;
+  gitCount = 0;
 }
 
 void WalkTree::add(const Share& share) {
@@ -42,7 +43,7 @@ void WalkTree::add(const Share& share) {
   measurement_.entryCount += share.entryCount;
   measurement_.newestModification = std::max(measurement_.newestModification, share.newestModification);
   measurement_.changedWhileRead |= share.changed;
-  measurement_.holdsGit |= share.holdsGit;
+  measurement_.gitCount += share.gitCount;
   for (std::size_t i = 0; i < share.hardLinked.size(); ++i)
     if (hardLinked_.insert(share.hardLinked[i])) measurement_.allocatedBytes += share.hardLinkedBytes[i];
 }
@@ -186,7 +187,7 @@ void FolderReader::read(WalkFolder& folder) {
 
 void FolderReader::account(WalkFolder& folder) {
   for (const FolderEntry& entry : listing_.entries()) {
-    share_.holdsGit |= listing_.nameOf(entry) == ".git";
+    if (listing_.nameOf(entry) == ".git") ++share_.gitCount;
     if (entry.isFolder) continue;
     if (entry.error == 0 && !entry.status.isFolder()) {
       share_.add(entry.status);

@@ -37,7 +37,7 @@ class WalkTree {
     std::vector<std::uint64_t> hardLinked;      ///< inodes with more than one name, and what they take:
     std::vector<std::int64_t> hardLinkedBytes;  ///< counted only where the tree meets them first
     bool changed = false;
-    bool holdsGit = false;
+    std::int64_t gitCount = 0;
 
     void add(const FileStatus& status);
     void clear();

@@ -32,7 +32,7 @@ struct TreeMeasurement {
   std::int64_t unreadableCount = 0;
   std::vector<std::string> mountsInside;  ///< relative to the root: other mounts, not entered; the first thousand
   bool changedWhileRead = false;          ///< something vanished or became something else during the walk
-  bool holdsGit = false;                  ///< something in it is named ".git": a repository, or a checkout of one
+  std::int64_t gitCount = 0;              ///< of things named ".git" in it: repositories, and checkouts of such
 
   bool isLowerBound() const { return unreadableCount > 0 || !mountsInside.empty() || changedWhileRead; }
 };

@@ -180,7 +180,7 @@ ItemVerdict ScanRun::verdict(const ScanCandidate& candidate, std::size_t locatio
                              ScanItem& item) {
   ItemVerdict found{candidate.safety, candidate.reasonKey};
   const LocationKind kind = candidate.rule->kind;
-  if (kind == LocationKind::worktree) found = worktreeVerdict(candidate, location);
+  if (kind == LocationKind::worktree) found = worktreeVerdict(candidate, location, tree);
   if (kind == LocationKind::deviceBackup) found = backupVerdict(candidate, item);
   if (kind == LocationKind::build || kind == LocationKind::ideCache) {
     if (tree.newestModification.date() > now_ - recentBuild)  // the other difference can be beyond a duration's reach
@@ -189,7 +189,7 @@ ItemVerdict ScanRun::verdict(const ScanCandidate& candidate, std::size_t locatio
   if (kind == LocationKind::ideCache && found.safety == SafetyLevel::safe && holdsLocalHistory(candidate))
     found = {SafetyLevel::review, "reason.localHistory"};
   // Whoever tagged a folder with a repository in it kept work out of backups; a tool would have made no repository.
-  if (found.reasonKey == "reason.cacheTag" && tree.holdsGit) found = {SafetyLevel::review, "reason.unknownCache"};
+  if (found.reasonKey == "reason.cacheTag" && tree.gitCount > 0) found = {SafetyLevel::review, "reason.unknownCache"};
   return limitedByMeasurement(std::move(found), tree);
 }
 
@@ -198,9 +198,15 @@ bool ScanRun::holdsLocalHistory(const ScanCandidate& candidate) const {
   return folder && services_.fileSystem.status(folder->number(), "LocalHistory");
 }
 
-ItemVerdict ScanRun::worktreeVerdict(const ScanCandidate& candidate, std::size_t location) {
+ItemVerdict ScanRun::worktreeVerdict(const ScanCandidate& candidate, std::size_t location,
+                                     const TreeMeasurement& tree) {
   const WorktreeQuery query{candidate.path(), inUse().standsIn(candidate.canonicalPath())};
   WorktreeFinding found = worktrees().inspect(query, control_.stopToken());
+  // Git says nothing of a repository that stands in a folder it ignores.
+  if (tree.gitCount > 1) {
+    found.notes.push_back({std::nullopt, "coverage.note.nestedRepository", std::nullopt, {}});
+    if (found.state == WorktreeGitState::merged) found.state = WorktreeGitState::unknown;
+  }
   for (ScanCoverageNote& note : found.notes) {
     note.path = candidate.path();
     coverage_.entries[location].notes.push_back(std::move(note));

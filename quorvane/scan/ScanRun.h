@@ -52,7 +52,7 @@ class ScanRun {
   ScanItem item(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree);
   ItemVerdict verdict(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree,
                       ScanItem& item);
-  ItemVerdict worktreeVerdict(const ScanCandidate& candidate, std::size_t location);
+  ItemVerdict worktreeVerdict(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree);
   ItemVerdict backupVerdict(const ScanCandidate& candidate, ScanItem& item);
   bool holdsLocalHistory(const ScanCandidate& candidate) const;
   void noteCoverage(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree);
