@@ -1,7 +1,6 @@
 #include "quorvane/core/TreeWalk.h"
 
 #include <algorithm>
-#include <cerrno>
 
 namespace quorvane {
 
@@ -10,7 +9,7 @@ namespace {
 constexpr std::size_t mostPathsKept = 1000;
 constexpr std::int64_t entriesBetweenReports = 4096;
 
-bool meansChange(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
+bool meansChange(PosixError error) { return error.isMissing() || error.isOtherKind(); }
 
 }  // namespace
 
@@ -78,7 +77,7 @@ void WalkTree::fail(PosixError reason) {
 void WalkTree::finish(const Sha256Digest* digest) {
   const bool wasStopped = isStopped();
   const MutexLock lock(mutex_);
-  if (wasStopped && !failure_) failure_ = PosixError{ECANCELED};
+  if (wasStopped && !failure_) failure_ = cancelledError();
   if (digest && request.takesDigest) measurement_.digest = hexText(*digest);
 }
 
@@ -141,7 +140,7 @@ std::unique_ptr<WalkFolder> FolderReader::openChild(WalkFolder& parent, std::uin
   const auto status = descriptor ? fileSystem_.status(descriptor->number())
                                  : Outcome<FileStatus, PosixError>(failure(descriptor.error()));
   if (!status) {
-    if (meansChange(status.error().code)) {
+    if (meansChange(status.error())) {
       tree.addChange();
     } else {
       tree.addUnreadable(parent.relativePath(parent.nameOf(child)));
@@ -191,7 +190,7 @@ void FolderReader::account(WalkFolder& folder) {
     if (entry.isFolder) continue;
     if (entry.error == 0 && !entry.status.isFolder()) {
       share_.add(entry.status);
-    } else if (entry.error == 0 || meansChange(entry.error)) {
+    } else if (entry.error == 0 || meansChange({entry.error})) {
       share_.changed = true;
     } else {
       folder.tree.addUnreadable(folder.relativePath(listing_.nameOf(entry)));

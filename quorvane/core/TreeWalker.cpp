@@ -3,7 +3,6 @@
 #include "quorvane/core/TreeWalk.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <condition_variable>
 #include <deque>
 #include <optional>
@@ -119,7 +118,7 @@ class TreeWalker::Pool {
   void beginTree(FolderReader& reader, WalkTree& tree) {
     if (!tree.isStopped() && tree.request.begins && !tree.request.begins(tree.index)) cancel();
     if (tree.isStopped()) {
-      tree.fail(PosixError{ECANCELED});
+      tree.fail(cancelledError());
       endTree(tree);
       return;
     }
