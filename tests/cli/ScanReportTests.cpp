@@ -149,6 +149,9 @@ TEST(ScanReport, SaysWhatWasNotSeen) {
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
   EXPECT_EQ(text.find("left out: ~/.cache:"), std::string::npos) << "a location that was read in part";
   EXPECT_NE(text.find(std::string(255, 'w')), std::string::npos) << "without a terminal nothing is shortened";
+  EXPECT_NE(text.find("  system.iso                            Review"), std::string::npos)
+      << "one long name does not move what stands behind the others\n"
+      << text;
   EXPECT_EQ(report({}, {}), "Nothing that could be cleaned was found.\n");
 }
 

@@ -52,8 +52,8 @@ ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style
                       .safety = widest(rows, &ScanRow::safetyTitle),
                       .reason = widest(rows, &ScanRow::reason),
                       .path = widest(rows, &ScanRow::path)};
-  if (!style.isTerminal) return columns;
   columns.name = std::min(columns.name, longestName);
+  if (!style.isTerminal) return columns;
   const std::size_t taken = reasonStart(columns) - columns.name;
   const std::size_t room = style.columns > taken ? style.columns - taken : 0;
   if (columns.name + columns.reason <= room) {
@@ -79,7 +79,8 @@ std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextSt
   std::string text(indent, ' ');
   text += row.isSelected ? toned(glyphs.selected, Tone::good, style) : " ";
   text += " " + paddedLeft(row.size, columns.size) + std::string(gap, ' ');
-  text += paddedRight(shortened(row.name, columns.name, glyphs.ellipsis), columns.name) + std::string(gap, ' ');
+  const std::string name = style.isTerminal ? shortened(row.name, columns.name, glyphs.ellipsis) : row.name;
+  text += paddedRight(name, columns.name) + std::string(gap, ' ');
   const std::string nextLine = "\n" + std::string(reasonStart(columns), ' ');
   const std::size_t safetyWidth = columns.isReasonBelow ? 0 : columns.safety;
   text += toned(paddedRight(row.safetyTitle, safetyWidth), toneOf(row.safety), style);

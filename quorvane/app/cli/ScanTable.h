@@ -43,7 +43,7 @@ struct ScanColumns {
 
 /// Divides the width of the terminal among the parts: names are shortened and reasons wrapped to fit; where there is
 /// much room the path stands behind them, and where there is little the reason stands below. Without a terminal nothing
-/// is shortened or wrapped.
+/// is shortened or wrapped, and a name that is longer than most moves what stands behind it.
 ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style);
 
 /// The row in one line, or more where its reason is wrapped.
