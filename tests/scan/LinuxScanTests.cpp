@@ -1,3 +1,4 @@
+#include "quorvane/scan/LocationTable.h"
 #include "quorvane/scan/UserDirectories.h"
 #include "tests/support/ScanHome.h"
 
@@ -188,12 +189,11 @@ TEST_F(LinuxScanTests, everyLocationHasExactlyOneEntry) {
   home.folder.makeFolders("elsewhere/worktrees/w");
   home.folder.makeLink(".codex", "elsewhere");
   const ScanResult result = home.scan();
-  std::map<FilePath, int> entries;
-  for (const ScanCoverageEntry& entry : result.coverage->entries) ++entries[entry.path];
-  for (const auto& [path, count] : entries)
-    if (path != home.at(".cache")) {  // one place, several rules: logs of two kinds
-      EXPECT_LE(count, 3) << path.bytes;
-    }
+  const LocationFolders folders(home.settings, home.fileSystem);
+  for (const LocationRule& rule : linuxLocations().rules) {
+    const FilePath location = joined(folders.at(rule.base), rule.path);
+    EXPECT_EQ(std::ranges::count(result.coverage->entries, location, &ScanCoverageEntry::path), 1) << location.bytes;
+  }
   const auto standing = [&](const char* path) {
     const ScanCoverageEntry& entry = coverageAt(result, home.at(path));
     return std::string(caseName(entry.status)) + " " + std::string(caseName(entry.reason)) + " " +
