@@ -28,14 +28,6 @@ void sortUniquely(std::vector<T>& list) {
   list.erase(rest.begin(), rest.end());
 }
 
-/// Two searches, since other paths can stand between a folder and what lies below it: "/a", "/a-b", "/a/b".
-bool holdsAtOrBelow(const std::vector<FilePath>& sorted, const FilePath& path) {
-  if (std::ranges::binary_search(sorted, path)) return true;
-  const FilePath below{path.bytes == "/" ? path.bytes : path.bytes + "/"};
-  const auto next = std::ranges::lower_bound(sorted, below);
-  return next != sorted.end() && next->bytes.starts_with(below.bytes);
-}
-
 bool isAlphanumeric(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
 
 /// The runs of letters and digits in lower-case text: "google", "chrome" in "google-chrome".
