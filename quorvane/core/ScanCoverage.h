@@ -43,10 +43,10 @@ QV_CASE_NAMES(ScanCoverageReason, read, missing, notAFolder, link, ignored, clou
 
 /// What a person should know of an item, or of the scan, beyond an item's reason.
 struct ScanCoverageNote {
-  std::optional<FilePath> path;  ///< of the item it is about
-  std::string key;               ///< message key; its placeholders are the members below
-  std::optional<std::int64_t> count;
-  std::vector<std::string> names;  ///< shown as a list, at most a few
+  std::optional<FilePath> path = {};  ///< of the item it is about
+  std::string key;                    ///< message key; its placeholders are the members below
+  std::optional<std::int64_t> count = {};
+  std::vector<std::string> names = {};  ///< shown as a list, at most a few
 
   bool operator==(const ScanCoverageNote&) const = default;
 };
@@ -59,8 +59,11 @@ struct ScanCoverageEntry {
   ScanCoverageStatus status = ScanCoverageStatus::complete;
   ScanCoverageReason reason = ScanCoverageReason::read;
   std::int64_t itemCount = 0;
-  std::vector<FilePath> unreadablePaths;  ///< the first thousand of the folders and files that could not be read
-  std::vector<ScanCoverageNote> notes;
+  std::vector<FilePath> unreadablePaths = {};  ///< the first thousand of the folders and files that could not be read
+  std::vector<ScanCoverageNote> notes = {};
+
+  /// Keeps the path unless a thousand are kept already.
+  void addUnreadable(const FilePath& unreadable);
 
   bool operator==(const ScanCoverageEntry&) const = default;
 };

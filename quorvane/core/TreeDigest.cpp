@@ -54,7 +54,7 @@ Sha256Digest TreeDigest::ofFolder(const FileStatus& folder, bool isRoot, const S
 }
 
 Sha256Digest TreeDigest::ofSingleObject(const FileStatus& object) {
-  addStatus(object, /*isRoot=*/true);
+  addStatus(object, /*isRoot=*/false);
   flush();
   return hash_.finish();
 }

@@ -11,8 +11,8 @@
 namespace quorvane {
 
 /// Computes the digest of a tree folder by folder. It changes with every name, kind, permission, owner, inode, size,
-/// modification and status-change time below the root; of the root itself its place and its status-change time do not
-/// count, so that moving the tree keeps its digest. Content is not read: a changed content shows in the times.
+/// modification and status-change time below the root; of a folder at the root its place and its status-change time do
+/// not count, so that moving the tree keeps its digest. Content is not read: a changed content shows in the times.
 ///
 /// docs/formats/tree-digest.md has the exact bytes. Belongs to one thread.
 class TreeDigest {

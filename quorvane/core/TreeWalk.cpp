@@ -30,7 +30,7 @@ void WalkTree::Share::clear() {
   hardLinked.clear();
   hardLinkedBytes.clear();
   changed = false;
-  gitCount = 0;
+  watchedCount = 0;
 }
 
 void WalkTree::add(const Share& share) {
@@ -42,14 +42,14 @@ void WalkTree::add(const Share& share) {
   measurement_.entryCount += share.entryCount;
   measurement_.newestModification = std::max(measurement_.newestModification, share.newestModification);
   measurement_.changedWhileRead |= share.changed;
-  measurement_.gitCount += share.gitCount;
+  measurement_.watchedCount += share.watchedCount;
   for (std::size_t i = 0; i < share.hardLinked.size(); ++i)
     if (hardLinked_.insert(share.hardLinked[i])) measurement_.allocatedBytes += share.hardLinkedBytes[i];
 }
 
-void WalkTree::addUnreadable(std::string path) {
+void WalkTree::addUnreadable(std::string path, PosixError reason) {
   const MutexLock lock(mutex_);
-  ++measurement_.unreadableCount;
+  if (measurement_.unreadableCount++ == 0) measurement_.unreadableReason = reason;
   if (measurement_.unreadable.size() < mostPathsKept) measurement_.unreadable.push_back(std::move(path));
 }
 
@@ -143,7 +143,7 @@ std::unique_ptr<WalkFolder> FolderReader::openChild(WalkFolder& parent, std::uin
     if (meansChange(status.error())) {
       tree.addChange();
     } else {
-      tree.addUnreadable(parent.relativePath(parent.nameOf(child)));
+      tree.addUnreadable(parent.relativePath(parent.nameOf(child)), status.error());
     }
     return nullptr;
   }
@@ -175,7 +175,7 @@ bool FolderReader::finishPart(WalkFolder* folder) {
 
 void FolderReader::read(WalkFolder& folder) {
   const auto listed = fileSystem_.list(folder.descriptor.number(), listing_);
-  if (!listed) folder.tree.addUnreadable(folder.relativePath());
+  if (!listed) folder.tree.addUnreadable(folder.relativePath(), listed.error());
   share_.clear();
   share_.add(folder.status);
   account(folder);
@@ -185,15 +185,16 @@ void FolderReader::read(WalkFolder& folder) {
 }
 
 void FolderReader::account(WalkFolder& folder) {
+  const std::span<const std::string_view> watched = folder.tree.request.watchedNames;
   for (const FolderEntry& entry : listing_.entries()) {
-    if (listing_.nameOf(entry) == ".git") ++share_.gitCount;
+    if (std::ranges::find(watched, listing_.nameOf(entry)) != watched.end()) ++share_.watchedCount;
     if (entry.isFolder) continue;
     if (entry.error == 0 && !entry.status.isFolder()) {
       share_.add(entry.status);
     } else if (entry.error == 0 || meansChange({entry.error})) {
       share_.changed = true;
     } else {
-      folder.tree.addUnreadable(folder.relativePath(listing_.nameOf(entry)));
+      folder.tree.addUnreadable(folder.relativePath(listing_.nameOf(entry)), {entry.error});
     }
   }
 }

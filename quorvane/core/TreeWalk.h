@@ -37,14 +37,14 @@ class WalkTree {
     std::vector<std::uint64_t> hardLinked;      ///< inodes with more than one name, and what they take:
     std::vector<std::int64_t> hardLinkedBytes;  ///< counted only where the tree meets them first
     bool changed = false;
-    std::int64_t gitCount = 0;
+    std::int64_t watchedCount = 0;
 
     void add(const FileStatus& status);
     void clear();
   };
 
   void add(const Share& share);
-  void addUnreadable(std::string path);
+  void addUnreadable(std::string path, PosixError reason);
   void addMount(std::string path);
   void addChange();
   /// Makes the root what the measurement describes; called once, before anything is added.

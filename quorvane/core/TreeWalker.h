@@ -9,8 +9,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvane {
@@ -30,9 +31,10 @@ struct TreeMeasurement {
   std::string digest;                   ///< 64 hexadecimal digits; empty when not asked for
   std::vector<std::string> unreadable;  ///< relative to the root ("" is the root itself); the first thousand
   std::int64_t unreadableCount = 0;
+  PosixError unreadableReason;            ///< of the first of them
   std::vector<std::string> mountsInside;  ///< relative to the root: other mounts, not entered; the first thousand
   bool changedWhileRead = false;          ///< something vanished or became something else during the walk
-  std::int64_t gitCount = 0;              ///< of things named ".git" in it: repositories, and checkouts of such
+  std::int64_t watchedCount = 0;          ///< of the entries in it that have one of the watched names
 
   bool isLowerBound() const { return unreadableCount > 0 || !mountsInside.empty() || changedWhileRead; }
 };
@@ -43,6 +45,7 @@ using TreeOutcome = Outcome<TreeMeasurement, PosixError>;
 /// What a walk is to do, and whom to tell. The functions are called on the walking threads, without a lock held.
 struct WalkRequest {
   bool takesDigest = true;
+  std::span<const std::string_view> watchedNames;  ///< of entries to be counted; outlives the walk
   StopToken stop;
   /// Before the tree with this index is begun. May wait; false stops the walk.
   std::function<bool(std::size_t)> begins;

@@ -59,6 +59,7 @@ class FileSystem {
   /// The path with all links resolved. The last components may be missing: they are kept as they are.
   virtual Outcome<FilePath, PosixError> resolved(const FilePath& path) = 0;
 
+  /// ELOOP for a link, ENOTDIR for anything else that is no folder.
   virtual Outcome<FileDescriptor, PosixError> openFolder(int folder, const char* name) = 0;
   /// Opens for reading; a FIFO does not block and gives no data, a device is not opened (ENXIO).
   virtual Outcome<FileDescriptor, PosixError> openFile(int folder, const char* name) = 0;

@@ -16,6 +16,8 @@ struct PosixError {
   bool isMissing() const;
   /// The system does not let this user do it.
   bool isDenied() const;
+  /// A link stands where something else should.
+  bool isLink() const;
   /// A link or another object stands where a folder should.
   bool isOtherKind() const;
   /// Somebody asked for a stop.

@@ -45,16 +45,16 @@ class ProcessRunner {
   virtual Outcome<SafeProcessResult, PosixError> run(const ProcessRequest& request, StopToken stop) = 0;
 };
 
-/// Both streams are drained while the child runs; standard input is empty; no other descriptor reaches the child. At the
-/// limit the child is asked to end (SIGTERM) and half a second later made to (SIGKILL). The streams are waited for until
-/// the limit and one second at most. Stateless; callable from any thread, blocks only that one.
+/// Both streams are drained while the child runs; standard input is empty; no other descriptor reaches the child. At
+/// the limit the child is asked to end (SIGTERM) and half a second later made to (SIGKILL). The streams are waited for
+/// until the limit and one second at most. Stateless; callable from any thread, blocks only that one.
 ///
-/// The child gets a session of its own, without a terminal: it can ask nobody anything, keys such as Ctrl-C do not reach
-/// it, and the two signals reach everything that it started and that stayed in its session. A face therefore turns the
-/// signals that end it into a stop request, so that no child outlives it.
+/// The child gets a session of its own, without a terminal: it can ask nobody anything, keys such as Ctrl-C do not
+/// reach it, and the two signals reach everything that it started and that stayed in its session. A face therefore
+/// turns the signals that end it into a stop request, so that no child outlives it.
 ///
-/// Refuses (EINVAL) an executable that is not absolute, a NUL in any text, and a variable with an empty name or a "=" in
-/// it; otherwise fails with the system's reason (ENOENT, EACCES, ...), for a missing working folder too.
+/// Refuses (EINVAL) an executable that is not absolute, a NUL in any text, and a variable with an empty name or a "="
+/// in it; otherwise fails with the system's reason (ENOENT, EACCES, ...), for a missing working folder too.
 class SafeProcessRunner final : public ProcessRunner {
  public:
   Outcome<SafeProcessResult, PosixError> run(const ProcessRequest& request, StopToken stop) override;

@@ -18,9 +18,8 @@ bool hasCacheDirectoryTag(FileSystem& fileSystem, int folder) {
 }
 
 bool isWorkingCopy(FileSystem& fileSystem, int folder) {
-  constexpr std::array repositories = {".git", ".hg", ".svn", ".jj", ".bzr"};
-  return std::ranges::any_of(repositories, [&](const char* name) {
-    const auto status = fileSystem.status(folder, name);
+  return std::ranges::any_of(repositoryNames, [&](std::string_view name) {
+    const auto status = fileSystem.status(folder, name.data());
     return status || !status.error().isMissing();
   });
 }

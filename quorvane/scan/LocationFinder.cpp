@@ -1,8 +1,6 @@
 #include "quorvane/scan/LocationFinder.h"
 
 #include "quorvane/base/Utf8.h"
-#include "quorvane/core/SensitiveApplicationPolicy.h"
-#include "quorvane/scan/CacheDirectoryTag.h"
 #include "quorvane/scan/CalendarDays.h"
 #include "quorvane/scan/PathPattern.h"
 
@@ -38,41 +36,11 @@ bool isAskedFor(const LocationRule& rule, std::string_view name) {
   return rule.extensions.empty() || isOneOf(rule.extensions, asciiLowered(extensionOf(name)));
 }
 
-/// Whether any folder that the path names belongs to an application whose files are not to be touched.
-bool isSensitive(const FilePath& base, const FilePath& path) {
-  return std::ranges::any_of(componentsOf(relativeTo(base, path)), SensitiveApplicationPolicy::isSensitive);
-}
-
-bool staysOutForSensitive(LocationKind kind) {
-  return kind == LocationKind::cache || kind == LocationKind::anyCache || kind == LocationKind::log;
-}
-
-/// What an error of opening or listing a folder says about the place.
-ScanCoverageReason reasonOf(PosixError error) {
-  switch (error.code) {
-    case ELOOP: return ScanCoverageReason::link;
-    case ENOTDIR: return ScanCoverageReason::notAFolder;
-    case EACCES:
-    case EPERM: return ScanCoverageReason::permissionDenied;
-    default: return ScanCoverageReason::failed;
-  }
-}
-
-ScanCoverageEntry leftOutEntry(const FilePath& path, ScanCategory category, ScanCoverageReason reason) {
-  return {.path = path,
-          .category = category,
-          .status = ScanCoverageStatus::skipped,
-          .reason = reason,
-          .itemCount = 0,
-          .unreadablePaths = {},
-          .notes = {}};
-}
-
 }  // namespace
 
 LocationFinder::LocationFinder(FileSystem& fileSystem, const LocationTable& table, const LocationFolders& folders,
                                const ScanScope& scope, Date now)
-    : fileSystem_(fileSystem), table_(table), folders_(folders), scope_(scope), now_(now) {
+    : fileSystem_(fileSystem), classifier_(fileSystem, table, folders), folders_(folders), scope_(scope), now_(now) {
   for (const LocationRule& rule : table.rules) {
     if (rule.kind == LocationKind::anyCache) continue;
     FilePath pattern = joined(folders.at(rule.base), rule.path);
@@ -115,7 +83,7 @@ std::vector<LocationFinder::Folder> LocationFinder::expanded(const LocationRule&
       std::vector<std::string> names;
       if (component != "*") names.emplace_back(component);
       if (component == "*")
-        for (Listed& entry : list(folder, findings))
+        for (ListedEntry& entry : list(folder, findings))
           if (entry.isFolder) names.push_back(std::move(entry.name));
       for (const std::string& name : names)
         if (Folder below = openBelow(folder, name, findings)) next.push_back(std::move(below));
@@ -132,89 +100,51 @@ void LocationFinder::findItself(const LocationRule& rule, LocationFindings& find
   for (const Folder& folder : expanded(rule, hasFolder ? rule.path.substr(0, slash) : "", findings)) {
     const auto status = fileSystem_.status(folder->descriptor.number(), std::string(leaf).c_str());
     if (status) {
-      noteRead(findings);
-      ScanCandidate found = candidate(folder, rule, leaf);
-      const bool isAsExpected = rule.kind == LocationKind::log ? status->isRegularFile() : status->isFolder();
-      if (!isAsExpected && found.safety == SafetyLevel::safe) doubt(found);
-      consider(std::move(found), findings);
+      findings.noteRead();
+      consider(classifier_.itself(folder, rule, leaf, *status), findings);
     } else {
-      noteFailure(status.error(), joined(folder->path, leaf), findings);
+      findings.noteFailure(status.error(), joined(folder->path, leaf));
     }
   }
 }
 
 void LocationFinder::findEntries(const Folder& folder, const LocationRule& rule, LocationFindings& findings) {
-  for (const Listed& entry : list(folder, findings)) {
+  for (const ListedEntry& entry : list(folder, findings)) {
     if (rule.subject == LocationSubject::files && (entry.isFolder || !entry.status.isRegularFile())) continue;
     if (rule.kind == LocationKind::deviceBackup && !entry.isFolder) continue;
     if (!isAskedFor(rule, entry.name)) continue;
     if (rule.kind == LocationKind::old && !isOldEnough(folder, entry)) continue;
-    consider(candidate(folder, rule, entry.name), findings);
+    consider(classifier_.candidate(folder, rule, entry.name), findings);
   }
 }
 
 /// A folder that holds places of other rules is no item: its other entries are.
 void LocationFinder::findUnclaimed(const Folder& folder, const LocationRule& rule, bool isKnown,
                                    LocationFindings& findings) {
-  for (const Listed& entry : list(folder, findings)) {
-    ScanCandidate found = candidate(folder, rule, entry.name);
-    const Claim claim = claimOn(found.path());
+  for (const ListedEntry& entry : list(folder, findings)) {
+    const Claim claim = claimOn(joined(folder->path, entry.name));
     if (claim == Claim::whole) continue;
-    classifyCache(found, entry, isKnown);
+    ScanCandidate found = classifier_.cacheEntry(folder, rule, entry, isKnown);
     if (claim == Claim::none || !entry.isFolder) {
       consider(std::move(found), findings);
     } else if (const Folder below = openBelow(folder, entry.name, findings)) {
-      findUnclaimed(below, rule, found.safety == SafetyLevel::safe, findings);
+      findUnclaimed(below, rule, found.verdict.safety == SafetyLevel::safe, findings);
     }
   }
 }
 
 void LocationFinder::findTagged(const Folder& folder, const LocationRule& rule, int depth, LocationFindings& findings) {
-  for (const Listed& entry : list(folder, findings)) {
+  for (const ListedEntry& entry : list(folder, findings)) {
     if (!entry.isFolder || entry.name == ".git" || entry.name == "node_modules") continue;
     const Folder below = openBelow(folder, entry.name, findings);
     if (!below) continue;
-    if (isDisposable(below->descriptor.number())) {
-      ScanCandidate found = candidate(folder, rule, entry.name);
-      // An environment is tagged by some tools too, but a person may have put more into it than a tool can make again.
-      if (fileSystem_.status(below->descriptor.number(), "pyvenv.cfg")) {
-        found.safety = SafetyLevel::review;
-        found.reasonKey = "reason.environment";
-      }
-      consider(std::move(found), findings);
+    const int descriptor = below->descriptor.number();
+    if (classifier_.isDisposable(descriptor)) {
+      consider(classifier_.taggedFolder(folder, rule, entry.name, descriptor), findings);
     } else if (depth < deepestTag && !entry.name.starts_with('.')) {
       findTagged(below, rule, depth + 1, findings);
     }
   }
-}
-
-/// A location stands for one folder or, with "*" in its path, for many: one that failed does not speak for the others.
-void LocationFinder::noteFailure(PosixError error, const FilePath& path, LocationFindings& findings) const {
-  if (error.isMissing()) return;
-  ScanCoverageEntry& location = findings.location;
-  const ScanCoverageReason reason = reasonOf(error);
-  const bool isPassedOver = reason == ScanCoverageReason::link || reason == ScanCoverageReason::notAFolder;
-  if (!isPassedOver) location.unreadablePaths.push_back(path);
-  if (isPassedOver && (findings.wasRead || location.path.bytes.contains('*'))) {
-    findings.leftOut.push_back(leftOutEntry(path, location.category, reason));
-  } else if (findings.wasRead) {
-    location.status = ScanCoverageStatus::partial;
-    location.reason = reason;
-  } else {
-    location.status = isPassedOver ? ScanCoverageStatus::skipped : ScanCoverageStatus::unreadable;
-    location.reason = reason;
-  }
-}
-
-void LocationFinder::noteRead(LocationFindings& findings) const {
-  ScanCoverageEntry& location = findings.location;
-  if (!findings.wasRead && location.unreadablePaths.empty()) {
-    location.status = ScanCoverageStatus::complete;
-    location.reason = ScanCoverageReason::read;
-  } else if (location.status == ScanCoverageStatus::unreadable) {
-    location.status = ScanCoverageStatus::partial;
-  }
-  findings.wasRead = true;
 }
 
 void LocationFinder::consider(ScanCandidate candidate, LocationFindings& findings) {
@@ -225,7 +155,7 @@ void LocationFinder::consider(ScanCandidate candidate, LocationFindings& finding
     findings.candidates.push_back(std::move(candidate));
     return;
   }
-  findings.leftOut.push_back(leftOutEntry(candidate.path(), candidate.category, *reason));
+  findings.leaveOut(candidate.path(), candidate.category, *reason);
 }
 
 /// A rule for a link names what the link leads to.
@@ -237,70 +167,7 @@ bool LocationFinder::isIgnoredThroughLink(const ScanCandidate& candidate) const 
   return target && ruleCovering(scope_.scanIgnoreRules, *target) != nullptr;
 }
 
-ScanCandidate LocationFinder::candidate(const Folder& folder, const LocationRule& rule, std::string_view name) const {
-  ScanCandidate made{.rule = &rule,
-                     .folder = folder,
-                     .name = std::string(name),
-                     .displayName = displayNameOf(rule, name),
-                     .category = rule.category,
-                     .safety = rule.safety,
-                     .reasonKey = std::string(rule.reasonKey)};
-  if (staysOutForSensitive(rule.kind) && isSensitive(folders_.at(rule.base), made.path())) {
-    made.safety = SafetyLevel::blocked;
-    made.reasonKey = "reason.sensitiveApplicationProtected";
-  }
-  const std::string lowered = asciiLowered(relativeTo(folders_.at(rule.base), made.path()));
-  const std::string_view shown = rule.kind == LocationKind::cache
-                                     ? std::string_view(lowered).substr(lowered.rfind('/') + 1)
-                                     : std::string_view(lowered);
-  const auto names = [&](std::string_view fragment) { return shown.contains(fragment); };
-  if (rule.category == ScanCategory::applicationCache && std::ranges::any_of(table_.browserBundleFragments, names))
-    made.category = ScanCategory::browserCache;
-  return made;
-}
-
-std::string LocationFinder::displayNameOf(const LocationRule& rule, std::string_view name) const {
-  if (!rule.name.empty()) return std::string(rule.name);
-  const bool isPieced =
-      rule.kind == LocationKind::cache || rule.kind == LocationKind::log || rule.kind == LocationKind::build;
-  if (!table_.showsLastNamePiece || !isPieced) return withReplacedInvalidUtf8(name);
-  std::string_view piece = name;
-  while (piece.ends_with('.')) piece.remove_suffix(1);
-  if (piece.empty()) return withReplacedInvalidUtf8(name);
-  return withReplacedInvalidUtf8(piece.substr(piece.rfind('.') + 1));
-}
-
-/// Programs make their caches again as what they were: a link, say, is a person's.
-void LocationFinder::classifyCache(ScanCandidate& candidate, const Listed& entry, bool isKnown) const {
-  if (candidate.safety == SafetyLevel::blocked) return;
-  const bool isFile = !entry.isFolder && entry.status.isRegularFile();
-  const auto known = std::ranges::find(table_.knownCaches, asciiLowered(candidate.name), &KnownCache::name);
-  const bool isListed = known != table_.knownCaches.end();
-  if (isListed) candidate.category = known->category;
-  if ((isKnown && (entry.isFolder || isFile)) || (isListed && (known->isFile ? isFile : entry.isFolder))) {
-    candidate.safety = SafetyLevel::safe;
-    candidate.reasonKey = "reason.regenerableCache";
-  } else if (entry.isFolder && isTagged(candidate.folder, candidate.name)) {
-    candidate.safety = SafetyLevel::safe;
-    candidate.reasonKey = "reason.cacheTag";
-  }
-}
-
-void LocationFinder::doubt(ScanCandidate& candidate) {
-  candidate.safety = SafetyLevel::review;
-  candidate.reasonKey = "reason.unknownCache";
-}
-
-bool LocationFinder::isTagged(const Folder& folder, const std::string& name) const {
-  const auto opened = fileSystem_.openFolder(folder->descriptor.number(), name.c_str());
-  return opened && isDisposable(opened->number());
-}
-
-bool LocationFinder::isDisposable(int folder) const {
-  return hasCacheDirectoryTag(fileSystem_, folder) && !isWorkingCopy(fileSystem_, folder);
-}
-
-bool LocationFinder::isOldEnough(const Folder& folder, const Listed& entry) const {
+bool LocationFinder::isOldEnough(const Folder& folder, const ListedEntry& entry) const {
   const auto status = entry.isFolder ? fileSystem_.status(folder->descriptor.number(), entry.name.c_str())
                                      : Outcome<FileStatus, PosixError>(entry.status);
   return status && status->modified.date() < calendarDaysBefore(now_, daysUntilOld);
@@ -311,9 +178,9 @@ LocationFinder::Folder LocationFinder::openBase(LocationBase base, LocationFindi
   auto descriptor = fileSystem_.openStartingFolder(path);
   const auto canonical = fileSystem_.resolved(path);
   if (!descriptor || !canonical) {
-    noteFailure(descriptor ? canonical.error() : descriptor.error(), path, findings);
+    findings.noteFailure(descriptor ? canonical.error() : descriptor.error(), path);
   } else if (!folders_.allows(*canonical)) {
-    noteFailure(PosixError{ELOOP}, path, findings);
+    findings.noteFailure(PosixError{ELOOP}, path);
   } else {
     return std::make_shared<const FoundFolder>(FoundFolder{*std::move(descriptor), path, *canonical});
   }
@@ -327,24 +194,21 @@ LocationFinder::Folder LocationFinder::openBelow(const Folder& folder, const std
     return std::make_shared<const FoundFolder>(
         FoundFolder{*std::move(descriptor), joined(folder->path, name), joined(folder->canonicalPath, name)});
   }
-  PosixError error = descriptor.error();
-  const auto status = fileSystem_.status(folder->descriptor.number(), name.c_str());
-  if (error.code == ENOTDIR && status && status->isLink()) error.code = ELOOP;  // which of the two it says differs
-  noteFailure(error, joined(folder->path, name), findings);
+  findings.noteFailure(descriptor.error(), joined(folder->path, name));
   return nullptr;
 }
 
-std::vector<LocationFinder::Listed> LocationFinder::list(const Folder& folder, LocationFindings& findings) {
+std::vector<ListedEntry> LocationFinder::list(const Folder& folder, LocationFindings& findings) {
   const auto listed = fileSystem_.list(folder->descriptor.number(), listing_);
   if (listed) {
-    noteRead(findings);
+    findings.noteRead();
   } else {
-    noteFailure(listed.error(), folder->path, findings);
+    findings.noteFailure(listed.error(), folder->path);
   }
-  std::vector<Listed> entries;
+  std::vector<ListedEntry> entries;
   for (const FolderEntry& entry : listing_.entries())
     if (entry.error == 0) entries.push_back({std::string(listing_.nameOf(entry)), entry.isFolder, entry.status});
-  std::ranges::sort(entries, {}, &Listed::name);
+  std::ranges::sort(entries, {}, &ListedEntry::name);
   return entries;
 }
 

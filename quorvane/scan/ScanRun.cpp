@@ -1,27 +1,23 @@
 #include "quorvane/scan/ScanRun.h"
 
+#include "quorvane/scan/CacheDirectoryTag.h"
 #include "quorvane/scan/ScanSelectionPreflight.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <set>
 
 namespace quorvane {
 
 namespace {
 
-constexpr std::chrono::seconds recentBuild(86'400);
-constexpr std::size_t mostUnreadablePaths = 1000;
-
 ScanCoverageReason reasonOf(PosixError error) {
-  switch (error.code) {
-    case ENOENT:
-    case ENOTDIR:
-    case ELOOP: return ScanCoverageReason::changing;
-    case EACCES:
-    case EPERM: return ScanCoverageReason::permissionDenied;
-    default: return ScanCoverageReason::failed;
-  }
+  if (error.isMissing() || error.isOtherKind()) return ScanCoverageReason::changing;
+  return error.isDenied() ? ScanCoverageReason::permissionDenied : ScanCoverageReason::failed;
+}
+
+ScanCoverageReason reasonOfLowerBound(const TreeMeasurement& tree) {
+  if (tree.unreadableCount > 0) return reasonOf(tree.unreadableReason);
+  return tree.mountsInside.empty() ? ScanCoverageReason::changing : ScanCoverageReason::mountPoint;
 }
 
 FilePath cachesRootOf(const ScanSettings& settings) {
@@ -44,7 +40,7 @@ ScanRun::ScanRun(const ScanServices& services, const ScanSettings& settings, con
       scope_(scanScope(services, settings, coverage_.notices)),
       finder_(services.fileSystem, table_, folders_, scope_, now_),
       policy_(services.fileSystem, cleaningRules(settings, folders_)),
-      backups_(services.fileSystem, services.clock) {}
+      judge_(services, settings, now_) {}
 
 Outcome<ScanResult, ScanFault> ScanRun::perform() {
   const Date startedAt = now_;
@@ -64,32 +60,32 @@ Outcome<ScanResult, ScanFault> ScanRun::perform() {
 bool ScanRun::performStep(ScanStep step) {
   report(progressOf(step), progressOf(step).start, {});
   if (!control_.waitWhilePaused()) return false;
-  StepFindings findings;
-  findAll(step, findings);
-  if (!findings.candidates.empty() && step == ScanStep::worktrees && !worktrees().isGitAvailable())
-    coverage_.notices.push_back({std::nullopt, "coverage.notice.gitUnavailable", std::nullopt, {}});
-  return measureAll(step, findings);
+  const std::vector<Found> found = findAll(step);
+  // Asking git about a worktree is part of its entry, so each is finished before the next one is begun.
+  const std::size_t atOnce = step == ScanStep::worktrees ? 1 : std::max<std::size_t>(found.size(), 1);
+  for (std::size_t done = 0; done < found.size(); done += atOnce)
+    if (!measure(step, std::span(found).subspan(done, atOnce), done, found.size())) return false;
+  return true;
 }
 
-void ScanRun::findAll(ScanStep step, StepFindings& findings) {
+std::vector<ScanRun::Found> ScanRun::findAll(ScanStep step) {
+  std::vector<Found> all;
   for (const LocationRule& rule : table_.rules) {
     if (rule.step != step) continue;
     if (!asksFor(rule)) {
       coverage_.entries.push_back({.path = joined(folders_.at(rule.base), rule.path),
                                    .category = rule.category,
                                    .status = ScanCoverageStatus::skipped,
-                                   .reason = ScanCoverageReason::categoryNotAsked,
-                                   .itemCount = 0,
-                                   .unreadablePaths = {},
-                                   .notes = {}});
+                                   .reason = ScanCoverageReason::categoryNotAsked});
       continue;
     }
-    LocationFindings found = finder_.find(rule);
-    findings.locations.resize(findings.locations.size() + found.candidates.size(), coverage_.entries.size());
-    std::ranges::move(found.candidates, std::back_inserter(findings.candidates));
-    coverage_.entries.push_back(std::move(found.location));
-    std::ranges::move(found.leftOut, std::back_inserter(coverage_.entries));
+    LocationFindings findings = finder_.find(rule);
+    for (ScanCandidate& candidate : findings.candidates)
+      all.push_back({std::move(candidate), coverage_.entries.size()});
+    coverage_.entries.push_back(std::move(findings.location));
+    std::ranges::move(findings.leftOut, std::back_inserter(coverage_.entries));
   }
+  return all;
 }
 
 /// A rule for application caches finds those of browsers too.
@@ -98,188 +94,103 @@ bool ScanRun::asksFor(const LocationRule& rule) const {
          (rule.category == ScanCategory::applicationCache && request_.asksFor(ScanCategory::browserCache));
 }
 
-bool ScanRun::measureAll(ScanStep step, StepFindings& findings) {
-  const std::size_t count = findings.candidates.size();
-  // Asking git about a worktree is part of its entry, so each is finished before the next one is begun.
-  const std::size_t atOnce = step == ScanStep::worktrees ? 1 : std::max<std::size_t>(count, 1);
-  for (std::size_t first = 0; first < count; first += atOnce)
-    if (!measure(step, findings, first, std::min(atOnce, count - first))) return false;
-  return true;
-}
-
-bool ScanRun::measure(ScanStep step, StepFindings& findings, std::size_t first, std::size_t count) {
+bool ScanRun::measure(ScanStep step, std::span<const Found> found, std::size_t done, std::size_t count) {
   std::vector<TreeRoot> roots;
-  for (std::size_t i = first; i < first + count; ++i)
-    roots.push_back({findings.candidates[i].folder->descriptor.number(), findings.candidates[i].name});
-  const auto outcomes = services_.walker.measure(roots, walkRequest(step, findings, first));
+  for (const Found& each : found) roots.push_back({each.candidate.folder->descriptor.number(), each.candidate.name});
+  const auto outcomes = services_.walker.measure(roots, walkRequest(step, found, done, count));
   if (!control_.waitWhilePaused()) return false;
-  for (std::size_t i = 0; i < count; ++i)
-    keep(findings.candidates[first + i], findings.locations[first + i], outcomes[i]);
-  for (const TreeOutcome& outcome : outcomes)
-    if (outcome) finishedWalksCount_ += outcome->entryCount;
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    keep(found[i], outcomes[i]);
+    if (outcomes[i]) finishedWalksCount_ += outcomes[i]->entryCount;
+  }
   noteSeen(finishedWalksCount_);
   return true;
 }
 
-WalkRequest ScanRun::walkRequest(ScanStep step, StepFindings& findings, std::size_t first) {
-  const ScanStepProgress progress = progressOf(step);
-  const auto count = static_cast<double>(findings.candidates.size());
-  const auto done = std::make_shared<std::atomic<std::size_t>>(first);
-  const auto fraction = [progress, count, done] {
-    return progress.start + progress.span * (static_cast<double>(*done) / count);
+WalkRequest ScanRun::walkRequest(ScanStep step, std::span<const Found> found, std::size_t done, std::size_t count) {
+  struct Progress {
+    std::atomic<std::size_t> done;
+    std::atomic<std::size_t> current = 0;  ///< what was begun last
+  };
+  const auto progress = std::make_shared<Progress>(done);
+  const auto tell = [this, step, found, count, progress](std::size_t index) {
+    const ScanStepProgress shown = progressOf(step);
+    const double share = static_cast<double>(progress->done) / static_cast<double>(count);
+    report(shown, shown.start + shown.span * share, found[index].candidate.path().bytes);
   };
   WalkRequest request;
+  request.watchedNames = repositoryNames;
   request.stop = control_.stopToken();
-  request.begins = [this](std::size_t) { return control_.waitWhilePaused(); };
-  request.advances = [this, progress, fraction](std::int64_t seen) {
-    noteSeen(finishedWalksCount_ + seen);
-    report(progress, fraction(), {});
+  request.begins = [this, progress](std::size_t index) {
+    progress->current = index;
+    return control_.waitWhilePaused();
   };
-  request.ends = [this, progress, fraction, done, first, &findings](std::size_t index, const TreeOutcome& outcome) {
-    if (!outcome && outcome.error().code == ECANCELED) return;
-    ++*done;
-    report(progress, fraction(), findings.candidates[first + index].path().bytes);
+  request.advances = [this, progress, tell](std::int64_t seen) {
+    noteSeen(finishedWalksCount_ + seen);
+    tell(progress->current);
+  };
+  request.ends = [progress, tell](std::size_t index, const TreeOutcome& outcome) {
+    if (!outcome && outcome.error().isCancelled()) return;
+    ++progress->done;
+    tell(index);
   };
   return request;
 }
 
-void ScanRun::keep(const ScanCandidate& candidate, std::size_t location, const TreeOutcome& outcome) {
+void ScanRun::keep(const Found& found, const TreeOutcome& outcome) {
   if (!outcome) {
-    noteFailure(candidate, location, outcome.error());
+    noteFailure(found, outcome.error());
     return;
   }
-  noteCoverage(candidate, location, *outcome);
-  ScanItem made = item(candidate, location, *outcome);
+  noteCoverage(found, *outcome);
+  ScanItem made = item(found, *outcome);
   if (!request_.asksFor(made.category)) return;
-  inspected_[made.url.path] = {candidate.canonicalPath(), outcome->newestModification.date()};
-  ++coverage_.entries[location].itemCount;
+  inspected_[made.url.path] = {found.candidate.canonicalPath(), outcome->newestModification.date()};
+  ++coverage_.entries[found.location].itemCount;
   items_.push_back(std::move(made));
 }
 
-ScanItem ScanRun::item(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree) {
+ScanItem ScanRun::item(const Found& found, const TreeMeasurement& tree) {
+  const ScanCandidate& candidate = found.candidate;
+  ItemJudgement judgement = judge_.judge(candidate, tree, control_.stopToken());
+  std::ranges::move(judgement.notes, std::back_inserter(coverage_.entries[found.location].notes));
   ScanItem made{.id = services_.random.uuid(),
                 .url = {candidate.path()},
                 .displayName = candidate.displayName,
                 .category = candidate.category,
-                .safety = SafetyLevel::blocked,
-                .reasonKey = {},
+                .safety = judgement.verdict.safety,
+                .reasonKey = std::move(judgement.verdict.reasonKey),
                 .size = tree.allocatedBytes,
                 .isSelected = false,
-                .snapshot = std::nullopt,
-                .backupMetadata = std::nullopt};
-  ItemVerdict found = verdict(candidate, location, tree, made);
-  made.safety = found.safety;
-  made.reasonKey = std::move(found.reasonKey);
-  made.snapshot = snapshotOf(tree, candidate.canonicalPath());
+                .snapshot = snapshotOf(tree, candidate.canonicalPath()),
+                .backupMetadata = std::move(judgement.backupMetadata)};
+  if (made.backupMetadata && made.backupMetadata->deviceName) made.displayName = *made.backupMetadata->deviceName;
   const bool startsUnselected = candidate.rule->kind == LocationKind::worktree;
   made.isSelected = made.safety == SafetyLevel::safe && !startsUnselected && policy_.allowsCleaning(made.url.path);
   return made;
 }
 
-ItemVerdict ScanRun::verdict(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree,
-                             ScanItem& item) {
-  ItemVerdict found{candidate.safety, candidate.reasonKey};
-  const LocationKind kind = candidate.rule->kind;
-  if (kind == LocationKind::worktree) found = worktreeVerdict(candidate, location, tree);
-  if (kind == LocationKind::deviceBackup) found = backupVerdict(candidate, item);
-  if (kind == LocationKind::build || kind == LocationKind::ideCache) {
-    if (tree.newestModification.date() > now_ - recentBuild)  // the other difference can be beyond a duration's reach
-      return {SafetyLevel::blocked, "reason.recentDerivedDataProtected"};
-  }
-  if (kind == LocationKind::ideCache && found.safety == SafetyLevel::safe && holdsLocalHistory(candidate))
-    found = {SafetyLevel::review, "reason.localHistory"};
-  // Whoever tagged a folder with a repository in it kept work out of backups; a tool would have made no repository.
-  if (found.reasonKey == "reason.cacheTag" && tree.gitCount > 0) found = {SafetyLevel::review, "reason.unknownCache"};
-  return limitedByMeasurement(std::move(found), tree);
-}
-
-bool ScanRun::holdsLocalHistory(const ScanCandidate& candidate) const {
-  const auto folder = services_.fileSystem.openFolder(candidate.folder->descriptor.number(), candidate.name.c_str());
-  return folder && services_.fileSystem.status(folder->number(), "LocalHistory");
-}
-
-ItemVerdict ScanRun::worktreeVerdict(const ScanCandidate& candidate, std::size_t location,
-                                     const TreeMeasurement& tree) {
-  const WorktreeQuery query{candidate.path(), inUse().standsIn(candidate.canonicalPath())};
-  WorktreeFinding found = worktrees().inspect(query, control_.stopToken());
-  // Git says nothing of a repository that stands in a folder it ignores.
-  if (tree.gitCount > 1) {
-    found.notes.push_back({std::nullopt, "coverage.note.nestedRepository", std::nullopt, {}});
-    if (found.state == WorktreeGitState::merged) found.state = WorktreeGitState::unknown;
-  }
-  for (ScanCoverageNote& note : found.notes) {
-    note.path = candidate.path();
-    coverage_.entries[location].notes.push_back(std::move(note));
-  }
-  switch (found.state) {
-    case WorktreeGitState::merged: return {SafetyLevel::safe, "reason.aiWorktree.merged"};
-    case WorktreeGitState::committed: return {SafetyLevel::review, "reason.aiWorktree.committed"};
-    case WorktreeGitState::dirty: return {SafetyLevel::review, "reason.aiWorktree.dirty"};
-    case WorktreeGitState::unknown: return {SafetyLevel::review, "reason.aiWorktree"};
-  }
-  std::unreachable();
-}
-
-ItemVerdict ScanRun::backupVerdict(const ScanCandidate& candidate, ScanItem& item) {
-  const FoundFolder& folder = *candidate.folder;
-  const auto [known, isNew] = backupRecords_.try_emplace(&folder);
-  if (isNew)
-    known->second =
-        backups_.records({folder.descriptor.number(), folder.path}).value_or(std::vector<MobileBackupRecord>{});
-  const auto record = std::ranges::find(known->second, candidate.path(), &MobileBackupRecord::url);
-  if (record == known->second.end()) return {SafetyLevel::blocked, "backup.reason.unknown"};
-  item.backupMetadata = record->metadata;
-  if (record->metadata.deviceName) item.displayName = *record->metadata.deviceName;
-  MobileBackupSafety found = scanReason(*record, now_);
-  return {found.safety, std::move(found.reasonKey)};
-}
-
-void ScanRun::noteCoverage(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree) {
-  ScanCoverageEntry& entry = coverage_.entries[location];
-  for (const std::string& relative : tree.unreadable)
-    if (entry.unreadablePaths.size() < mostUnreadablePaths)
-      entry.unreadablePaths.push_back(joined(candidate.path(), relative));
+void ScanRun::noteCoverage(const Found& found, const TreeMeasurement& tree) {
+  ScanCoverageEntry& entry = coverage_.entries[found.location];
+  for (const std::string& relative : tree.unreadable) entry.addUnreadable(joined(found.candidate.path(), relative));
   if (tree.isLowerBound()) {
     entry.status = ScanCoverageStatus::partial;
-    entry.reason = tree.unreadableCount > 0     ? ScanCoverageReason::permissionDenied
-                   : !tree.mountsInside.empty() ? ScanCoverageReason::mountPoint
-                                                : ScanCoverageReason::changing;
+    entry.reason = reasonOfLowerBound(tree);
   }
   if (homeOwner_ && tree.root.owner != *homeOwner_)
-    entry.notes.push_back({candidate.path(), "coverage.note.foreignOwner", std::nullopt, {}});
+    entry.notes.push_back({.path = found.candidate.path(), .key = "coverage.note.foreignOwner"});
 }
 
-void ScanRun::noteFailure(const ScanCandidate& candidate, std::size_t location, PosixError error) {
-  const ScanCoverageReason reason = reasonOf(error);
-  ScanCoverageEntry entry{.path = candidate.path(),
-                          .category = candidate.category,
+void ScanRun::noteFailure(const Found& found, PosixError error) {
+  ScanCoverageEntry entry{.path = found.candidate.path(),
+                          .category = found.candidate.category,
                           .status = ScanCoverageStatus::unreadable,
-                          .reason = reason,
-                          .itemCount = 0,
-                          .unreadablePaths = {},
-                          .notes = {}};
-  if (reason != ScanCoverageReason::changing) entry.unreadablePaths.push_back(candidate.path());
-  coverage_.entries[location].status = ScanCoverageStatus::partial;
-  coverage_.entries[location].reason = reason;
+                          .reason = reasonOf(error)};
+  if (entry.reason != ScanCoverageReason::changing) entry.addUnreadable(entry.path);
+  ScanCoverageEntry& location = coverage_.entries[found.location];
+  location.status = ScanCoverageStatus::partial;
+  location.reason = entry.reason;
   coverage_.entries.push_back(std::move(entry));
-}
-
-const InUseIndex& ScanRun::inUse() {
-  if (!inUse_) {
-    inUse_.emplace(services_.processReader.read());
-    const auto& programs = inUse_->uninspectable();
-    if (!inUse_->couldReadProcesses())
-      coverage_.notices.push_back({std::nullopt, "coverage.notice.processTableUnavailable", std::nullopt, {}});
-    if (!programs.empty())
-      coverage_.notices.push_back({std::nullopt, "coverage.notice.processesNotInspectable",
-                                   static_cast<std::int64_t>(programs.size()), programs});
-  }
-  return *inUse_;
-}
-
-const WorktreeGitInspector& ScanRun::worktrees() {
-  if (!worktrees_) worktrees_.emplace(services_.fileSystem, services_.processRunner, settings_.gitPrograms);
-  return *worktrees_;
 }
 
 void ScanRun::verify() {
@@ -290,10 +201,11 @@ void ScanRun::verify() {
       {.now = now_,
        .cachesRoot = cachesRootOf(settings_),
        .latestModification = [this](const FilePath& path) { return inspected_.at(path).latestModification; },
-       .isInUse = [this](const FilePath& path) { return inUse().isInUse(inspected_.at(path).canonicalPath); }});
+       .isInUse = [this](const FilePath& path) { return judge_.isInUse(inspected_.at(path).canonicalPath); }});
 }
 
 ScanResult ScanRun::finished(Date startedAt) {
+  std::ranges::move(judge_.notices(), std::back_inserter(coverage_.notices));
   std::vector<FilePath> unreadable;
   std::set<FilePath> known;  // one folder can be the way to many locations
   for (const ScanCoverageEntry& entry : coverage_.entries)

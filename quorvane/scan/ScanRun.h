@@ -2,18 +2,15 @@
 
 #include "quorvane/scan/CleaningSafetyPolicy.h"
 #include "quorvane/scan/DiskScanner.h"
-#include "quorvane/scan/InUseIndex.h"
-#include "quorvane/scan/ItemVerdict.h"
+#include "quorvane/scan/ItemJudge.h"
 #include "quorvane/scan/LocationFinder.h"
-#include "quorvane/scan/MobileBackupCatalog.h"
-#include "quorvane/scan/WorktreeGitInspector.h"
 
 #include <atomic>
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace quorvane {
@@ -33,33 +30,24 @@ class ScanRun {
     Date latestModification;
   };
 
-  /// The candidates of one step, each with the place of its location in the ledger.
-  struct StepFindings {
-    std::vector<ScanCandidate> candidates;
-    std::vector<std::size_t> locations;
-    std::size_t done = 0;
+  struct Found {
+    ScanCandidate candidate;
+    std::size_t location;  ///< of its place in the ledger
   };
 
   bool performStep(ScanStep step);
-  void findAll(ScanStep step, StepFindings& findings);
+  std::vector<Found> findAll(ScanStep step);
   bool asksFor(const LocationRule& rule) const;
-  bool measureAll(ScanStep step, StepFindings& findings);
-  /// Measures some of the candidates at once and makes items of them; false once cancelled.
-  bool measure(ScanStep step, StepFindings& findings, std::size_t first, std::size_t count);
-  WalkRequest walkRequest(ScanStep step, StepFindings& findings, std::size_t first);
+  /// Measures some of what the step found, all at once, and makes items of it; false once cancelled. `done` counts what
+  /// is measured already.
+  bool measure(ScanStep step, std::span<const Found> found, std::size_t done, std::size_t count);
+  WalkRequest walkRequest(ScanStep step, std::span<const Found> found, std::size_t done, std::size_t count);
 
-  void keep(const ScanCandidate& candidate, std::size_t location, const TreeOutcome& outcome);
-  ScanItem item(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree);
-  ItemVerdict verdict(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree,
-                      ScanItem& item);
-  ItemVerdict worktreeVerdict(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree);
-  ItemVerdict backupVerdict(const ScanCandidate& candidate, ScanItem& item);
-  bool holdsLocalHistory(const ScanCandidate& candidate) const;
-  void noteCoverage(const ScanCandidate& candidate, std::size_t location, const TreeMeasurement& tree);
-  void noteFailure(const ScanCandidate& candidate, std::size_t location, PosixError error);
+  void keep(const Found& found, const TreeOutcome& outcome);
+  ScanItem item(const Found& found, const TreeMeasurement& tree);
+  void noteCoverage(const Found& found, const TreeMeasurement& tree);
+  void noteFailure(const Found& found, PosixError error);
 
-  const InUseIndex& inUse();
-  const WorktreeGitInspector& worktrees();
   void verify();
   ScanResult finished(Date startedAt);
   void noteSeen(std::int64_t count);
@@ -81,10 +69,7 @@ class ScanRun {
   ScanScope scope_;
   LocationFinder finder_;
   CleaningSafetyPolicy policy_;
-  std::optional<WorktreeGitInspector> worktrees_;  ///< made when the first worktree is met: asking for git takes time
-  MobileBackupCatalog backups_;
-  std::optional<InUseIndex> inUse_;
-  std::map<const FoundFolder*, std::vector<MobileBackupRecord>> backupRecords_;
+  ItemJudge judge_;
   std::optional<std::uint32_t> homeOwner_;
 
   std::atomic<std::int64_t> inspectedItemCount_ = 0;

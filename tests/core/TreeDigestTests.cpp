@@ -37,7 +37,7 @@ TEST(TreeDigest, IsWhatTheFormatSays) {
   EXPECT_EQ(hexText(ofSub), "dc3034c5d8a5b0229ca01da509982c46b04b9a303f1127484bbda88a85248acc");
   EXPECT_EQ(hexText(digest.ofFolder(root, /*isRoot=*/true, entries, {{"s", ofSub}})),
             "354ae939b7c1e6e475eb41a9db9f0f644379e8b05b540080ff8226cb2fb3e7eb");
-  EXPECT_EQ(hexText(digest.ofSingleObject(file)), "2fb860fbc8e7c154e15a61d44232ae5dc8e04ddfc9ea196f58fa955e3485a05f");
+  EXPECT_EQ(hexText(digest.ofSingleObject(file)), "718420d46ef70db4d709f44f9a5d525e43f988739027bb6773983a7220d6fcca");
 }
 
 }  // namespace

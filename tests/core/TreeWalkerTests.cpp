@@ -114,6 +114,14 @@ TEST_F(TreeWalkerTests, measuresARootThatIsNoFolder) {
   EXPECT_EQ(link.entryCount, 1);
   EXPECT_NE(measured("file").digest, link.digest);
   EXPECT_EQ(measure("missing").error(), PosixError{ENOENT});
+
+  const std::string before = measured("file").digest;
+  struct stat old {};
+  ASSERT_EQ(::stat(folder.at("file").bytes.c_str(), &old), 0);
+  folder.write("file", std::string(9000, 'F'));
+  const timespec times[2] = {old.st_atim, old.st_mtim};
+  ASSERT_EQ(::utimensat(AT_FDCWD, folder.at("file").bytes.c_str(), times, 0), 0);
+  EXPECT_NE(measured("file").digest, before) << "content changed and the time set back";
 }
 
 TEST_F(TreeWalkerTests, tellsTheNewestModificationOfAnything) {

@@ -8,7 +8,9 @@ bool PosixError::isMissing() const { return code == ENOENT; }
 
 bool PosixError::isDenied() const { return code == EACCES || code == EPERM; }
 
-bool PosixError::isOtherKind() const { return code == ENOTDIR || code == ELOOP; }
+bool PosixError::isLink() const { return code == ELOOP; }
+
+bool PosixError::isOtherKind() const { return code == ENOTDIR || isLink(); }
 
 bool PosixError::isCancelled() const { return code == ECANCELED; }
 

@@ -98,7 +98,12 @@ Outcome<FilePath, PosixError> PosixFileSystem::resolved(const FilePath& path) {
 
 Outcome<FileDescriptor, PosixError> PosixFileSystem::openFolder(int folder, const char* name) {
   if (!isLeaf(name)) return refused(EINVAL);
-  return openedAt(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+  auto opened = openedAt(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+  if (opened || opened.error().code != ENOTDIR) return opened;
+  // Systems differ in what they say of a link here.
+  struct stat status {};
+  const bool isLink = ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+  return refused(isLink ? ELOOP : ENOTDIR);
 }
 
 Outcome<FileDescriptor, PosixError> PosixFileSystem::openFile(int folder, const char* name) {
