@@ -24,6 +24,9 @@ struct PosixError {
   bool isCancelled() const;
 };
 
+/// What is said of a link that must not be followed.
+PosixError linkError();
+
 /// What a stopped operation fails with.
 PosixError cancelledError();
 

@@ -6,10 +6,6 @@ namespace quorvane::ApplicationSafetyPolicy {
 
 namespace {
 
-bool isOneComponent(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." && !name.contains('/') && !name.contains('\0');
-}
-
 bool isSensitive(const LeftoverQuery& application) {
   return SensitiveApplicationPolicy::category(application.bundleIdentifier, application.name).has_value();
 }

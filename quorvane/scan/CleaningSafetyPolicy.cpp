@@ -1,5 +1,7 @@
 #include "quorvane/scan/CleaningSafetyPolicy.h"
 
+#include "quorvane/scan/PathPattern.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -9,7 +11,6 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t fewestComponents = 3;  // below "/"
-constexpr std::string_view anyComponent = "*";
 
 std::size_t depthOf(const FilePath& path) { return componentsOf(path.bytes).size(); }
 
@@ -43,12 +44,9 @@ CleaningRules resolvedRules(FileSystem& fileSystem, const CleaningRules& rules) 
 
 /// Whether the location is in the root; the root itself is only where it says so.
 bool holds(const CleaningRoot& root, const FilePath& location) {
-  const auto pattern = componentsOf(root.pattern.bytes), path = componentsOf(location.bytes);
-  if (pattern.empty() || path.size() < pattern.size()) return false;
-  if (path.size() == pattern.size() && !root.includesItself) return false;
-  return std::ranges::equal(
-      pattern.begin(), pattern.end(), path.begin(), path.begin() + std::ssize(pattern),
-      [](std::string_view open, std::string_view own) { return open == anyComponent || open == own; });
+  if (root.pattern.bytes == "/") return false;
+  const PatternMatch match = matched(location, root.pattern);
+  return match == PatternMatch::below || (match == PatternMatch::exactly && root.includesItself);
 }
 
 bool isClosed(const ProtectedFolder& folder, const FilePath& location, const CleaningRules& rules) {

@@ -5,7 +5,6 @@
 #include "quorvane/scan/PathPattern.h"
 
 #include <algorithm>
-#include <cerrno>
 
 namespace quorvane {
 
@@ -174,17 +173,21 @@ bool LocationFinder::isOldEnough(const Folder& folder, const ListedEntry& entry)
 }
 
 LocationFinder::Folder LocationFinder::openBase(LocationBase base, LocationFindings& findings) {
+  const auto known = bases_.find(base);
+  const auto& opened = known != bases_.end() ? known->second : bases_.emplace(base, openedBase(base)).first->second;
+  if (opened) return *opened;
+  findings.noteFailure(opened.error(), folders_.at(base));
+  return nullptr;
+}
+
+Outcome<LocationFinder::Folder, PosixError> LocationFinder::openedBase(LocationBase base) {
   const FilePath& path = folders_.at(base);
   auto descriptor = fileSystem_.openStartingFolder(path);
-  const auto canonical = fileSystem_.resolved(path);
-  if (!descriptor || !canonical) {
-    findings.noteFailure(descriptor ? canonical.error() : descriptor.error(), path);
-  } else if (!folders_.allows(*canonical)) {
-    findings.noteFailure(PosixError{ELOOP}, path);
-  } else {
-    return std::make_shared<const FoundFolder>(FoundFolder{*std::move(descriptor), path, *canonical});
-  }
-  return nullptr;
+  if (!descriptor) return failure(descriptor.error());
+  auto canonical = fileSystem_.resolved(path);
+  if (!canonical) return failure(canonical.error());
+  if (!folders_.allows(*canonical)) return failure(linkError());
+  return std::make_shared<const FoundFolder>(FoundFolder{*std::move(descriptor), path, *std::move(canonical)});
 }
 
 LocationFinder::Folder LocationFinder::openBelow(const Folder& folder, const std::string& name,

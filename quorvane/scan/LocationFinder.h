@@ -9,6 +9,7 @@
 #include "quorvane/scan/LocationTable.h"
 #include "quorvane/scan/ScanScope.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -42,6 +43,7 @@ class LocationFinder {
   bool isOldEnough(const Folder& folder, const ListedEntry& entry) const;
 
   Folder openBase(LocationBase base, LocationFindings& findings);
+  Outcome<Folder, PosixError> openedBase(LocationBase base);
   Folder openBelow(const Folder& folder, const std::string& name, LocationFindings& findings);
   std::vector<ListedEntry> list(const Folder& folder, LocationFindings& findings);
   Claim claimOn(const FilePath& path) const;
@@ -52,6 +54,7 @@ class LocationFinder {
   const ScanScope& scope_;
   Date now_;
   std::vector<FilePath> claims_;  ///< patterns of what the other rules name, for rules that take all entries
+  std::map<LocationBase, Outcome<Folder, PosixError>> bases_;
   TakenPlaces taken_;
   FolderListing listing_;
 };

@@ -4,23 +4,12 @@
 
 namespace quorvane {
 
-namespace {
-
-/// Whether the sorted paths hold one at or below `folder`.
-bool anyAtOrBelow(const std::vector<FilePath>& sorted, const FilePath& folder) {
-  if (std::ranges::binary_search(sorted, folder)) return true;
-  const auto first = std::ranges::lower_bound(sorted, FilePath{folder.bytes + "/"});
-  return first != sorted.end() && isBelow(*first, folder);
-}
-
-}  // namespace
-
 std::optional<ScanCoverageReason> ScanScope::reasonToSkip(const FilePath& canonicalPath) const {
   const auto isIgnored = [&](const IgnoreRule& rule) { return overlap(rule.canonicalPath, canonicalPath); };
   if (std::ranges::any_of(scanIgnoreRules, isIgnored)) return ScanCoverageReason::ignored;
   if (scanCloudScope.touches(canonicalPath)) return ScanCoverageReason::cloud;
   if (overlap(ownData, canonicalPath)) return ScanCoverageReason::ownData;
-  if (anyAtOrBelow(mountPoints, canonicalPath)) return ScanCoverageReason::mountPoint;
+  if (holdsAtOrBelow(mountPoints, canonicalPath)) return ScanCoverageReason::mountPoint;
   return std::nullopt;
 }
 
@@ -33,10 +22,14 @@ ScanScope scanScope(const ScanServices& services, const ScanSettings& settings,
   if (auto rules = services.ignoreStore.load()) {
     scope.scanIgnoreRules = *std::move(rules);
   } else {
-    notices.push_back({rules.error().file, "coverage.notice.ignoreRulesUnreadable", std::nullopt, {}});
+    notices.push_back({.path = rules.error().file, .key = "coverage.notice.ignoreRulesUnreadable"});
   }
   if (auto ownData = services.fileSystem.resolved(scope.ownData)) scope.ownData = *std::move(ownData);
-  if (auto mountPoints = services.volumes.mountPoints()) scope.mountPoints = *std::move(mountPoints);
+  if (auto mountPoints = services.volumes.mountPoints()) {
+    scope.mountPoints = *std::move(mountPoints);
+  } else {
+    notices.push_back({.key = "coverage.notice.mountsUnknown"});
+  }
   return scope;
 }
 

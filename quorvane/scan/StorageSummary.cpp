@@ -53,6 +53,7 @@ Outcome<StorageSnapshot, ScanFault> storageSummary(const ScanServices& services,
   };
   const auto outcomes = services.walker.measure(roots.roots(), request);
   if (control.stopToken().stopRequested()) return failure(ScanFault::cancelled);
+  if (!outcomes.front()) return failure(ScanFault::homeUnreadable);
   StorageSnapshot snapshot{.total = capacity->total, .available = capacity->available};
   for (std::size_t i = 0; i < outcomes.size(); ++i) {
     // What changes while it is read is the normal state of a home; only what nobody could see makes the sums partial.

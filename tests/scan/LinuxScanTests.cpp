@@ -5,8 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <map>
 #include <string>
+
+#include <sys/mount.h>
+#include <unistd.h>
 
 namespace quorvane {
 namespace {
@@ -275,6 +279,50 @@ TEST_F(LinuxScanTests, aFolderThatCannotBeReadIsNamedOnce) {
   home.fileSystem.countOnly({FileCall::list});
   home.fileSystem.failAt(1, FaultSpan::fromThereOn, EACCES);
   EXPECT_EQ(home.scan({{ScanCategory::logs}}).unreadablePaths, std::vector<FilePath>{home.at(".local/state")});
+}
+
+/// Volumes that cannot say what is mounted.
+class SilentVolumes final : public Volumes {
+ public:
+  Outcome<VolumeIdentity, PosixError> identity(int) override { return failure(PosixError{EIO}); }
+  Outcome<VolumeCapacity, PosixError> capacity(const FilePath&) override { return failure(PosixError{EIO}); }
+  Outcome<std::vector<FilePath>, PosixError> mountPoints() override { return failure(PosixError{EIO}); }
+};
+
+TEST_F(LinuxScanTests, whatHoldsAnotherVolumeIsNeverOffered) {
+  home.write(".cache/thumbnails/large/a");
+  home.folder.makeFolders(".cache/thumbnails/mounted");
+  home.age("", 2 * day);
+  const std::string mountPoint = home.at(".cache/thumbnails/mounted").bytes;
+  if (::mount("none", mountPoint.c_str(), "tmpfs", 0, "size=1m") != 0) {
+    GTEST_SKIP() << "skipped: mounting is not permitted";
+  }
+  const ScanResult known = home.scan();
+  home.volumes = std::make_unique<SilentVolumes>();
+  const ScanResult unknown = home.scan();
+  ::umount(mountPoint.c_str());
+  EXPECT_TRUE(known.items.empty());
+  EXPECT_EQ(coverageAt(known, home.at(".cache/thumbnails")).reason, ScanCoverageReason::mountPoint);
+  ASSERT_EQ(unknown.items.size(), 1u) << "the walk meets the other volume by itself";
+  EXPECT_EQ(verdictOf(unknown.items[0]), "blocked reason.mountInside");
+  EXPECT_EQ(unknown.coverage->notices[0].key, "coverage.notice.mountsUnknown");
+}
+
+TEST_F(LinuxScanTests, whatChangesWhileItIsReadIsNotSafe) {
+  home.write(".cache/thumbnails/large/a");
+  home.age("", 2 * day);
+  home.fileSystem.countOnly({FileCall::openFolder});
+  const ScanRequest caches{{ScanCategory::applicationCache}};
+  home.scan(caches);
+  const std::size_t calls = home.fileSystem.calls();  // the last of them opens the folder inside
+  home.fileSystem.beforeCall(2 * calls, [&] {
+    ::unlink(home.at(".cache/thumbnails/large/a").bytes.c_str());
+    ::rmdir(home.at(".cache/thumbnails/large").bytes.c_str());
+  });
+  const ScanResult result = home.scan(caches);
+  ASSERT_EQ(result.items.size(), 1u);
+  EXPECT_EQ(verdictOf(result.items[0]), "review reason.changing");
+  EXPECT_EQ(coverageAt(result, home.at(".cache")).reason, ScanCoverageReason::changing);
 }
 
 TEST_F(LinuxScanTests, linksAreItemsThemselves) {

@@ -14,6 +14,8 @@ bool PosixError::isOtherKind() const { return code == ENOTDIR || isLink(); }
 
 bool PosixError::isCancelled() const { return code == ECANCELED; }
 
+PosixError linkError() { return {ELOOP}; }
+
 PosixError cancelledError() { return {ECANCELED}; }
 
 PosixError lastPosixError() { return {errno}; }
