@@ -8,6 +8,8 @@
 
 namespace quorvane {
 
+std::string messageKey(ScanFault fault) { return "scan.error." + std::string(caseName(fault)); }
+
 DiskScanner::DiskScanner(ScanServices services, ScanSettings settings)
     : services_(services), settings_(std::move(settings)) {}
 

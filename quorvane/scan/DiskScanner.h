@@ -39,6 +39,9 @@ enum class ScanFault {
 };
 QV_CASE_NAMES(ScanFault, cancelled, homeUnreadable)
 
+/// "scan.error." and the name of the case.
+std::string messageKey(ScanFault fault);
+
 /// An application whose leftovers are looked for.
 struct LeftoverQuery {
   std::string bundleIdentifier;

@@ -10,8 +10,6 @@ constexpr std::chrono::milliseconds progressInterval{100};
 
 }  // namespace
 
-std::string messageKey(ScanFault fault) { return "scan.error." + std::string(caseName(fault)); }
-
 /// Everything that only a measurement needs.
 struct AppModel::Engine {
   explicit Engine(AppModel& model)

@@ -14,9 +14,6 @@
 
 namespace quorvane {
 
-/// "scan.error." and the name of the case.
-std::string messageKey(ScanFault fault);
-
 /// What the faces work with: the services of one home, put together, and the state of its cleaning screen.
 ///
 /// Belongs to the main thread, where its handlers run too; the work itself runs on a thread of its own. One operation
