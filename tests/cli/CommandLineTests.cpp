@@ -18,6 +18,16 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+// The first thing on the error channel is the bar, before the scan has begun.
+CommandLineRun scanWithSignals(const FilePath& home, const std::vector<int>& signals) {
+  const auto raiseAll = [signals] {
+    for (const int number : signals) std::raise(number);
+  };
+  const CommandLineRun::Setting setting{.variables = {{"TERM", "xterm"}},
+                                        .errors = {.isTerminal = true, .firstWritten = raiseAll}};
+  return CommandLineRun({"scan", "--json", "--home", home.bytes}, setting);
+}
+
 TEST(CommandLine, RefusesWrongUsageWithAHint) {
   const struct {
     Words arguments;
@@ -175,16 +185,26 @@ TEST(CommandLine, ScansAndShowsTheDisk) {
 TEST(CommandLine, CtrlCCancelsAndLeavesACleanLine) {
   const TempFolder home;
   home.write(".cache/folder/file", "content");
-  const EnvironmentVariables variables{{"TERM", "xterm"}};
-  // The first thing on the error channel is the bar, before the scan has begun.
-  const CommandLineRun::Setting setting{.variables = variables,
-                                        .errors = {.isTerminal = true, .firstWritten = [] { std::raise(SIGINT); }}};
-  const CommandLineRun run({"scan", "--json", "--home", home.path().bytes}, setting);
-  EXPECT_EQ(run.code, 130);
-  EXPECT_NE(run.output.find("\"scan.error.cancelled\""), std::string::npos);
-  const std::size_t cleared = run.errors.rfind("\r\x1b[K");
-  ASSERT_NE(cleared, std::string::npos);
-  EXPECT_NE(run.errors.find("[scan.error.cancelled]", cleared), std::string::npos) << "told on a line of its own";
+  const struct {
+    std::vector<int> signals;
+    int code;
+  } cases[] = {{{SIGINT}, 130}, {{SIGTERM}, 143}, {{SIGHUP}, 129}, {{SIGTERM, SIGINT}, 143}, {{SIGINT}, 130}};
+  for (const auto& [signals, code] : cases) {
+    const CommandLineRun run = scanWithSignals(home.path(), signals);
+    EXPECT_EQ(run.code, code);
+    EXPECT_NE(run.output.find("\"scan.error.cancelled\""), std::string::npos);
+    const std::size_t cleared = run.errors.rfind("\r\x1b[K");
+    ASSERT_NE(cleared, std::string::npos);
+    EXPECT_NE(run.errors.find("[scan.error.cancelled]", cleared), std::string::npos) << "told on a line of its own";
+  }
+}
+
+TEST(CommandLineTests, overlooksSignalsThatItWasStartedToOverlook) {
+  const TempFolder home;
+  const auto before = std::signal(SIGHUP, SIG_IGN);
+  const CommandLineRun run = scanWithSignals(home.path(), {SIGHUP});
+  EXPECT_EQ(std::signal(SIGHUP, before), SIG_IGN);
+  EXPECT_EQ(run.code, 0);
 }
 
 TEST(CommandLine, ToldOfLostOutput) {

@@ -13,7 +13,9 @@ enum class ExitCode {
   wrongUsage = 2,
   refused = 3,
   internalError = 4,
-  cancelled = 130,
+  hungUp = 129,      ///< cancelled by SIGHUP; these three are 128 and the signal, as shells have it
+  cancelled = 130,   ///< by Ctrl-C
+  terminated = 143,  ///< by SIGTERM
 };
 
 /// Why a command did not do what it was asked for.

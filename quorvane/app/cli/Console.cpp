@@ -59,7 +59,8 @@ void Console::report(const CommandError& error) {
 
 ExitCode Console::finish(ExitCode code) {
   const int failure = streams_.output.failure();
-  if (failure == 0 || failure == EPIPE) return code;
+  // A lost terminal takes what was said on it along.
+  if (failure == 0 || failure == EPIPE || code == ExitCode::hungUp) return code;
   wantsJson_ = false;
   report({ExitCode::internalError, {"cli.error.outputFailed", {{"what", systemReason(failure)}}}});
   return ExitCode::internalError;

@@ -45,8 +45,8 @@ class Console {
   /// "quorvane: TEXT [message.key]" on the error channel, and its JSON document where JSON was asked for.
   void report(const CommandError& error);
 
-  /// How the run ends: as the command did, unless its result could not be written. That the reader has gone away is not
-  /// a failure.
+  /// How the run ends: as the command did, unless its result could not be written. That the reader or the terminal has
+  /// gone away is not a failure.
   ExitCode finish(ExitCode code);
 
  private:

@@ -1,13 +1,16 @@
 #pragma once
 
+#include "quorvane/app/cli/CommandError.h"
 #include "quorvane/app/model/MainLoop.h"
 
+#include <array>
 #include <csignal>
 
 namespace quorvane {
 
-/// As long as it lives, the first Ctrl-C interrupts the loop instead of ending the process; the second one ends it. A
-/// process that was started to overlook Ctrl-C goes on doing so. One at a time.
+/// As long as it lives, Ctrl-C (SIGINT), a lost terminal (SIGHUP) and a request to end (SIGTERM) interrupt the loop
+/// instead of ending the process, the first time each; a second one of its kind ends it. One that the process was
+/// started to overlook stays overlooked. One at a time.
 class InterruptSignal {
  public:
   explicit InterruptSignal(MainLoop& loop);
@@ -15,8 +18,13 @@ class InterruptSignal {
   InterruptSignal(const InterruptSignal&) = delete;
   InterruptSignal& operator=(const InterruptSignal&) = delete;
 
+  /// How a run ends that was cancelled: by the first signal that came, as Ctrl-C where none did.
+  ExitCode exitCode() const;
+
  private:
-  struct sigaction before_ {};
+  static constexpr std::array numbers_{SIGINT, SIGHUP, SIGTERM};
+
+  std::array<struct sigaction, numbers_.size()> before_{};
 };
 
 }  // namespace quorvane

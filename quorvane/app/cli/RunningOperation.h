@@ -11,8 +11,8 @@
 
 namespace quorvane {
 
-/// Runs one operation of the model to its end while the progress bar shows how far it is. After Ctrl-C the bar goes at
-/// once, and the operation counts as cancelled whatever it still came to.
+/// Runs one operation of the model to its end while the progress bar shows how far it is. After Ctrl-C and its
+/// kind the bar goes at once, and the operation counts as cancelled whatever it still came to.
 template <class Result, class Start>
 Outcome<Result, CommandError> runToEnd(Console& console, MainLoop& loop, AppModel& model,
                                        const CleaningScanProgressUpdate& beginning, Start start) {
@@ -41,7 +41,7 @@ Outcome<Result, CommandError> runToEnd(Console& console, MainLoop& loop, AppMode
   if (*outcome) return std::move(**outcome);
   const ScanFault fault = outcome->error();
   switch (fault) {
-    case ScanFault::cancelled: return failure(CommandError{ExitCode::cancelled, {messageKey(fault), {}}});
+    case ScanFault::cancelled: return failure(CommandError{signal.exitCode(), {messageKey(fault), {}}});
     case ScanFault::homeUnreadable: return failure(homeUnreadable(model.settings().folders.home));
   }
   std::unreachable();
