@@ -10,7 +10,7 @@
 namespace quorvane {
 namespace {
 
-TEST(Date, ReadsAndWritesTheSameText) {
+TEST(DateTests, readsAndWritesTheSameText) {
   for (const std::string text : {"1970-01-01T00:00:00Z", "2026-11-21T05:04:03Z", "1969-12-31T23:59:59Z",
                                  "2000-02-29T12:00:00Z", "1677-09-21T00:12:44Z", "2262-04-11T23:47:16Z"}) {
     const auto date = dateFromIsoText(text);
@@ -20,7 +20,7 @@ TEST(Date, ReadsAndWritesTheSameText) {
   EXPECT_EQ(dateFromIsoText("2026-11-21T05:04:03Z"), dateFromTimestamp(1'795'237'443, 0));
 }
 
-TEST(Date, RefusesWhatItWouldNotWrite) {
+TEST(DateTests, refusesWhatItWouldNotWrite) {
   for (const std::string text : {
            "",
            "2026-11-21",
@@ -50,7 +50,7 @@ TEST(Date, RefusesWhatItWouldNotWrite) {
     EXPECT_EQ(dateFromIsoText(text), std::nullopt) << text;
 }
 
-TEST(Date, BringsTimestampsBeyondItsReachToItsNearestEnd) {
+TEST(DateTests, bringsTimestampsBeyondItsReachToItsNearestEnd) {
   constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
   constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
   EXPECT_EQ(dateFromTimestamp(most, 999'999'999), Date::max());
@@ -60,14 +60,14 @@ TEST(Date, BringsTimestampsBeyondItsReachToItsNearestEnd) {
   EXPECT_EQ(dateFromTimestamp(-9'223'372'037, 145'224'192), Date::min());
 }
 
-TEST(Date, DropsTheFractionTowardsThePast) {
+TEST(DateTests, dropsTheFractionTowardsThePast) {
   EXPECT_EQ(wholeSeconds(dateFromTimestamp(5, 999'999'999)), dateFromTimestamp(5, 0));
   EXPECT_EQ(wholeSeconds(dateFromTimestamp(-5, 1)), dateFromTimestamp(-5, 0));
   EXPECT_EQ(isoText(dateFromTimestamp(-1, 500'000'000)), "1969-12-31T23:59:59Z");
   EXPECT_EQ(isoText(Date::max()), "2262-04-11T23:47:16Z");
 }
 
-TEST(Date, WritesItsEarliestMomentAsOneItCanReadBack) {
+TEST(DateTests, writesItsEarliestMomentAsOneItCanReadBack) {
   EXPECT_EQ(dateFromIsoText(isoText(wholeSeconds(Date::min()))), wholeSeconds(Date::min()));
 }
 

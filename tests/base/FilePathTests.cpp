@@ -8,7 +8,7 @@
 namespace quorvane {
 namespace {
 
-TEST(FilePath, StandardisesWithoutLookingAtTheDisk) {
+TEST(FilePathTests, standardisesWithoutLookingAtTheDisk) {
   struct Case {
     std::string given, standard;
   };
@@ -28,7 +28,7 @@ TEST(FilePath, StandardisesWithoutLookingAtTheDisk) {
     EXPECT_EQ(standardised({given}).bytes, standard) << given;
 }
 
-TEST(FilePath, TellsParentLeafAndExtension) {
+TEST(FilePathTests, tellsParentLeafAndExtension) {
   struct Case {
     std::string path, parent, leaf, extension;
   };
@@ -46,7 +46,7 @@ TEST(FilePath, TellsParentLeafAndExtension) {
   }
 }
 
-TEST(FilePath, ComparesWholeComponents) {
+TEST(FilePathTests, comparesWholeComponents) {
   struct Case {
     std::string path, folder;
     bool isBelow;
@@ -69,21 +69,21 @@ TEST(FilePath, ComparesWholeComponents) {
   }
 }
 
-TEST(FilePath, PutsExactlyOneSlashBetween) {
+TEST(FilePathTests, putsExactlyOneSlashBetween) {
   EXPECT_EQ(joined({"/"}, "a").bytes, "/a");
   EXPECT_EQ(joined({"/a"}, "b/c").bytes, "/a/b/c");
   EXPECT_EQ(joined({"/a/"}, "b").bytes, "/a/b");
   EXPECT_EQ(joined({"/a"}, "").bytes, "/a");
 }
 
-TEST(FileUrl, EncodesEveryByteThatAUrlDoesNotHold) {
+TEST(FileUrlTests, encodesEveryByteThatAUrlDoesNotHold) {
   EXPECT_EQ(fileUrlText({"/a b/%41#?[\"\n\xFF"}), "file:///a%20b/%2541%23%3F%5B%22%0A%FF");
   std::string everyByte = "/";
   for (int byte = 1; byte < 256; ++byte) everyByte += static_cast<char>(byte);
   EXPECT_EQ(pathFromFileUrl(fileUrlText({everyByte})), FilePath{everyByte});
 }
 
-TEST(FileUrl, ReadsOnlyLocalAbsolutePaths) {
+TEST(FileUrlTests, readsOnlyLocalAbsolutePaths) {
   EXPECT_EQ(pathFromFileUrl("file:///a/"), FilePath{"/a"});
   EXPECT_EQ(pathFromFileUrl("file:///"), FilePath{"/"});
   EXPECT_EQ(pathFromFileUrl("file:///%e4%C3"), FilePath{"/\xE4\xC3"});

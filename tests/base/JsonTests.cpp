@@ -52,12 +52,12 @@ Outer example() {
 
 Json exampleJson() { return toJson(example()); }
 
-TEST(Json, KeepsEveryKindOfMember) {
+TEST(JsonTests, keepsEveryKindOfMember) {
   EXPECT_EQ(fromJson<Outer>(exampleJson()), example());
   EXPECT_EQ(recordFromText<Outer>(printedJson(exampleJson())), example());
 }
 
-TEST(Json, LeavesAnEmptyOptionalOut) {
+TEST(JsonTests, leavesAnEmptyOptionalOut) {
   Outer record = example();
   record.inner.reset();
   const Json json = toJson(record);
@@ -65,13 +65,13 @@ TEST(Json, LeavesAnEmptyOptionalOut) {
   EXPECT_EQ(fromJson<Outer>(json), record);
 }
 
-TEST(Json, PassesOverMembersItDoesNotKnow) {
+TEST(JsonTests, passesOverMembersItDoesNotKnow) {
   Json json = exampleJson();
   json["more"] = Json::array({1, 2});
   EXPECT_EQ(fromJson<Outer>(json), example());
 }
 
-TEST(Json, SaysWhatIsWrongAndWhere) {
+TEST(JsonTests, saysWhatIsWrongAndWhere) {
   struct Case {
     std::string patch;  ///< merged into the example (RFC 7396)
     JsonFault fault;
@@ -115,7 +115,7 @@ TEST(Json, SaysWhatIsWrongAndWhere) {
   }
 }
 
-TEST(Json, RefusesNullEvenForAnOptional) {
+TEST(JsonTests, refusesNullEvenForAnOptional) {
   Json json = exampleJson();
   json["inner"] = nullptr;
   EXPECT_EQ(fromJson<Outer>(json).error(), (JsonError{JsonFault::mistyped, "inner"}));
@@ -124,7 +124,7 @@ TEST(Json, RefusesNullEvenForAnOptional) {
   EXPECT_EQ(fromJson<Outer>(json).error(), (JsonError{JsonFault::mistyped, "number"}));
 }
 
-TEST(Json, RefusesWhatIsNotOneValue) {
+TEST(JsonTests, refusesWhatIsNotOneValue) {
   for (const std::string text : {"", " ", "{", "[1,]", "{} {}", "{}x", "nul", "\"a", "{\"a\":1,}", "'a'", "NaN",
                                  "/*c*/{}", "\"\xFF\"", "\xEF\xBB"})
     EXPECT_EQ(parsedJson(text).error(), (JsonError{JsonFault::malformed, {}})) << testing::PrintToString(text);
@@ -132,7 +132,7 @@ TEST(Json, RefusesWhatIsNotOneValue) {
   EXPECT_EQ(parsedJson(tooLong).error().fault, JsonFault::tooLarge);
 }
 
-TEST(Json, SurvivesDeepNesting) {
+TEST(JsonTests, survivesDeepNesting) {
   constexpr std::size_t depth = 100'000;
   const std::string open(depth, '['), closed = open + std::string(depth, ']');
   EXPECT_FALSE(recordFromText<Outer>(open));
@@ -143,7 +143,7 @@ TEST(Json, SurvivesDeepNesting) {
   EXPECT_EQ(recordFromText<Outer>(inside), example());
 }
 
-TEST(Json, KeepsPathsThatAreNotUtf8) {
+TEST(JsonTests, keepsPathsThatAreNotUtf8) {
   const FilePath path{"/caches/\xFF\xC3/%41"};
   EXPECT_EQ(toJson(path), "file:///caches/%FF%C3/%2541");
   EXPECT_EQ(fromJson<FilePath>(toJson(path)), path);

@@ -20,7 +20,7 @@ struct Recorder {
   std::vector<std::pair<int, int>>& seen;
 };
 
-TEST(Serialised, RunsEverythingHandedOverBeforeItEnds) {
+TEST(SerialisedTests, runsEverythingHandedOverBeforeItEnds) {
   constexpr int threads = 4, each = 500;
   std::vector<std::pair<int, int>> seen;
   {
@@ -37,7 +37,7 @@ TEST(Serialised, RunsEverythingHandedOverBeforeItEnds) {
   for (const auto& [caller, number] : seen) EXPECT_EQ(number, next[static_cast<std::size_t>(caller)]++);
 }
 
-TEST(Serialised, ReturnsAtOnceAndWaitsAtItsEnd) {
+TEST(SerialisedTests, returnsAtOnceAndWaitsAtItsEnd) {
   std::promise<void> release;
   std::atomic<bool> finished = false;
   std::vector<std::pair<int, int>> seen;
@@ -55,7 +55,7 @@ TEST(Serialised, ReturnsAtOnceAndWaitsAtItsEnd) {
   EXPECT_TRUE(finished);
 }
 
-TEST(Serialised, TakesOperationsFromAnOperation) {
+TEST(SerialisedTests, takesOperationsFromAnOperation) {
   std::vector<std::pair<int, int>> seen;
   {
     Serialised<Recorder> service(seen);
@@ -70,7 +70,7 @@ TEST(Serialised, TakesOperationsFromAnOperation) {
   EXPECT_EQ(seen, (std::vector<std::pair<int, int>>{{1, 0}, {2, 0}}));
 }
 
-TEST(StopToken, ReachesEveryCopyOnAnyThread) {
+TEST(StopTokenTests, reachesEveryCopyOnAnyThread) {
   StopSource source;
   const StopToken token = source.token();
   std::jthread waiter([copy = token] {

@@ -11,7 +11,7 @@
 namespace quorvane {
 namespace {
 
-TEST(Utf8, AcceptsExactlyTheShortestFormsOfScalarValues) {
+TEST(Utf8Tests, acceptsExactlyTheShortestFormsOfScalarValues) {
   for (const std::string text : {"", "a", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
                                  "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"})
     EXPECT_TRUE(isValidUtf8(text)) << testing::PrintToString(text);
@@ -21,18 +21,18 @@ TEST(Utf8, AcceptsExactlyTheShortestFormsOfScalarValues) {
     EXPECT_FALSE(isValidUtf8(text)) << testing::PrintToString(text);
 }
 
-TEST(Utf8, ReplacesEachByteThatBelongsToNoCodePoint) {
+TEST(Utf8Tests, replacesEachByteThatBelongsToNoCodePoint) {
   EXPECT_EQ(withReplacedInvalidUtf8("a\xFF\xC3\xA4\xE2\x82z"), "a\xEF\xBF\xBD\xC3\xA4\xEF\xBF\xBD\xEF\xBF\xBDz");
   EXPECT_EQ(withReplacedInvalidUtf8("\xF0\x9F\x98\x80"), "\xF0\x9F\x98\x80");
 }
 
-TEST(Utf8, LowersAndTrimsAsciiOnly) {
+TEST(Utf8Tests, lowersAndTrimsAsciiOnly) {
   EXPECT_EQ(asciiLowered("AZ[\xC3\x84"), "az[\xC3\x84");
   EXPECT_EQ(trimmed(" \t\r\n a b \v\f"), "a b");
   EXPECT_EQ(trimmed("\n"), "");
 }
 
-TEST(Uuid, ReadsBothCasesAndWritesUpperCase) {
+TEST(UuidTests, readsBothCasesAndWritesUpperCase) {
   constexpr std::string_view upper = "6F9619FF-8B86-4011-B42D-00C04FC964FF";
   const auto uuid = uuidFromText("6f9619ff-8b86-4011-b42d-00c04fc964ff");
   ASSERT_TRUE(uuid);
@@ -40,7 +40,7 @@ TEST(Uuid, ReadsBothCasesAndWritesUpperCase) {
   EXPECT_EQ(uuidFromText(upper), uuid);
 }
 
-TEST(Uuid, RefusesOtherTexts) {
+TEST(UuidTests, refusesOtherTexts) {
   for (const std::string text : {
            "",
            "6F9619FF-8B86-4011-B42D-00C04FC964F",
@@ -55,7 +55,7 @@ TEST(Uuid, RefusesOtherTexts) {
     EXPECT_EQ(uuidFromText(text), std::nullopt) << text;
 }
 
-TEST(Uuid, OfRandomBytesIsOfVersionFour) {
+TEST(UuidTests, ofRandomBytesIsOfVersionFour) {
   std::array<std::uint8_t, 16> random;
   random.fill(0xFF);
   EXPECT_EQ(uuidText(Uuid::fromRandom(random)), "FFFFFFFF-FFFF-4FFF-BFFF-FFFFFFFFFFFF");

@@ -28,7 +28,7 @@ CommandLineRun scanWithSignals(const FilePath& home, const std::vector<int>& sig
   return CommandLineRun({"scan", "--json", "--home", home.bytes}, setting);
 }
 
-TEST(CommandLine, RefusesWrongUsageWithAHint) {
+TEST(CommandLineTests, refusesWrongUsageWithAHint) {
   const struct {
     Words arguments;
     const char* key;
@@ -77,7 +77,7 @@ TEST(CommandLine, RefusesWrongUsageWithAHint) {
   }
 }
 
-TEST(CommandLine, UnderstandsItsArguments) {
+TEST(CommandLineTests, understandsItsArguments) {
   const auto understood = [](const Words& arguments) {
     const auto request = parseArguments(arguments).request;
     EXPECT_TRUE(std::holds_alternative<Invocation>(request));
@@ -96,7 +96,7 @@ TEST(CommandLine, UnderstandsItsArguments) {
             (Invocation{.command = CommandName::ignoreAdd, .subject = "--json"}));
 }
 
-TEST(CommandLine, ExplainsEachCommandWithAnExample) {
+TEST(CommandLineTests, explainsEachCommandWithAnExample) {
   for (const CommandDescription& command : commandDescriptions()) {
     Words arguments;
     std::istringstream words{std::string(command.words)};
@@ -114,7 +114,7 @@ TEST(CommandLine, ExplainsEachCommandWithAnExample) {
   EXPECT_TRUE(CommandLineRun({"--version"}).output.starts_with("quorvane "));
 }
 
-TEST(CommandLine, KeepsIgnoreRules) {
+TEST(CommandLineTests, keepsIgnoreRules) {
   const TempFolder folder;
   folder.write("home/.cache/thing/file", "content");
   folder.makeFolders("outside");
@@ -157,7 +157,7 @@ TEST(CommandLine, KeepsIgnoreRules) {
   EXPECT_EQ(folder.read("home/.local/share/Quorvane/ignored-paths.json"), "damaged");
 }
 
-TEST(CommandLine, ScansAndShowsTheDisk) {
+TEST(CommandLineTests, scansAndShowsTheDisk) {
   const TempFolder home;
   home.write(".cache/mesa_shader_cache/a", "content");
   const auto run = [&](Words arguments, const CommandLineRun::Setting& setting = {}) {
@@ -182,7 +182,7 @@ TEST(CommandLine, ScansAndShowsTheDisk) {
   EXPECT_NE(missing.output.find("scan.error.homeUnreadable"), std::string::npos);
 }
 
-TEST(CommandLine, CtrlCCancelsAndLeavesACleanLine) {
+TEST(CommandLineTests, ctrlCCancelsAndLeavesACleanLine) {
   const TempFolder home;
   home.write(".cache/folder/file", "content");
   const struct {
@@ -207,7 +207,7 @@ TEST(CommandLineTests, overlooksSignalsThatItWasStartedToOverlook) {
   EXPECT_EQ(run.code, 0);
 }
 
-TEST(CommandLine, ToldOfLostOutput) {
+TEST(CommandLineTests, toldOfLostOutput) {
   const CommandLineRun full({"--help"}, {.output = {.failsWith = ENOSPC}});
   EXPECT_EQ(full.code, 4);
   EXPECT_NE(full.errors.find("[cli.error.outputFailed]"), std::string::npos);
@@ -216,7 +216,7 @@ TEST(CommandLine, ToldOfLostOutput) {
   EXPECT_EQ(gone.errors, "");
 }
 
-TEST(TextStyle, FollowsTheTerminalAndTheEnvironment) {
+TEST(TextStyleTests, followsTheTerminalAndTheEnvironment) {
   const struct {
     bool isTerminal;
     EnvironmentVariables variables;
@@ -236,7 +236,7 @@ TEST(TextStyle, FollowsTheTerminalAndTheEnvironment) {
   }
 }
 
-TEST(NearestWord, IsOneThatWasProbablyMeant) {
+TEST(NearestWordTests, isOneThatWasProbablyMeant) {
   const Words words{"scan", "ignore", "applicationCache"};
   EXPECT_EQ(nearestWord("sacn", words), "scan");
   EXPECT_EQ(nearestWord("SCAN", words), "scan");

@@ -14,7 +14,7 @@ int exitCodeOf(const std::string& script) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-TEST(Program, EndsSensiblyWhateverItsChannelsAre) {
+TEST(ProgramTests, endsSensiblyWhateverItsChannelsAre) {
   EXPECT_EQ(exitCodeOf("\"$Q\" --version >/dev/null"), 0);
   EXPECT_EQ(exitCodeOf("\"$Q\" --help >/dev/full"), 4);
   EXPECT_EQ(exitCodeOf("\"$Q\" --help >&-"), 4) << "a closed channel is a lost result";

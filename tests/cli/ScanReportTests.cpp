@@ -96,7 +96,7 @@ std::string withoutColours(const std::string& text) {
   return plain;
 }
 
-TEST(ScanReport, ReadsWellAtEightyColumns) {
+TEST(ScanReportTests, readsWellAtEightyColumns) {
   EXPECT_EQ(report(plainResult(), {.isTerminal = true, .columns = 80}),
             "Application caches  93.4 MB in 2 items\n"
             "      93.4 MB  vault       Blocked  Of a security or network application\n"
@@ -111,7 +111,7 @@ TEST(ScanReport, ReadsWellAtEightyColumns) {
             "Selected: 512 bytes in 1 item, marked *\n");
 }
 
-TEST(ScanReport, PutsReasonsBelowWhereItIsNarrowAndShowsPathsWhereItIsWide) {
+TEST(ScanReportTests, putsReasonsBelowWhereItIsNarrowAndShowsPathsWhereItIsWide) {
   const std::string narrow = report(plainResult(), {.isTerminal = true, .columns = 50});
   EXPECT_NE(narrow.find("  vault       Blocked\n"
                         "               Of a security or network\n"
@@ -123,7 +123,7 @@ TEST(ScanReport, PutsReasonsBelowWhereItIsNarrowAndShowsPathsWhereItIsWide) {
   EXPECT_EQ(wide.find("wider terminal"), std::string::npos) << wide;
 }
 
-TEST(ScanReport, FitsAnyTerminalWhateverTheNames) {
+TEST(ScanReportTests, fitsAnyTerminalWhateverTheNames) {
   const ScanResult result = hostileResult();
   for (const std::size_t columns : {40U, 60U, 80U, 120U, 200U}) {
     for (const CharacterSet characters : {CharacterSet::unicode, CharacterSet::ascii}) {
@@ -140,7 +140,7 @@ TEST(ScanReport, FitsAnyTerminalWhateverTheNames) {
   }
 }
 
-TEST(ScanReport, SaysWhatWasNotSeen) {
+TEST(ScanReportTests, saysWhatWasNotSeen) {
   const std::string text = report(hostileResult(), {.characters = CharacterSet::unicode});
   for (const char* part :
        {"≥ 1.5 MB", "Sizes marked ≥ are lower bounds", "14 places could not be read:", "and 9 more places",
@@ -155,7 +155,7 @@ TEST(ScanReport, SaysWhatWasNotSeen) {
   EXPECT_EQ(report({}, {}), "Nothing that could be cleaned was found.\n");
 }
 
-TEST(ScanReport, SaysWhichSumsAreLowerBounds) {
+TEST(ScanReportTests, saysWhichSumsAreLowerBounds) {
   ScanResult result = plainResult();
   ScanItem mounted = result.items.front();
   mounted.snapshot.reset();
@@ -176,14 +176,14 @@ TEST(ScanReport, SaysWhichSumsAreLowerBounds) {
   EXPECT_TRUE(report(result, {}).ends_with("Selected: nothing\n"));
 }
 
-TEST(ScanReport, TellsItemsOfOneNameApart) {
+TEST(ScanReportTests, tellsItemsOfOneNameApart) {
   ScanResult result = plainResult();
   result.items.push_back(item(".npm/tiny", ScanCategory::applicationCache, SafetyLevel::safe, "reason.cacheTag", 9));
   const std::string text = report(result, {.isTerminal = true, .columns = 80});
   EXPECT_NE(text.find("~/.npm/tiny"), std::string::npos) << text;
 }
 
-TEST(ProgressLine, FitsExactly) {
+TEST(ProgressLineTests, fitsExactly) {
   const auto catalogue = MessageCatalogue::english();
   const std::string place = "/home/ada/\xE6\x97\xA5\x1b[2J/" + std::string(200, 'x');
   for (const double progress : {0.0, 0.427, 1.0}) {
@@ -202,7 +202,7 @@ TEST(ProgressLine, FitsExactly) {
   }
 }
 
-TEST(StoragePicture, HasABarOfOneLengthWhateverItShows) {
+TEST(StoragePictureTests, hasABarOfOneLengthWhateverItShows) {
   const auto catalogue = MessageCatalogue::english();
   for (const StorageSnapshot& storage :
        {StorageSnapshot{}, StorageSnapshot{1000, 400, 100, 200, true}, StorageSnapshot{1000, 1000, 0, 0, false},

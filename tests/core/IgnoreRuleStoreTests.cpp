@@ -22,7 +22,7 @@ namespace {
 constexpr const char* supportFolder = "data/Quorvane";
 constexpr const char* rulesFile = "data/Quorvane/ignored-paths.json";
 
-class IgnoreRuleStoreTest : public testing::Test {
+class IgnoreRuleStoreTests : public testing::Test {
  protected:
   IgnoreRuleStore storeOn(FileSystem& fileSystem) { return {fileSystem, random_, temp_.at(supportFolder)}; }
 
@@ -47,13 +47,13 @@ class IgnoreRuleStoreTest : public testing::Test {
   IgnoreRuleStore store_ = storeOn(*fileSystem_);
 };
 
-TEST_F(IgnoreRuleStoreTest, ReadingMakesNothing) {
+TEST_F(IgnoreRuleStoreTests, readingMakesNothing) {
   EXPECT_TRUE(store_.load()->empty());
   EXPECT_EQ(store_.remove("/x").error().fault, IgnoreRuleFault::notFound);
   EXPECT_FALSE(temp_.holds("data"));
 }
 
-TEST_F(IgnoreRuleStoreTest, KeepsRulesInTheOrderTheyWereMade) {
+TEST_F(IgnoreRuleStoreTests, keepsRulesInTheOrderTheyWereMade) {
   const auto first = store_.add(temp_.at("b"));
   const auto second = store_.add(temp_.at("a\xFF"), "org.example.app");
   ASSERT_TRUE(first && second);
@@ -64,7 +64,7 @@ TEST_F(IgnoreRuleStoreTest, KeepsRulesInTheOrderTheyWereMade) {
   EXPECT_EQ(permissionsOf(rulesFile), 0600U);
 }
 
-TEST_F(IgnoreRuleStoreTest, ResolvesLinksAndRemembersTheChosenPath) {
+TEST_F(IgnoreRuleStoreTests, resolvesLinksAndRemembersTheChosenPath) {
   temp_.makeFolders("real/inner");
   temp_.makeLink("link", "real");
   const auto rule = store_.add({temp_.at("link").bytes + "//inner/./gone/.."});
@@ -75,14 +75,14 @@ TEST_F(IgnoreRuleStoreTest, ResolvesLinksAndRemembersTheChosenPath) {
   EXPECT_EQ(store_.load()->size(), 1U);
 }
 
-TEST_F(IgnoreRuleStoreTest, RefusesPathsThatNameNoPlace) {
+TEST_F(IgnoreRuleStoreTests, refusesPathsThatNameNoPlace) {
   temp_.makeLink("loop", "loop");
   for (const std::string& path : {std::string(), std::string("a/b"), std::string("/a\0b", 4), temp_.at("loop/x").bytes})
     EXPECT_EQ(store_.add({path}).error().fault, IgnoreRuleFault::invalidPath) << path;
   EXPECT_FALSE(temp_.holds("data"));
 }
 
-TEST_F(IgnoreRuleStoreTest, RemovesByIdentifierPathOrCanonicalPath) {
+TEST_F(IgnoreRuleStoreTests, removesByIdentifierPathOrCanonicalPath) {
   temp_.makeFolders("real");
   temp_.makeLink("link", "real");
   const auto add = [&](const std::string& name) { return store_.add(temp_.at(name)); };
@@ -96,7 +96,7 @@ TEST_F(IgnoreRuleStoreTest, RemovesByIdentifierPathOrCanonicalPath) {
     EXPECT_EQ(store_.remove(text).error().fault, IgnoreRuleFault::notFound) << text;
 }
 
-TEST_F(IgnoreRuleStoreTest, LeavesAFileAloneThatHoldsNoRules) {
+TEST_F(IgnoreRuleStoreTests, leavesAFileAloneThatHoldsNoRules) {
   const std::string members = R"("id": "6F9619FF-8B86-4011-B42D-00C04FC964FF", "path": "/a", "canonicalPath": )";
   for (const std::string& text :
        {std::string(), std::string("{}"), std::string("[{}]"), std::string("[] []"), "[{" + members + "\"a\"}]",
@@ -109,7 +109,7 @@ TEST_F(IgnoreRuleStoreTest, LeavesAFileAloneThatHoldsNoRules) {
   }
 }
 
-TEST_F(IgnoreRuleStoreTest, DoesNotTrustAFileThatOthersCouldHaveWritten) {
+TEST_F(IgnoreRuleStoreTests, doesNotTrustAFileThatOthersCouldHaveWritten) {
   temp_.write(rulesFile, "[]");
   ASSERT_EQ(::chmod(temp_.at(rulesFile).bytes.c_str(), 0620), 0);
   expectRefusal(IgnoreRuleFault::untrusted);
@@ -122,7 +122,7 @@ TEST_F(IgnoreRuleStoreTest, DoesNotTrustAFileThatOthersCouldHaveWritten) {
   expectRefusal(IgnoreRuleFault::untrusted);
 }
 
-TEST_F(IgnoreRuleStoreTest, DoesNotWaitForAnotherRun) {
+TEST_F(IgnoreRuleStoreTests, doesNotWaitForAnotherRun) {
   ASSERT_TRUE(store_.add(temp_.at("a")));
   const auto folder = fileSystem_->openStartingFolder(temp_.at(supportFolder));
   const auto lock = fileSystem_->lockFile(folder->number(), "ignored-paths.json.lock");
@@ -132,7 +132,7 @@ TEST_F(IgnoreRuleStoreTest, DoesNotWaitForAnotherRun) {
   EXPECT_EQ(store_.load()->size(), 1U) << "reading needs no lock";
 }
 
-TEST_F(IgnoreRuleStoreTest, LosesNoRuleOfSeveralRunsAtOnce) {
+TEST_F(IgnoreRuleStoreTests, losesNoRuleOfSeveralRunsAtOnce) {
   constexpr int runs = 4;
   std::atomic<int> made = 0;
   {
@@ -153,7 +153,7 @@ TEST_F(IgnoreRuleStoreTest, LosesNoRuleOfSeveralRunsAtOnce) {
   EXPECT_EQ(static_cast<int>(store_.load()->size()), made);
 }
 
-TEST_F(IgnoreRuleStoreTest, WritesNoFileThatItWouldNotReadBack) {
+TEST_F(IgnoreRuleStoreTests, writesNoFileThatItWouldNotReadBack) {
   const std::string longName(3000, 'a');
   std::string entries;
   for (int number = 0; entries.size() < (std::size_t{4} << 20) - 1000; ++number)
@@ -169,7 +169,7 @@ TEST_F(IgnoreRuleStoreTest, WritesNoFileThatItWouldNotReadBack) {
   EXPECT_TRUE(store_.load());
 }
 
-TEST_F(IgnoreRuleStoreTest, HoldsTheOldRulesOrTheNewOnesAfterAnyFault) {
+TEST_F(IgnoreRuleStoreTests, holdsTheOldRulesOrTheNewOnesAfterAnyFault) {
   for (const FaultSpan span : {FaultSpan::once, FaultSpan::fromThereOn}) {
     std::size_t faults = 0;
     for (std::size_t call = 1;; ++call) {
@@ -194,7 +194,7 @@ TEST_F(IgnoreRuleStoreTest, HoldsTheOldRulesOrTheNewOnesAfterAnyFault) {
   }
 }
 
-TEST_F(IgnoreRuleStoreTest, FindsItsFolderThroughALink) {
+TEST_F(IgnoreRuleStoreTests, findsItsFolderThroughALink) {
   temp_.makeFolders("elsewhere");
   temp_.makeLink("data", "elsewhere");
   ASSERT_TRUE(store_.add(temp_.at("a")));
@@ -206,7 +206,7 @@ TEST_F(IgnoreRuleStoreTest, FindsItsFolderThroughALink) {
   EXPECT_FALSE(other.holds("nowhere"));
 }
 
-TEST(IgnoreRuleFault, HasAKeyForItsMessage) { EXPECT_EQ(messageKey(IgnoreRuleFault::busy), "ignore.error.busy"); }
+TEST(IgnoreRuleFaultTests, hasAKeyForItsMessage) { EXPECT_EQ(messageKey(IgnoreRuleFault::busy), "ignore.error.busy"); }
 
 }  // namespace
 }  // namespace quorvane

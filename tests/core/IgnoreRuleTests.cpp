@@ -12,7 +12,7 @@ IgnoreRule ruleFor(const std::string& path) {
   return {.id = {}, .path = {path}, .canonicalPath = {path}, .application = {}};
 }
 
-TEST(IgnoreRule, CoversItsLocationAndWhatIsBelow) {
+TEST(IgnoreRuleTests, coversItsLocationAndWhatIsBelow) {
   struct Case {
     std::string rule, path;
     bool isCovered;
@@ -32,7 +32,7 @@ TEST(IgnoreRule, CoversItsLocationAndWhatIsBelow) {
     EXPECT_EQ(ruleCovering({ruleFor(rule)}, {path}) != nullptr, isCovered) << rule << " and " << path;
 }
 
-TEST(IgnoreRule, IsFoundAmongOthers) {
+TEST(IgnoreRuleTests, isFoundAmongOthers) {
   const std::vector<IgnoreRule> rules = {ruleFor("/x"), ruleFor("/a/b"), ruleFor("/a")};
   EXPECT_EQ(ruleCovering(rules, {"/a/b/c"}), &rules[1]);
   EXPECT_EQ(ruleCovering(rules, {"/a/c"}), &rules[2]);

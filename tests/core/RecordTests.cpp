@@ -50,7 +50,7 @@ ScanResult fullResult() {
           .coverage = ScanCoverageLedger{{entry}, {{{}, "notice.uninspectableProcesses", {}, {"ssh-agent"}}}}};
 }
 
-TEST(ScanResultJson, ReadsBackWhatItWrote) {
+TEST(ScanResultJsonTests, readsBackWhatItWrote) {
   ScanResult result = fullResult();
   EXPECT_EQ(scanResultFromJson(jsonText(result)), result);
   result.unreadablePaths.reset();
@@ -59,7 +59,7 @@ TEST(ScanResultJson, ReadsBackWhatItWrote) {
   EXPECT_FALSE(toJson(result).contains("coverage"));
 }
 
-TEST(ScanResultJson, HasExactlyTheKeysOfItsFields) {
+TEST(ScanResultJsonTests, hasExactlyTheKeysOfItsFields) {
   const Json json = toJson(fullResult());
   const Json& item = json["items"][1];
   EXPECT_EQ(item.size(), 10U);
@@ -72,7 +72,7 @@ TEST(ScanResultJson, HasExactlyTheKeysOfItsFields) {
             Json::parse(R"({"total":1,"available":2,"applications":3,"userFiles":4,"isPartial":true})"));
 }
 
-TEST(ScanResultJson, LoadsWithoutTheMembersThatCameLater) {
+TEST(ScanResultJsonTests, loadsWithoutTheMembersThatCameLater) {
   const auto result =
       scanResultFromJson(R"({"startedAt":"2026-11-21T05:04:03Z","finishedAt":"2026-11-21T05:04:04Z","items":[]})");
   ASSERT_TRUE(result);
@@ -80,7 +80,7 @@ TEST(ScanResultJson, LoadsWithoutTheMembersThatCameLater) {
   EXPECT_EQ(result->coverage, std::nullopt);
 }
 
-TEST(ScanResultJson, RefusesAnUnknownCategoryOrSafety) {
+TEST(ScanResultJsonTests, refusesAnUnknownCategoryOrSafety) {
   for (const std::string member : {"category", "safety"}) {
     Json json = toJson(fullResult());
     json["items"][1][member] = "harmless";
@@ -88,7 +88,7 @@ TEST(ScanResultJson, RefusesAnUnknownCategoryOrSafety) {
   }
 }
 
-TEST(MobileBackupMetadata, IsReadableWithADateAtTheEndOfItsReach) {
+TEST(MobileBackupMetadataTests, isReadableWithADateAtTheEndOfItsReach) {
   MobileBackupMetadata metadata;
   metadata.metadataModifiedAt = dateFromTimestamp(INT64_MIN, 0);
   EXPECT_TRUE(fromJson<MobileBackupMetadata>(toJson(metadata)));

@@ -11,7 +11,7 @@ namespace {
 
 using enum SensitiveApplicationCategory;
 
-TEST(SensitiveApplicationPolicy, GoesByIdentifierPrefixOrWholeName) {
+TEST(SensitiveApplicationPolicyTests, goesByIdentifierPrefixOrWholeName) {
   struct Case {
     std::string identifier, name;
     std::optional<SensitiveApplicationCategory> category;
@@ -37,7 +37,7 @@ TEST(SensitiveApplicationPolicy, GoesByIdentifierPrefixOrWholeName) {
     EXPECT_EQ(SensitiveApplicationPolicy::category(identifier, name), category) << identifier << " / " << name;
 }
 
-TEST(SensitiveApplicationPolicy, TriesAFolderNameAsBoth) {
+TEST(SensitiveApplicationPolicyTests, triesAFolderNameAsBoth) {
   for (const std::string name : {"com.bitwarden.desktop", " COM.BITWARDEN.desktop\n", "Bitwarden", "mullvad vpn",
                                  "io.tailscale.ipn.macos", "Microsoft Defender"})
     EXPECT_TRUE(SensitiveApplicationPolicy::isSensitive(name)) << name;

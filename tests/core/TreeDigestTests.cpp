@@ -21,7 +21,7 @@ FileStatus statusOf(std::uint16_t kind, std::uint16_t permissions, std::uint64_t
 }
 
 // The example of docs/formats/tree-digest.md: what is recorded today has to be recognised by every later version.
-TEST(TreeDigest, IsWhatTheFormatSays) {
+TEST(TreeDigestTests, isWhatTheFormatSays) {
   const FileStatus root = statusOf(S_IFDIR, 0755, 100, 4096, {1700000000, 0}, {1700000009, 0});
   const FileStatus file = statusOf(S_IFREG, 0644, 101, 5, {1700000001, 500'000'000}, {1700000002, 0});
   const FileStatus sub = statusOf(S_IFDIR, 0700, 102, 4096, {1700000003, 0}, {1700000003, 0});

@@ -7,7 +7,7 @@
 namespace quorvane {
 namespace {
 
-TEST(HarmlessText, SpellsOutWhatATerminalWouldObeyOrHide) {
+TEST(HarmlessTextTests, spellsOutWhatATerminalWouldObeyOrHide) {
   const struct {
     std::string_view text;
     const char* shown;
@@ -47,7 +47,7 @@ TEST(HarmlessText, SpellsOutWhatATerminalWouldObeyOrHide) {
   EXPECT_EQ(harmlessText("\xC3\xA4 b", CharacterSet::ascii), "\\u{e4} b");
 }
 
-TEST(TextLayout, MeasuresAndFitsByColumns) {
+TEST(TextLayoutTests, measuresAndFitsByColumns) {
   const std::string_view japanese = "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E";  // three letters of two columns
   const std::string_view accents =
       "e\xCC\x81"

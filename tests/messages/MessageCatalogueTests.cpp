@@ -15,7 +15,7 @@ MessageCatalogue catalogueOf(std::string_view json) {
   return catalogue ? *std::move(catalogue) : MessageCatalogue();
 }
 
-TEST(MessageCatalogue, PutsValuesInTheirPlaces) {
+TEST(MessageCatalogueTests, putsValuesInTheirPlaces) {
   ::setenv("TZ", "Europe/Berlin", 1);
   ::tzset();
   const auto catalogue = catalogueOf(R"({"a.b": "[{{x}}]", "plain": "word", "twice": "{{x}}{{x}} {{y}}",
@@ -39,7 +39,7 @@ TEST(MessageCatalogue, PutsValuesInTheirPlaces) {
   EXPECT_EQ(catalogue.text("not.there"), "not.there");
 }
 
-TEST(MessageCatalogue, RefusesWhatCouldShowWrongTexts) {
+TEST(MessageCatalogueTests, refusesWhatCouldShowWrongTexts) {
   const struct {
     const char* json;
     CatalogueFault fault;
@@ -69,7 +69,7 @@ TEST(MessageCatalogue, RefusesWhatCouldShowWrongTexts) {
   EXPECT_TRUE(MessageCatalogue::parsed(R"({"a": "{x} {{y}} {"})").has_value());
 }
 
-TEST(ByteFormat, RoundsToWhatPeopleRead) {
+TEST(ByteFormatTests, roundsToWhatPeopleRead) {
   const auto catalogue = MessageCatalogue::english();
   const struct {
     std::int64_t bytes;

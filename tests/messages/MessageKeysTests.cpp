@@ -114,7 +114,7 @@ Keys difference(const Keys& left, const Keys& right) {
   return rest;
 }
 
-TEST(MessageKeys, AreAllThereAndAllUsed) {
+TEST(MessageKeysTests, areAllThereAndAllUsed) {
   const Keys present = baseKeys(MessageCatalogue::english());
   const Keys used = usedKeys(familiesOf(present));
   EXPECT_GT(used.size(), 100U);
@@ -122,7 +122,7 @@ TEST(MessageKeys, AreAllThereAndAllUsed) {
   EXPECT_EQ(difference(present, used), Keys{}) << "in en.json, but used nowhere";
 }
 
-TEST(MessageKeys, AreFoundInSources) {
+TEST(MessageKeysTests, areFoundInSources) {
   const Keys families{"scan", "reason"};
   EXPECT_EQ(keysIn(R"(f("scan.status.logs"); // "scan.comment"
                      if (c == '"' || c == '\'') g("reason.x" "reason", "scan.txt/", "com.apple.mail");

@@ -43,7 +43,7 @@ struct ScanRun {
   }
 };
 
-TEST(AppModel, ScansAHomeAndReportsOnTheMainThread) {
+TEST(AppModelTests, scansAHomeAndReportsOnTheMainThread) {
   const TempFolder home;
   home.write(".cache/mesa_shader_cache/a", "content");
   ScanRun run(home.path());
@@ -60,7 +60,7 @@ TEST(AppModel, ScansAHomeAndReportsOnTheMainThread) {
   }
 }
 
-TEST(AppModel, TellsAHomeThatCannotBeOpened) {
+TEST(AppModelTests, tellsAHomeThatCannotBeOpened) {
   const TempFolder folder;
   ScanRun run(folder.at("missing"));
   run.start();
@@ -70,7 +70,7 @@ TEST(AppModel, TellsAHomeThatCannotBeOpened) {
   EXPECT_EQ(run.model.phase(), ScanPhase(scanPhase::Failed{"scan.error.homeUnreadable"}));
 }
 
-TEST(AppModel, CancelsAndStartsAgain) {
+TEST(AppModelTests, cancelsAndStartsAgain) {
   const TempFolder home;
   for (int i = 0; i < 50; ++i) home.write(".cache/folder" + std::to_string(i) + "/file", "content");
   ScanRun run(home.path());
@@ -90,7 +90,7 @@ TEST(AppModel, CancelsAndStartsAgain) {
   EXPECT_TRUE(run.outcome && *run.outcome);
 }
 
-TEST(AppModel, MayEndWhileItWorks) {
+TEST(AppModelTests, mayEndWhileItWorks) {
   const TempFolder home;
   for (int i = 0; i < 200; ++i) home.write(".cache/folder" + std::to_string(i) + "/file", "content");
   MainLoop loop;
@@ -103,7 +103,7 @@ TEST(AppModel, MayEndWhileItWorks) {
   loop.run();
 }
 
-TEST(HomeSettings, KeepApplicationsInsideAGivenHome) {
+TEST(HomeSettingsTests, keepApplicationsInsideAGivenHome) {
   const auto folders = applicationFolders({FilePath{"/home/ada"}, std::nullopt, {}});
   ASSERT_TRUE(folders.has_value());
   for (const HomeLayout layout : allCases<HomeLayout>()) {

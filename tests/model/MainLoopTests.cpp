@@ -10,7 +10,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(MainLoop, RunsInTheOrderOfTimesAndOfPosting) {
+TEST(MainLoopTests, runsInTheOrderOfTimesAndOfPosting) {
   MainLoop loop;
   std::string order;
   loop.postAfter(milliseconds(30), [&] {
@@ -26,7 +26,7 @@ TEST(MainLoop, RunsInTheOrderOfTimesAndOfPosting) {
   EXPECT_EQ(order, "abcd");
 }
 
-TEST(MainLoop, IsWokenByOtherThreads) {
+TEST(MainLoopTests, isWokenByOtherThreads) {
   MainLoop loop;
   const auto owner = std::this_thread::get_id();
   std::thread::id ranOn;
@@ -42,7 +42,7 @@ TEST(MainLoop, IsWokenByOtherThreads) {
   EXPECT_EQ(ranOn, owner);
 }
 
-TEST(MainLoop, TakesAnInterruptBeforeWhatIsPosted) {
+TEST(MainLoopTests, takesAnInterruptBeforeWhatIsPosted) {
   MainLoop loop;
   std::string order;
   loop.setInterruptHandler([&] { order += 'i'; });
@@ -67,7 +67,7 @@ TEST(MainLoop, TakesAnInterruptBeforeWhatIsPosted) {
   other.join();
 }
 
-TEST(MainLoop, KeepsWhatIsNotDueForTheNextRun) {
+TEST(MainLoopTests, keepsWhatIsNotDueForTheNextRun) {
   MainLoop loop;
   int runs = 0;
   loop.postAfter(milliseconds(20), [&] {

@@ -12,7 +12,7 @@ ApplicationFolders foldersOf(FolderRequest request) {
   return applicationFolders(request).value();
 }
 
-TEST(ApplicationFoldersTest, theUsualFoldersLieInTheHome) {
+TEST(ApplicationFoldersTests, theUsualFoldersLieInTheHome) {
   ApplicationFolders expected{{"/home/u"},
                               {"/home/u/.cache"},
                               {"/home/u/.config"},
@@ -29,7 +29,7 @@ TEST(ApplicationFoldersTest, theUsualFoldersLieInTheHome) {
             expected);
 }
 
-TEST(ApplicationFoldersTest, variablesMoveTheirFolderAlone) {
+TEST(ApplicationFoldersTests, variablesMoveTheirFolderAlone) {
   const ApplicationFolders folders = foldersOf({.home = {},
                                                 .applicationSupport = {},
                                                 .environment = {{"HOME", "/home/u"},
@@ -44,13 +44,13 @@ TEST(ApplicationFoldersTest, variablesMoveTheirFolderAlone) {
   EXPECT_EQ(folders.applicationSupport.bytes, "/data/Program");
 }
 
-TEST(ApplicationFoldersTest, ownStateMayBeElsewhere) {
+TEST(ApplicationFoldersTests, ownStateMayBeElsewhere) {
   EXPECT_EQ(foldersOf({.home = FilePath{"/h"}, .applicationSupport = FilePath{"/own"}, .environment = {}})
                 .applicationSupport.bytes,
             "/own");
 }
 
-TEST(ApplicationFoldersTest, withoutVariableTheUserDatabaseNamesTheHome) {
+TEST(ApplicationFoldersTests, withoutVariableTheUserDatabaseNamesTheHome) {
   const auto home = homeFromUserDatabase();
   if (!home) GTEST_SKIP() << "the user of this process is not in the user database";
   for (const char* value : {"", "relative"})
@@ -58,7 +58,7 @@ TEST(ApplicationFoldersTest, withoutVariableTheUserDatabaseNamesTheHome) {
               standardised(*home));
 }
 
-TEST(ApplicationFoldersTest, aRelativeHomeIsRefused) {
+TEST(ApplicationFoldersTests, aRelativeHomeIsRefused) {
   for (const char* home : {"", "home/u"})
     EXPECT_EQ(applicationFolders({.home = FilePath{home}, .applicationSupport = {}, .environment = {}}).error(),
               FolderFault::homeNotAbsolute);

@@ -20,7 +20,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class DurableFileTest : public testing::Test {
+class DurableFileTests : public testing::Test {
  protected:
   std::vector<std::string> names() {
     FolderListing listing;
@@ -38,7 +38,7 @@ class DurableFileTest : public testing::Test {
   std::unique_ptr<FileSystem> fileSystem_ = makeSystemFileSystem();
 };
 
-TEST_F(DurableFileTest, bringsTheContentToTheDiskBeforeTheNameAndTheNameBeforeItReturns) {
+TEST_F(DurableFileTests, bringsTheContentToTheDiskBeforeTheNameAndTheNameBeforeItReturns) {
   FailingFileSystem recorded(*fileSystem_);
   ASSERT_TRUE(replace(recorded));
   EXPECT_THAT(recorded.record(), ElementsAre(FileCall::createFile, FileCall::write, FileCall::synchronise,
@@ -48,7 +48,7 @@ TEST_F(DurableFileTest, bringsTheContentToTheDiskBeforeTheNameAndTheNameBeforeIt
   EXPECT_THAT(names(), ElementsAre("state"));
 }
 
-TEST_F(DurableFileTest, shortWritesAreContinued) {
+TEST_F(DurableFileTests, shortWritesAreContinued) {
   FailingFileSystem slow(*fileSystem_);
   slow.limitWritesTo(1);
   ASSERT_TRUE(replace(slow));
@@ -57,7 +57,7 @@ TEST_F(DurableFileTest, shortWritesAreContinued) {
   EXPECT_EQ(replace(slow).error().code, EIO);
 }
 
-TEST_F(DurableFileTest, everyFailingStepLeavesTheOldFileOrTheNewOneWhole) {
+TEST_F(DurableFileTests, everyFailingStepLeavesTheOldFileOrTheNewOneWhole) {
   FailingFileSystem counted(*fileSystem_);
   ASSERT_TRUE(replace(counted));
   for (std::size_t step = 1; step <= counted.calls(); ++step) {
@@ -77,7 +77,7 @@ TEST_F(DurableFileTest, everyFailingStepLeavesTheOldFileOrTheNewOneWhole) {
   }
 }
 
-TEST_F(DurableFileTest, aForeignTemporaryIsNeitherUsedNorRemoved) {
+TEST_F(DurableFileTests, aForeignTemporaryIsNeitherUsedNorRemoved) {
   temp_.write("victim", "kept");
   temp_.makeLink("state.tmp-unique", "victim");
   EXPECT_EQ(replace(*fileSystem_).error().code, EEXIST);
@@ -85,7 +85,7 @@ TEST_F(DurableFileTest, aForeignTemporaryIsNeitherUsedNorRemoved) {
   EXPECT_TRUE(temp_.holds("state.tmp-unique"));
 }
 
-TEST_F(DurableFileTest, readsOnlyAFileThatNobodyElseCanHaveWritten) {
+TEST_F(DurableFileTests, readsOnlyAFileThatNobodyElseCanHaveWritten) {
   struct Case {
     const char* what;
     std::function<void()> make;
@@ -121,14 +121,14 @@ TEST_F(DurableFileTest, readsOnlyAFileThatNobodyElseCanHaveWritten) {
   }
 }
 
-TEST_F(DurableFileTest, refusesAForeignOwnersFile) {
+TEST_F(DurableFileTests, refusesAForeignOwnersFile) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the administrator can give a file away";
   temp_.write("state", "x");
   ASSERT_EQ(::chown(temp_.at("state").bytes.c_str(), 12345, 12345), 0);
   EXPECT_EQ(readTrusted(*fileSystem_, temp_.descriptor(), "state", 5).error().fault, TrustFault::foreignOwner);
 }
 
-TEST_F(DurableFileTest, whatWasOpenedIsWhatWasChecked) {
+TEST_F(DurableFileTests, whatWasOpenedIsWhatWasChecked) {
   // Another object takes the name's place at every step: either the checked file is read, or nothing is.
   for (std::size_t step = 1; step <= 3; ++step) {
     SCOPED_TRACE(step);
@@ -147,7 +147,7 @@ TEST_F(DurableFileTest, whatWasOpenedIsWhatWasChecked) {
   }
 }
 
-TEST_F(DurableFileTest, aFileThatGrowsWhileItIsReadIsTooLarge) {
+TEST_F(DurableFileTests, aFileThatGrowsWhileItIsReadIsTooLarge) {
   temp_.write("state", "12345");
   ASSERT_EQ(::chmod(temp_.at("state").bytes.c_str(), 0600), 0);
   FailingFileSystem growing(*fileSystem_);

@@ -23,7 +23,7 @@ namespace {
 
 using testing::UnorderedElementsAreArray;
 
-class FileSystemTest : public testing::Test {
+class FileSystemTests : public testing::Test {
  protected:
   FileStatus statusOf(const char* name) { return fileSystem_->status(temp_.descriptor(), name).value(); }
 
@@ -45,7 +45,7 @@ class FileSystemTest : public testing::Test {
   std::unique_ptr<FileSystem> fileSystem_ = makeSystemFileSystem();
 };
 
-TEST_F(FileSystemTest, tellsEveryKindOfObjectApart) {
+TEST_F(FileSystemTests, tellsEveryKindOfObjectApart) {
   temp_.write("file", "12345");
   temp_.makeFolders("folder");
   temp_.makeLink("link", "folder");
@@ -77,14 +77,14 @@ TEST_F(FileSystemTest, tellsEveryKindOfObjectApart) {
   EXPECT_EQ(fileSystem_->status(temp_.descriptor(), "none").error().code, ENOENT);
 }
 
-TEST_F(FileSystemTest, aSparseFileTakesLessThanItHolds) {
+TEST_F(FileSystemTests, aSparseFileTakesLessThanItHolds) {
   temp_.write("sparse", "");
   ASSERT_EQ(::truncate(temp_.at("sparse").bytes.c_str(), 64 << 20), 0);
   EXPECT_EQ(statusOf("sparse").size, 64 << 20);
   EXPECT_LT(statusOf("sparse").allocated, 1 << 20);
 }
 
-TEST_F(FileSystemTest, birthTimeStaysWhenAFileIsRenamedAndRewritten) {
+TEST_F(FileSystemTests, birthTimeStaysWhenAFileIsRenamedAndRewritten) {
   temp_.write("a", "x");
   const FileStatus before = statusOf("a");
   if (before.born == FileTime{}) GTEST_SKIP() << "the file system of the temporary folder keeps no birth times";
@@ -97,14 +97,14 @@ TEST_F(FileSystemTest, birthTimeStaysWhenAFileIsRenamedAndRewritten) {
   EXPECT_EQ(after.modified, (FileTime{1'000'000'000, 7}));
 }
 
-TEST_F(FileSystemTest, aDescriptorAndItsNameTellTheSame) {
+TEST_F(FileSystemTests, aDescriptorAndItsNameTellTheSame) {
   temp_.write("file", "x");
   const auto file = fileSystem_->openFile(temp_.descriptor(), "file").value();
   EXPECT_EQ(fileSystem_->status(file.number()).value(), statusOf("file"));
   EXPECT_NE(statusOf("file").mount, 0u);
 }
 
-TEST_F(FileSystemTest, listsEveryNameWithItsStatus) {
+TEST_F(FileSystemTests, listsEveryNameWithItsStatus) {
   const std::vector<std::string> names = {
       std::string(255, 'n'), "new\nline", "\xff\xfe invalid", "\x1b[31mescape", " ", "...", "-rf", ".hidden"};
   for (const std::string& name : names) temp_.write(name, "abc");
@@ -133,7 +133,7 @@ TEST_F(FileSystemTest, listsEveryNameWithItsStatus) {
   }
 }
 
-TEST_F(FileSystemTest, listsMoreThanOneBlockOfNames) {
+TEST_F(FileSystemTests, listsMoreThanOneBlockOfNames) {
   constexpr std::size_t count = 3000;
   for (std::size_t i = 0; i < count; ++i) temp_.write(std::string(100, 'x') + std::to_string(i), "");
   FolderListing listing;
@@ -144,7 +144,7 @@ TEST_F(FileSystemTest, listsMoreThanOneBlockOfNames) {
   EXPECT_EQ(std::ranges::unique(names).begin() - names.begin(), static_cast<std::ptrdiff_t>(count));
 }
 
-TEST_F(FileSystemTest, listingRefusesWhatIsNoFolder) {
+TEST_F(FileSystemTests, listingRefusesWhatIsNoFolder) {
   temp_.write("file", "");
   const auto file = fileSystem_->openFile(temp_.descriptor(), "file").value();
   FolderListing listing;
@@ -153,7 +153,7 @@ TEST_F(FileSystemTest, listingRefusesWhatIsNoFolder) {
   EXPECT_TRUE(listing.entries().empty());
 }
 
-TEST_F(FileSystemTest, opensOnlyWhatItIsAskedFor) {
+TEST_F(FileSystemTests, opensOnlyWhatItIsAskedFor) {
   temp_.write("file", "content");
   temp_.makeFolders("folder");
   temp_.makeLink("linkToFile", "file");
@@ -170,7 +170,7 @@ TEST_F(FileSystemTest, opensOnlyWhatItIsAskedFor) {
   EXPECT_EQ(codeOf(fileSystem_->openFile(devices.number(), "null")), ENXIO);
 }
 
-TEST_F(FileSystemTest, refusesNamesThatAreNotOneComponent) {
+TEST_F(FileSystemTests, refusesNamesThatAreNotOneComponent) {
   temp_.makeFolders("folder/inner");
   const int folder = temp_.descriptor();
   for (const char* name : {"", ".", "..", "folder/inner", "/tmp", "folder/"}) {
@@ -183,7 +183,7 @@ TEST_F(FileSystemTest, refusesNamesThatAreNotOneComponent) {
   }
 }
 
-TEST_F(FileSystemTest, aFifoDoesNotBlock) {
+TEST_F(FileSystemTests, aFifoDoesNotBlock) {
   makeFifo("fifo");
   const auto fifo = fileSystem_->openFile(temp_.descriptor(), "fifo").value();
   std::array<std::byte, 8> buffer{};
@@ -193,13 +193,13 @@ TEST_F(FileSystemTest, aFifoDoesNotBlock) {
   EXPECT_EQ(fileSystem_->read(fifo.number(), buffer).value(), 0u);
 }
 
-TEST_F(FileSystemTest, aLongLinkTargetIsReadWhole) {
+TEST_F(FileSystemTests, aLongLinkTargetIsReadWhole) {
   const std::string target(3000, 't');
   temp_.makeLink("link", target);
   EXPECT_EQ(fileSystem_->linkTarget(temp_.descriptor(), "link").value(), target);
 }
 
-TEST_F(FileSystemTest, resolvesLinksAndKeepsWhatIsMissing) {
+TEST_F(FileSystemTests, resolvesLinksAndKeepsWhatIsMissing) {
   temp_.makeFolders("real/inner");
   temp_.makeLink("link", "real");
   temp_.makeLink("dangling", "real/missing");
@@ -220,7 +220,7 @@ TEST_F(FileSystemTest, resolvesLinksAndKeepsWhatIsMissing) {
   EXPECT_EQ(fileSystem_->resolved({"/"}).value().bytes, "/");
 }
 
-TEST_F(FileSystemTest, opensFoldersBelowOneComponentAtATime) {
+TEST_F(FileSystemTests, opensFoldersBelowOneComponentAtATime) {
   temp_.makeFolders("a/b/c");
   temp_.makeFolders("elsewhere/b/c");
   temp_.makeLink("link", "a");
@@ -240,7 +240,7 @@ TEST_F(FileSystemTest, opensFoldersBelowOneComponentAtATime) {
   EXPECT_EQ(open("a/none/c"), ENOENT);
 }
 
-TEST_F(FileSystemTest, makesMissingFoldersPrivateAndDurable) {
+TEST_F(FileSystemTests, makesMissingFoldersPrivateAndDurable) {
   temp_.makeFolders("a");
   FailingFileSystem recorded(*fileSystem_);
   ASSERT_TRUE(makeFoldersBelow(recorded, temp_.descriptor(), "a/b/c"));
@@ -252,14 +252,14 @@ TEST_F(FileSystemTest, makesMissingFoldersPrivateAndDurable) {
   EXPECT_FALSE(temp_.holds("a/b/new"));
 }
 
-TEST_F(FileSystemTest, aFolderThatAnotherProcessMakesMeanwhileIsUsed) {
+TEST_F(FileSystemTests, aFolderThatAnotherProcessMakesMeanwhileIsUsed) {
   FailingFileSystem raced(*fileSystem_);
   raced.countOnly({FileCall::makeFolder});
   raced.beforeCall(1, [&] { temp_.makeFolders("new"); });
   EXPECT_TRUE(makeFoldersBelow(raced, temp_.descriptor(), "new/inner"));
 }
 
-TEST_F(FileSystemTest, readsToTheEndWithinTheLimit) {
+TEST_F(FileSystemTests, readsToTheEndWithinTheLimit) {
   const std::string content(200'000, 'c');
   temp_.write("file", content);
   const auto read = [&](std::size_t limit) {
@@ -271,7 +271,7 @@ TEST_F(FileSystemTest, readsToTheEndWithinTheLimit) {
   EXPECT_EQ(read(0).error().code, EFBIG);
 }
 
-TEST_F(FileSystemTest, aLockHasOneHolder) {
+TEST_F(FileSystemTests, aLockHasOneHolder) {
   const int folder = temp_.descriptor();
   {
     const auto first = fileSystem_->lockFile(folder, "lock");

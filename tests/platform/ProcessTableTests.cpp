@@ -65,7 +65,7 @@ std::optional<RunningProcess> find(const std::vector<RunningProcess>& processes,
 
 std::optional<RunningProcess> findNow(pid_t number) { return find(makeSystemProcessTable()->read().value(), number); }
 
-TEST(ProcessTableTest, keepsAChildWhosePlacesAreTooLongToTell) {
+TEST(ProcessTableTests, keepsAChildWhosePlacesAreTooLongToTell) {
   TempFolder temp;
   temp.write("open", "x");
   temp.makeFolders("deep");
@@ -94,7 +94,7 @@ TEST(ProcessTableTest, keepsAChildWhosePlacesAreTooLongToTell) {
   EXPECT_EQ(holds->workingFolder, FilePath{"/"});
 }
 
-TEST(ProcessTableTest, seesWhatAChildHolds) {
+TEST(ProcessTableTests, seesWhatAChildHolds) {
   TempFolder temp;
   temp.write("open", "x");
   temp.write("mapped", std::string(4096, 'm'));
@@ -118,7 +118,7 @@ TEST(ProcessTableTest, seesWhatAChildHolds) {
   EXPECT_EQ(std::ranges::adjacent_find(process->openPaths), process->openPaths.end());
 }
 
-TEST(ProcessTableTest, leavesOutItselfAndTheEnded) {
+TEST(ProcessTableTests, leavesOutItselfAndTheEnded) {
   EXPECT_FALSE(findNow(::getpid()));
   const pid_t ended = ::fork();
   if (ended == 0) ::_exit(0);
@@ -128,7 +128,7 @@ TEST(ProcessTableTest, leavesOutItselfAndTheEnded) {
   ::waitpid(ended, nullptr, 0);
 }
 
-TEST(ProcessTableTest, aProcessThatMayNotBeLookedIntoIsStillSeen) {
+TEST(ProcessTableTests, aProcessThatMayNotBeLookedIntoIsStillSeen) {
   constexpr uid_t other = 12345;
   if (::geteuid() != 0) GTEST_SKIP() << "only the administrator can become another user";
   const auto becomeOther = [] {
@@ -157,7 +157,7 @@ TEST(ProcessTableTest, aProcessThatMayNotBeLookedIntoIsStillSeen) {
   EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-TEST(ProcessTableTest, readsAMadeTree) {
+TEST(ProcessTableTests, readsAMadeTree) {
   TempFolder temp;
   const auto make = [&](const std::string& number, const std::string& user) {
     temp.write(number + "/status", "Name:\tx\nState:\tS (sleeping)\nUid:\t" + user + "\t0\t0\t0\n");
@@ -191,7 +191,7 @@ TEST(ProcessTableTest, readsAMadeTree) {
   EXPECT_EQ(read(0).size(), 2u);
 }
 
-TEST(ProcFilesTest, readsTheStatusOfAnyProgramName) {
+TEST(ProcFilesTests, readsTheStatusOfAnyProgramName) {
   const auto status = [](std::string_view text) { return processStatusFromText(text); };
   EXPECT_EQ(status("Name:\tUid: 7\nState:\tR (running)\nUid:\t4294967294\t1\t1\t1\n"),
             (ProcessStatus{4'294'967'294u, false}));
@@ -201,7 +201,7 @@ TEST(ProcFilesTest, readsTheStatusOfAnyProgramName) {
     EXPECT_FALSE(status(damaged)) << damaged;
 }
 
-TEST(ProcFilesTest, readsMappedPathsWithSpacesAndNewlines) {
+TEST(ProcFilesTests, readsMappedPathsWithSpacesAndNewlines) {
   std::vector<FilePath> paths;
   addMappedPaths(
       "7f-80 r--p 00000000 fd:00 123                        /a b/c  d\n"
@@ -214,7 +214,7 @@ TEST(ProcFilesTest, readsMappedPathsWithSpacesAndNewlines) {
   EXPECT_THAT(paths, ElementsAre(FilePath{"/a b/c  d"}, FilePath{"/new\nline"}));
 }
 
-TEST(ProcFilesTest, onlyPlainNumbersAreProcesses) {
+TEST(ProcFilesTests, onlyPlainNumbersAreProcesses) {
   EXPECT_EQ(processNumberFromName("1"), 1);
   for (const char* name : {"", "0", "-1", "+1", "1x", " 1", "self", "99999999999"})
     EXPECT_FALSE(processNumberFromName(name)) << name;

@@ -58,7 +58,7 @@ std::uint64_t signalsIn(std::string_view status, std::string_view label) {
                                       : std::stoull(std::string(status.substr(at + label.size(), 17)), nullptr, 16);
 }
 
-TEST(SafeProcessRunnerTest, passesArgumentsAsTheyAreAndKeepsTheStreamsApart) {
+TEST(SafeProcessRunnerTests, passesArgumentsAsTheyAreAndKeepsTheStreamsApart) {
   ProcessRequest request = shell("printf '<%s>' \"$@\"; printf problem >&2; exit 7");
   request.arguments.insert(request.arguments.end(), {"name", "a b", "", "$HOME `id` 'x' \"y\" \\ *", "\xff\n"});
   const SafeProcessResult result = resultOf(request);
@@ -69,7 +69,7 @@ TEST(SafeProcessRunnerTest, passesArgumentsAsTheyAreAndKeepsTheStreamsApart) {
   EXPECT_TRUE(result.isOutputComplete);
 }
 
-TEST(SafeProcessRunnerTest, saysWhyAProgramCannotBeStarted) {
+TEST(SafeProcessRunnerTests, saysWhyAProgramCannotBeStarted) {
   TempFolder temp;
   temp.write("notExecutable", "text");
   const auto codeFor = [](ProcessRequest request) { return SafeProcessRunner().run(request, {}).error().code; };
@@ -91,13 +91,13 @@ TEST(SafeProcessRunnerTest, saysWhyAProgramCannotBeStarted) {
   EXPECT_EQ(codeFor(request), EINVAL);
 }
 
-TEST(SafeProcessRunnerTest, aFullPipeDoesNotBlockTheOtherOne) {
+TEST(SafeProcessRunnerTests, aFullPipeDoesNotBlockTheOtherOne) {
   const SafeProcessResult result = resultOf(shell("head -c 5000000 /dev/zero >&2; printf done"));
   EXPECT_EQ(result.standardError.size(), 5'000'000u);
   EXPECT_EQ(result.standardOutput, "done");
 }
 
-TEST(SafeProcessRunnerTest, theChildGetsExactlyItsEnvironment) {
+TEST(SafeProcessRunnerTests, theChildGetsExactlyItsEnvironment) {
   ::setenv("QUORVANE_TEST_LEAK", "1", 1);  // NOLINT(concurrency-mt-unsafe): no other thread runs yet
   ProcessRequest request{
       .executable = {"/usr/bin/env"}, .arguments = {}, .environment = {}, .workingFolder = {}, .timeLimit = 5s};
@@ -106,14 +106,14 @@ TEST(SafeProcessRunnerTest, theChildGetsExactlyItsEnvironment) {
   EXPECT_EQ(resultOf(request).standardOutput, "A=1=2\nB=\n");
 }
 
-TEST(SafeProcessRunnerTest, theChildRunsWhereItIsToldTo) {
+TEST(SafeProcessRunnerTests, theChildRunsWhereItIsToldTo) {
   TempFolder temp;
   ProcessRequest request = shell("pwd -P");
   request.workingFolder = temp.path();
   EXPECT_EQ(resultOf(request).standardOutput, temp.path().bytes + "\n");
 }
 
-TEST(SafeProcessRunnerTest, nothingOfThisProcessReachesTheChild) {
+TEST(SafeProcessRunnerTests, nothingOfThisProcessReachesTheChild) {
   const FileDescriptor inheritable(::open("/dev/null", O_RDONLY));  // without O_CLOEXEC
   ASSERT_GE(inheritable.number(), 3);
   sigset_t blocked, before;
@@ -134,13 +134,13 @@ TEST(SafeProcessRunnerTest, nothingOfThisProcessReachesTheChild) {
   EXPECT_EQ(signalsIn(text, "SigIgn:") & ordinarySignals, 0u);
 }
 
-TEST(SafeProcessRunnerTest, theChildHasNoTerminalAndItsOwnSession) {
+TEST(SafeProcessRunnerTests, theChildHasNoTerminalAndItsOwnSession) {
   EXPECT_NE(resultOf(shell(": </dev/tty")).exitCode, 0);
   EXPECT_EQ(
       resultOf(shell("read -r _ _ _ _ group session _ </proc/$$/stat; test $group = $$ -a $session = $$")).exitCode, 0);
 }
 
-TEST(SafeProcessRunnerTest, theChildHasTheDescriptorLimitOfOldTimes) {
+TEST(SafeProcessRunnerTests, theChildHasTheDescriptorLimitOfOldTimes) {
   rlimit before{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
   before.rlim_cur = std::min<rlim_t>(before.rlim_max - 1, 512);
@@ -152,9 +152,9 @@ TEST(SafeProcessRunnerTest, theChildHasTheDescriptorLimitOfOldTimes) {
   EXPECT_EQ(resultOf(shell("ulimit -n")).standardOutput, std::to_string(before.rlim_cur) + "\n");
 }
 
-TEST(SafeProcessRunnerTest, aSignalledChildIsToldApart) { EXPECT_EQ(resultOf(shell("kill -9 $$")).exitCode, 128 + 9); }
+TEST(SafeProcessRunnerTests, aSignalledChildIsToldApart) { EXPECT_EQ(resultOf(shell("kill -9 $$")).exitCode, 128 + 9); }
 
-TEST(SafeProcessRunnerTest, anOverdueChildIsAskedToEndAndWhatItWroteIsKept) {
+TEST(SafeProcessRunnerTests, anOverdueChildIsAskedToEndAndWhatItWroteIsKept) {
   const auto [result, seconds] = timed(shell("printf early; exec sleep 30", 200ms));
   EXPECT_TRUE(result.didTimeOut);
   EXPECT_EQ(result.exitCode, 128 + SIGTERM);
@@ -162,27 +162,27 @@ TEST(SafeProcessRunnerTest, anOverdueChildIsAskedToEndAndWhatItWroteIsKept) {
   EXPECT_THAT(seconds.count(), AllOf(Ge(0.2), Lt(2.5)));
 }
 
-TEST(SafeProcessRunnerTest, aChildThatWillNotEndIsMadeTo) {
+TEST(SafeProcessRunnerTests, aChildThatWillNotEndIsMadeTo) {
   const auto [result, seconds] = timed(shell("trap '' TERM; while :; do sleep 0.05; done", 200ms));
   EXPECT_TRUE(result.didTimeOut);
   EXPECT_EQ(result.exitCode, 128 + SIGKILL);
   EXPECT_THAT(seconds.count(), AllOf(Ge(0.7), Lt(2.5)));
 }
 
-TEST(SafeProcessRunnerTest, aStoppedChildEndsToo) {
+TEST(SafeProcessRunnerTests, aStoppedChildEndsToo) {
   const auto [result, seconds] = timed(shell("kill -STOP $$", 200ms));
   EXPECT_EQ(result.exitCode, 128 + SIGTERM);
   EXPECT_LT(seconds.count(), 2.5);
 }
 
-TEST(SafeProcessRunnerTest, everythingInTheSessionEndsWithTheChild) {
+TEST(SafeProcessRunnerTests, everythingInTheSessionEndsWithTheChild) {
   const SafeProcessResult result = resultOf(shell("sleep 30 & echo $!; wait", 200ms));
   EXPECT_TRUE(result.didTimeOut);
   EXPECT_TRUE(result.isOutputComplete);
   EXPECT_FALSE(isRunning(result.standardOutput));
 }
 
-TEST(SafeProcessRunnerTest, aGrandchildInAnotherSessionCannotHoldTheRun) {
+TEST(SafeProcessRunnerTests, aGrandchildInAnotherSessionCannotHoldTheRun) {
   const auto [result, seconds] = timed(shell("setsid sleep 5 & echo $!; exit 3", 300ms));
   EXPECT_EQ(result.exitCode, 3);
   EXPECT_FALSE(result.didTimeOut);
@@ -192,13 +192,13 @@ TEST(SafeProcessRunnerTest, aGrandchildInAnotherSessionCannotHoldTheRun) {
   ::kill(std::stoi(result.standardOutput), SIGKILL);
 }
 
-TEST(SafeProcessRunnerTest, aGrandchildThatWritesOnIsHeard) {
+TEST(SafeProcessRunnerTests, aGrandchildThatWritesOnIsHeard) {
   const SafeProcessResult result = resultOf(shell("(sleep 0.2; printf late) & exit 0"));
   EXPECT_EQ(result.standardOutput, "late");
   EXPECT_TRUE(result.isOutputComplete);
 }
 
-TEST(SafeProcessRunnerTest, whatIsBeyondTheLimitIsCounted) {
+TEST(SafeProcessRunnerTests, whatIsBeyondTheLimitIsCounted) {
   ProcessRequest request = shell("head -c 300000 /dev/zero; head -c 1001 /dev/zero >&2");
   request.outputLimit = 1000;
   const SafeProcessResult result = resultOf(request);
@@ -208,7 +208,7 @@ TEST(SafeProcessRunnerTest, whatIsBeyondTheLimitIsCounted) {
   EXPECT_EQ(result.droppedErrorBytes, 1u);
 }
 
-TEST(SafeProcessRunnerTest, aStopRequestEndsTheChildWithoutATimeOut) {
+TEST(SafeProcessRunnerTests, aStopRequestEndsTheChildWithoutATimeOut) {
   StopSource source;
   std::thread asker([&] {
     std::this_thread::sleep_for(200ms);
@@ -221,14 +221,14 @@ TEST(SafeProcessRunnerTest, aStopRequestEndsTheChildWithoutATimeOut) {
   EXPECT_LT(seconds.count(), 2.5);
 }
 
-TEST(SafeProcessRunnerTest, aShortCommandIsNotHeldUp) {
+TEST(SafeProcessRunnerTests, aShortCommandIsNotHeldUp) {
   // The end of a child that has closed its streams is an event of its own, not found at the next tick.
   double shortest = 10;
   for (int i = 0; i < 10; ++i) shortest = std::min(shortest, timed(shell("exec 1>&- 2>&-; sleep 0.06")).second.count());
   EXPECT_THAT(shortest, AllOf(Ge(0.06), Lt(0.095)));
 }
 
-TEST(SafeProcessRunnerTest, leavesNoZombieAndNoDescriptorBehind) {
+TEST(SafeProcessRunnerTests, leavesNoZombieAndNoDescriptorBehind) {
   const auto openDescriptors = [] {
     const std::filesystem::directory_iterator all("/proc/self/fd");
     return std::distance(begin(all), end(all));

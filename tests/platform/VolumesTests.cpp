@@ -23,7 +23,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-TEST(MountInfoTest, readsPointsAndTheirEscapes) {
+TEST(MountInfoTests, readsPointsAndTheirEscapes) {
   EXPECT_THAT(mountPointsFromMountInfo("36 35 98:0 / /z rw,noatime master:1 - ext3 /dev/root rw\n"
                                        "40 36 0:5 /sub /a\\040b\\011\\012\\134\\043 rw - tmpfs t rw\n"
                                        "41 36 0:5 / /z rw - tmpfs over rw\n"
@@ -33,7 +33,7 @@ TEST(MountInfoTest, readsPointsAndTheirEscapes) {
   EXPECT_TRUE(mountPointsFromMountInfo("")->empty());
 }
 
-TEST(MountInfoTest, refusesTheWholeTextForOneBadLine) {
+TEST(MountInfoTests, refusesTheWholeTextForOneBadLine) {
   const std::string good = "36 35 98:0 / /z rw - ext3 /dev/root rw\n";
   for (const char* bad :
        {"\n", "36 35 98:0 /\n", "36 35 98:0 / relative rw\n", "36 35 98:0 / /cut", "36 35 98:0 / /a\\04 rw\n",
@@ -41,13 +41,13 @@ TEST(MountInfoTest, refusesTheWholeTextForOneBadLine) {
     EXPECT_FALSE(mountPointsFromMountInfo(good + bad)) << bad;
 }
 
-TEST(VolumeIdentifiersTest, aDerivedUuidTellsEveryTypeAndIdentifierApart) {
+TEST(VolumeIdentifiersTests, aDerivedUuidTellsEveryTypeAndIdentifierApart) {
   EXPECT_EQ(uuidText(derivedVolumeUuid(0x01020304, {0x11223344, -2})), "01020304-0000-8011-8022-3344FFFFFFFE");
   EXPECT_NE(derivedVolumeUuid(1, {2, 3}), derivedVolumeUuid(1, {3, 2}));
   EXPECT_NE(derivedVolumeUuid(1, {2, 3}), derivedVolumeUuid(2, {2, 3}));
 }
 
-TEST(VolumeIdentifiersTest, knowsWhatLiesElsewhere) {
+TEST(VolumeIdentifiersTests, knowsWhatLiesElsewhere) {
   constexpr std::uint32_t ext4 = 0xEF53, nfs = 0x6969, cifs = 0xFF534D42, fuse = 0x65735546;
   EXPECT_TRUE(isLocalFileSystem(ext4, true));
   EXPECT_FALSE(isLocalFileSystem(nfs, false));
@@ -56,7 +56,7 @@ TEST(VolumeIdentifiersTest, knowsWhatLiesElsewhere) {
   EXPECT_TRUE(isLocalFileSystem(fuse, true));
 }
 
-TEST(VolumesTest, oneVolumeHasOneIdentity) {
+TEST(VolumesTests, oneVolumeHasOneIdentity) {
   TempFolder temp;
   temp.makeFolders("inner");
   const auto fileSystem = makeSystemFileSystem();
@@ -69,7 +69,7 @@ TEST(VolumesTest, oneVolumeHasOneIdentity) {
   EXPECT_EQ(volumes->identity(-1).error().code, EBADF);
 }
 
-TEST(VolumesTest, capacityIsWhatThisUserCanWrite) {
+TEST(VolumesTests, capacityIsWhatThisUserCanWrite) {
   TempFolder temp;
   struct statvfs raw {};
   ASSERT_EQ(::statvfs(temp.path().bytes.c_str(), &raw), 0);
@@ -80,7 +80,7 @@ TEST(VolumesTest, capacityIsWhatThisUserCanWrite) {
   EXPECT_EQ(makeSystemVolumes()->capacity(temp.at("missing")).error().code, ENOENT);
 }
 
-TEST(VolumesTest, aMountedVolumeIsAnotherOne) {
+TEST(VolumesTests, aMountedVolumeIsAnotherOne) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the administrator can mount";
   TempFolder temp;
   temp.makeFolders("a mount\n\\");

@@ -13,7 +13,7 @@
 namespace quorvane {
 namespace {
 
-class CleaningSafetyPolicyTest : public testing::Test {
+class CleaningSafetyPolicyTests : public testing::Test {
  protected:
   bool macosAllows(const std::string& location) {
     return CleaningSafetyPolicy(*fileSystem_, macosCleaningRules(home_)).allowsCleaning({location});
@@ -53,7 +53,7 @@ struct Case {
   bool isAllowed;
 };
 
-TEST_F(CleaningSafetyPolicyTest, AllowsWhatLiesStrictlyInsideTheMacosRoots) {
+TEST_F(CleaningSafetyPolicyTests, allowsWhatLiesStrictlyInsideTheMacosRoots) {
   for (const std::string root :
        {"Library/Caches", "Library/Logs", "Library/Developer/Xcode/DerivedData", "Library/Developer/Xcode/Archives",
         "Library/Saved Application State", "Library/WebKit", "Library/HTTPStorages", "Library/Cookies",
@@ -67,7 +67,7 @@ TEST_F(CleaningSafetyPolicyTest, AllowsWhatLiesStrictlyInsideTheMacosRoots) {
   }
 }
 
-TEST_F(CleaningSafetyPolicyTest, ProtectsFoldersOfTheMacosHomeAndSystem) {
+TEST_F(CleaningSafetyPolicyTests, protectsFoldersOfTheMacosHomeAndSystem) {
   for (const std::string location : {"/", "/Applications", "/Library", "/System", "/Users", "/a/b", "",
                                      "Library/Caches/x", "/Applications/A.app/Contents"})
     EXPECT_FALSE(macosAllows(location)) << location;
@@ -78,7 +78,7 @@ TEST_F(CleaningSafetyPolicyTest, ProtectsFoldersOfTheMacosHomeAndSystem) {
   EXPECT_TRUE(macosAllowsInHome("Documents/../Library/Caches/./x"));
 }
 
-TEST_F(CleaningSafetyPolicyTest, AllowsOnlyMailDownloadsOfTheMailContainer) {
+TEST_F(CleaningSafetyPolicyTests, allowsOnlyMailDownloadsOfTheMailContainer) {
   const std::string mail = "Library/Containers/com.apple.mail";
   for (const auto& [location, isAllowed] : std::vector<Case>{
            {mail, false},
@@ -94,7 +94,7 @@ TEST_F(CleaningSafetyPolicyTest, AllowsOnlyMailDownloadsOfTheMailContainer) {
     EXPECT_EQ(macosAllowsInHome(location), isAllowed) << location;
 }
 
-TEST_F(CleaningSafetyPolicyTest, JudgesWhereLinksLead) {
+TEST_F(CleaningSafetyPolicyTests, judgesWhereLinksLead) {
   const std::string mail = "Library/Containers/com.apple.mail/Data/Library/";
   temp_.makeFolders("Users/u/" + mail + "Mail Downloads");
   temp_.makeFolders("Users/u/" + mail + "Mail");
@@ -122,7 +122,7 @@ TEST_F(CleaningSafetyPolicyTest, JudgesWhereLinksLead) {
   EXPECT_FALSE(macosAllowsInHome("Library/Caches/out"));
 }
 
-TEST_F(CleaningSafetyPolicyTest, AllowsWhatLiesInsideTheLinuxRoots) {
+TEST_F(CleaningSafetyPolicyTests, allowsWhatLiesInsideTheLinuxRoots) {
   for (const auto& [location, isAllowed] : std::vector<Case>{
            {".cache", false},
            {".cache/x", true},
@@ -150,7 +150,7 @@ TEST_F(CleaningSafetyPolicyTest, AllowsWhatLiesInsideTheLinuxRoots) {
     EXPECT_EQ(linuxAllowsInHome(location), isAllowed) << location;
 }
 
-TEST_F(CleaningSafetyPolicyTest, ProtectsFoldersOfTheLinuxHomeAndSystem) {
+TEST_F(CleaningSafetyPolicyTests, protectsFoldersOfTheLinuxHomeAndSystem) {
   for (const std::string relative : {"",
                                      ".config",
                                      ".config/x",
@@ -181,7 +181,7 @@ TEST_F(CleaningSafetyPolicyTest, ProtectsFoldersOfTheLinuxHomeAndSystem) {
     EXPECT_FALSE(linuxAllows(defaultFolders(), location)) << location;
 }
 
-TEST_F(CleaningSafetyPolicyTest, DoesNotBelieveAnEnvironmentThatDeclaresEverythingACache) {
+TEST_F(CleaningSafetyPolicyTests, doesNotBelieveAnEnvironmentThatDeclaresEverythingACache) {
   struct XdgCase {
     std::string cache, location;
     bool isAllowed;
@@ -210,7 +210,7 @@ TEST_F(CleaningSafetyPolicyTest, DoesNotBelieveAnEnvironmentThatDeclaresEverythi
   }
 }
 
-TEST_F(CleaningSafetyPolicyTest, ProtectsWhatLivesInsideACache) {
+TEST_F(CleaningSafetyPolicyTests, protectsWhatLivesInsideACache) {
   ApplicationFolders folders = defaultFolders();
   folders.data = joined(home_, ".cache/mine/data");
   folders.applicationSupport = joined(home_, ".cache/support");
@@ -225,7 +225,7 @@ TEST_F(CleaningSafetyPolicyTest, ProtectsWhatLivesInsideACache) {
     EXPECT_EQ(linuxAllows(folders, joined(home_, relative).bytes), isAllowed) << relative;
 }
 
-TEST_F(CleaningSafetyPolicyTest, WantsBothSpellingsOfALinuxPathInside) {
+TEST_F(CleaningSafetyPolicyTests, wantsBothSpellingsOfALinuxPathInside) {
   temp_.makeFolders("Users/u/.cache/sub");
   temp_.makeFolders("Users/u/Downloads");
   temp_.makeFolders("Users/u/Documents/d");
@@ -247,7 +247,7 @@ TEST_F(CleaningSafetyPolicyTest, WantsBothSpellingsOfALinuxPathInside) {
     EXPECT_EQ(linuxAllowsInHome(location), isAllowed) << location;
 }
 
-TEST_F(CleaningSafetyPolicyTest, KnowsAHomeAndACacheThatAreLinks) {
+TEST_F(CleaningSafetyPolicyTests, knowsAHomeAndACacheThatAreLinks) {
   temp_.makeFolders("Users/u");
   temp_.makeFolders("big/cache");
   temp_.makeLink("Users/alias", "u");

@@ -11,13 +11,13 @@
 namespace quorvane {
 namespace {
 
-class CloudScopeTest : public testing::Test {
+class CloudScopeTests : public testing::Test {
  protected:
   TempFolder temp_;
   std::unique_ptr<FileSystem> fileSystem_ = makeSystemFileSystem();
 };
 
-TEST_F(CloudScopeTest, HoldsTheServicesFoldersOfAHome) {
+TEST_F(CloudScopeTests, holdsTheServicesFoldersOfAHome) {
   temp_.makeFolders("elsewhere");
   temp_.makeLink("Nextcloud", "elsewhere");
   const CloudScope scope(*fileSystem_, temp_.path(), HomeLayout::linux);
@@ -30,13 +30,13 @@ TEST_F(CloudScopeTest, HoldsTheServicesFoldersOfAHome) {
   EXPECT_FALSE(scope.touches({"/Dropbox"}));
 }
 
-TEST_F(CloudScopeTest, KnowsAHomeByItsLink) {
+TEST_F(CloudScopeTests, knowsAHomeByItsLink) {
   temp_.makeFolders("u");
   temp_.makeLink("alias", "u");
   EXPECT_TRUE(CloudScope(*fileSystem_, temp_.at("alias"), HomeLayout::linux).touches(temp_.at("u/Dropbox/x")));
 }
 
-TEST_F(CloudScopeTest, HasFoldersOfItsOwnInAMacosHome) {
+TEST_F(CloudScopeTests, hasFoldersOfItsOwnInAMacosHome) {
   const CloudScope scope(*fileSystem_, temp_.path(), HomeLayout::macos);
   EXPECT_TRUE(scope.touches(temp_.at("Library/CloudStorage/x")));
   EXPECT_TRUE(scope.touches(temp_.at("Library/Mobile Documents")));

@@ -27,7 +27,7 @@ RunningProcess opaque(const std::string& program) {
   return running;
 }
 
-TEST(InUseIndex, FindsUsesAtOrBelowAPath) {
+TEST(InUseIndexTests, findsUsesAtOrBelowAPath) {
   const InUseIndex index(Processes(std::vector{process("a", "/work/tree/inner", {"/c/a-b", "/c/a/file", "/c/z"}),
                                                process("b", "", {"/c/a.d/x", "/c/exact"})}));
   for (const std::string path : {"/c/a", "/c/a/file", "/c/a-b", "/c/a.d", "/c/exact", "/c", "/", "/work", "/work/tree",
@@ -39,7 +39,7 @@ TEST(InUseIndex, FindsUsesAtOrBelowAPath) {
   EXPECT_TRUE(index.uninspectable().empty());
 }
 
-TEST(InUseIndex, TellsWorkingFoldersFromOpenFiles) {
+TEST(InUseIndexTests, tellsWorkingFoldersFromOpenFiles) {
   const InUseIndex index(Processes(std::vector{process("a", "/w/tree/inner", {"/w/other/file"})}));
   EXPECT_TRUE(index.standsIn({"/w/tree"}));
   EXPECT_TRUE(index.standsIn({"/w/tree/inner"}));
@@ -47,14 +47,14 @@ TEST(InUseIndex, TellsWorkingFoldersFromOpenFiles) {
   EXPECT_FALSE(index.standsIn({"/w/tree/inner/deeper"}));
 }
 
-TEST(InUseIndex, CountsEverythingAsInUseWithoutAProcessTable) {
+TEST(InUseIndexTests, countsEverythingAsInUseWithoutAProcessTable) {
   const InUseIndex index(Processes(failure(PosixError{EACCES})));
   EXPECT_FALSE(index.couldReadProcesses());
   EXPECT_TRUE(index.isInUse({"/anything"}));
   EXPECT_TRUE(index.standsIn({"/anything"}));
 }
 
-TEST(InUseIndex, LetsAnOpaqueProcessClaimFoldersOfItsName) {
+TEST(InUseIndexTests, letsAnOpaqueProcessClaimFoldersOfItsName) {
   const InUseIndex index(Processes(std::vector{opaque("Chrome"), opaque("ssh-agent"), opaque("sh"), opaque("zsh"),
                                                opaque("agent"), opaque(""), opaque("ssh-agent")}));
   for (const std::string path : {"/c/chrome", "/c/google-chrome", "/c/Google Chrome", "/c/org.chrome.Chrome",

@@ -52,7 +52,7 @@ class ManualDispatcher final : public Dispatcher {
   std::deque<Task> pending_;
 };
 
-class ScanProgressDeliveryTest : public testing::Test {
+class ScanProgressDeliveryTests : public testing::Test {
  protected:
   void submit(std::vector<double> fractions, Uuid operation = first) {
     for (const double fraction : fractions) delivery_->submit(operation, fraction);
@@ -69,7 +69,7 @@ class ScanProgressDeliveryTest : public testing::Test {
       ScanProgressDelivery::make(dispatcher_, interval, [this](double fraction) { delivered_.push_back(fraction); });
 };
 
-TEST_F(ScanProgressDeliveryTest, AcceptsOnlyFractionsThatGoForward) {
+TEST_F(ScanProgressDeliveryTests, acceptsOnlyFractionsThatGoForward) {
   struct Case {
     std::vector<double> submitted, delivered;
   };
@@ -95,7 +95,7 @@ TEST_F(ScanProgressDeliveryTest, AcceptsOnlyFractionsThatGoForward) {
   }
 }
 
-TEST_F(ScanProgressDeliveryTest, DeliversTheFirstAtOnceAndTheNewestAfterTheInterval) {
+TEST_F(ScanProgressDeliveryTests, deliversTheFirstAtOnceAndTheNewestAfterTheInterval) {
   delivery_->begin(first);
   submit({0.1});
   dispatcher_.advance(milliseconds(0));
@@ -111,13 +111,13 @@ TEST_F(ScanProgressDeliveryTest, DeliversTheFirstAtOnceAndTheNewestAfterTheInter
   EXPECT_EQ(delivered_, (std::vector{0.1, 0.3, 0.4})) << "after a silence the next is the first again";
 }
 
-TEST_F(ScanProgressDeliveryTest, DropsWhatBelongsToNoOperation) {
+TEST_F(ScanProgressDeliveryTests, dropsWhatBelongsToNoOperation) {
   submit({0.5});
   drain();
   EXPECT_TRUE(delivered_.empty());
 }
 
-TEST_F(ScanProgressDeliveryTest, DropsAnEarlierOperationsUpdatesAndStartsAgainFromZero) {
+TEST_F(ScanProgressDeliveryTests, dropsAnEarlierOperationsUpdatesAndStartsAgainFromZero) {
   delivery_->begin(first);
   submit({0.9});
   delivery_->begin(second);
@@ -127,7 +127,7 @@ TEST_F(ScanProgressDeliveryTest, DropsAnEarlierOperationsUpdatesAndStartsAgainFr
   EXPECT_EQ(delivered_, std::vector{0.1});
 }
 
-TEST_F(ScanProgressDeliveryTest, KeepsItsPlaceWhenTheSameOperationBeginsAgain) {
+TEST_F(ScanProgressDeliveryTests, keepsItsPlaceWhenTheSameOperationBeginsAgain) {
   delivery_->begin(first);
   submit({0.9});
   delivery_->begin(first);
@@ -136,7 +136,7 @@ TEST_F(ScanProgressDeliveryTest, KeepsItsPlaceWhenTheSameOperationBeginsAgain) {
   EXPECT_EQ(delivered_, std::vector{0.9});
 }
 
-TEST_F(ScanProgressDeliveryTest, HasAtMostOneTaskOnItsWay) {
+TEST_F(ScanProgressDeliveryTests, hasAtMostOneTaskOnItsWay) {
   delivery_->begin(first);
   submit({0.1, 0.2});
   delivery_->begin(second);
@@ -144,7 +144,7 @@ TEST_F(ScanProgressDeliveryTest, HasAtMostOneTaskOnItsWay) {
   EXPECT_EQ(dispatcher_.pendingCount(), 1U);
 }
 
-TEST_F(ScanProgressDeliveryTest, DeliversNothingOnceReleased) {
+TEST_F(ScanProgressDeliveryTests, deliversNothingOnceReleased) {
   delivery_->begin(first);
   submit({0.1});
   delivery_.reset();
@@ -152,7 +152,7 @@ TEST_F(ScanProgressDeliveryTest, DeliversNothingOnceReleased) {
   EXPECT_TRUE(delivered_.empty());
 }
 
-TEST(CleaningScanProgressDelivery, CarriesWholeReportsAndMayBeCalledFromItsHandler) {
+TEST(CleaningScanProgressDeliveryTests, carriesWholeReportsAndMayBeCalledFromItsHandler) {
   ManualDispatcher dispatcher;
   std::vector<CleaningScanProgressUpdate> delivered;
   std::weak_ptr<CleaningScanProgressDelivery> own;
@@ -213,7 +213,7 @@ class PoolDispatcher final : public Dispatcher {
   std::vector<std::jthread> threads_;  // last: they end before what they use
 };
 
-TEST(ScanProgressDelivery, NeverDeliversTwiceAtOnceNorLosesTheLastValue) {
+TEST(ScanProgressDeliveryThreadTests, neverDeliversTwiceAtOnceNorLosesTheLastValue) {
   constexpr int steps = 50'000;
   std::atomic<int> inside = 0, overlaps = 0;
   std::atomic<double> last = 0;

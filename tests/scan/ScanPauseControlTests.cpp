@@ -29,14 +29,14 @@ class Waiters {
   std::vector<std::jthread> threads_;
 };
 
-TEST(ScanPauseControl, LetsARunningScanPass) {
+TEST(ScanPauseControlTests, letsARunningScanPass) {
   ScanPauseControl control;
   EXPECT_EQ(control.state(), State::running);
   EXPECT_TRUE(control.waitWhilePaused());
   EXPECT_FALSE(control.stopToken().stopRequested());
 }
 
-TEST(ScanPauseControl, WakesEveryWaiterOnResume) {
+TEST(ScanPauseControlTests, wakesEveryWaiterOnResume) {
   ScanPauseControl control;
   control.pause();
   Waiters waiters(control, 3);
@@ -46,7 +46,7 @@ TEST(ScanPauseControl, WakesEveryWaiterOnResume) {
   EXPECT_EQ(waiters.continued(), 3);
 }
 
-TEST(ScanPauseControl, WakesEveryWaiterOnCancel) {
+TEST(ScanPauseControlTests, wakesEveryWaiterOnCancel) {
   ScanPauseControl control;
   control.pause();
   Waiters waiters(control, 3);
@@ -56,7 +56,7 @@ TEST(ScanPauseControl, WakesEveryWaiterOnCancel) {
   EXPECT_TRUE(control.stopToken().stopRequested());
 }
 
-TEST(ScanPauseControl, StaysCancelled) {
+TEST(ScanPauseControlTests, staysCancelled) {
   ScanPauseControl control;
   control.cancel();
   control.pause();

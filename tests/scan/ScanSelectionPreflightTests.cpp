@@ -49,7 +49,7 @@ ScanItem checkedAlone(const Case& given, const ScanItem& item,
   return ScanSelectionPreflight::checked({item}, observation).front();
 }
 
-TEST(ScanSelectionPreflight, DemotesForTheFirstReasonThatApplies) {
+TEST(ScanSelectionPreflightTests, demotesForTheFirstReasonThatApplies) {
   const std::string caches = "/home/u/Library/Caches/";
   for (const Case& given : std::vector<Case>{
            {caches + "x", false, std::nullopt, std::nullopt},
@@ -80,12 +80,12 @@ TEST(ScanSelectionPreflight, DemotesForTheFirstReasonThatApplies) {
   }
 }
 
-TEST(ScanSelectionPreflight, ComparesTheCachesRootStandardised) {
+TEST(ScanSelectionPreflightTests, comparesTheCachesRootStandardised) {
   const Case given{"/h/c/com.apple.x", false, {}, {}};
   EXPECT_FALSE(checkedAlone(given, selectedItem(given.path), "/h/./d/../c/").isSelected);
 }
 
-TEST(ScanSelectionPreflight, BearsTheEndsOfTime) {
+TEST(ScanSelectionPreflightTests, bearsTheEndsOfTime) {
   for (const Date date : {Date::min(), Date::max()}) {
     const auto checked = ScanSelectionPreflight::checked(
         {selectedItem("/x")}, {.now = now,
@@ -96,7 +96,7 @@ TEST(ScanSelectionPreflight, BearsTheEndsOfTime) {
   }
 }
 
-TEST(ScanSelectionPreflight, LeavesAloneWhatIsNotSelectedOrNotSafe) {
+TEST(ScanSelectionPreflightTests, leavesAloneWhatIsNotSelectedOrNotSafe) {
   const Case given{"/home/u/Library/Caches/com.apple.x", true, 0s, {}};
   for (const bool isSelected : {false, true})
     for (const SafetyLevel safety : allCases<SafetyLevel>()) {
@@ -108,7 +108,7 @@ TEST(ScanSelectionPreflight, LeavesAloneWhatIsNotSelectedOrNotSafe) {
     }
 }
 
-TEST(ScanSelectionPreflight, KeepsTheOrder) {
+TEST(ScanSelectionPreflightTests, keepsTheOrder) {
   const std::vector<ScanItem> items = {selectedItem("/b"), selectedItem("/a"), selectedItem("/c")};
   const auto checked = ScanSelectionPreflight::checked(
       items, {.now = now,

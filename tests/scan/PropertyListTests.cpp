@@ -69,7 +69,7 @@ std::vector<std::string> dictionaryAround(const std::vector<std::string>& rest) 
 
 std::string dateObject(double seconds) { return "\x33" + bigEndian(std::bit_cast<std::uint64_t>(seconds), 8); }
 
-TEST(PropertyList, ReadsTheSameFromBothForms) {
+TEST(PropertyListTests, readsTheSameFromBothForms) {
   const std::string text =
       xml("<key>name</key><string>J\xC3\xB6rg &amp; \xF0\x9F\x98\x80</string><key>yes</key><true/><key>no</key><false/>"
           "<key>date</key><date>2024-05-06T07:08:09Z</date><key>before</key><date>1999-12-31T23:59:59Z</date>"
@@ -93,7 +93,7 @@ TEST(PropertyList, ReadsTheSameFromBothForms) {
   }
 }
 
-TEST(PropertyList, ReadsDatesOfTheBinaryFormToTheMicrosecond) {
+TEST(PropertyListTests, readsDatesOfTheBinaryFormToTheMicrosecond) {
   using std::chrono::microseconds;
   const Date origin = *dateFromIsoText("2001-01-01T00:00:00Z");
   const std::pair<double, std::optional<Date>> dates[] = {
@@ -111,13 +111,13 @@ TEST(PropertyList, ReadsDatesOfTheBinaryFormToTheMicrosecond) {
   }
 }
 
-TEST(PropertyList, ReplacesBytesThatAreNotUtf8) {
+TEST(PropertyListTests, replacesBytesThatAreNotUtf8) {
   const auto list = PropertyList::parse(xml("<key>k</key><string>a\xFF</string>"));
   ASSERT_TRUE(list);
   EXPECT_EQ(list->text("k"), "a\xEF\xBF\xBD");
 }
 
-TEST(PropertyList, RefusesWhatIsNone) {
+TEST(PropertyListTests, refusesWhatIsNone) {
   const std::string good = xml("<key>k</key><true/>");
   const std::pair<std::string, PropertyListFault> texts[] = {
       {"", PropertyListFault::malformed},
@@ -160,7 +160,7 @@ std::string nestedXml(std::size_t arrays, const std::string& opening) {
   return xml(text);
 }
 
-TEST(PropertyList, GoesOnlySoDeep) {
+TEST(PropertyListTests, goesOnlySoDeep) {
   const std::size_t deepest = deepestPropertyList - 1;  // within the dictionary
   EXPECT_TRUE(PropertyList::parse(nestedBinary(deepest)));
   EXPECT_FALSE(PropertyList::parse(nestedBinary(deepest + 1)));
@@ -173,7 +173,7 @@ TEST(PropertyList, GoesOnlySoDeep) {
     EXPECT_FALSE(isHarmlessXmlPropertyList(nestedXml(deepest + 1, opening))) << opening;
 }
 
-TEST(PropertyList, TakesManyValuesSideBySide) {
+TEST(PropertyListTests, takesManyValuesSideBySide) {
   std::string entries;
   for (int i = 0; i < 5000; ++i) entries += "<key>" + std::to_string(i) + "</key><dict><key>a</key><array/></dict>";
   const auto list = PropertyList::parse(xml(entries + "<key>k</key><true/>"));
@@ -181,7 +181,7 @@ TEST(PropertyList, TakesManyValuesSideBySide) {
   EXPECT_EQ(list->boolean("k"), true);
 }
 
-TEST(PropertyList, RefusesWhatGrowsOrCircles) {
+TEST(PropertyListTests, refusesWhatGrowsOrCircles) {
   EXPECT_FALSE(PropertyList::parse(binaryOf(dictionaryAround({arrayOf({0})})))) << "a circle";
   EXPECT_FALSE(PropertyList::parse(binaryOf(dictionaryAround({arrayOf({2})})))) << "a short circle";
 

@@ -175,7 +175,7 @@ const std::vector<WorktreeCase> cases = {
      State::committed},
 };
 
-TEST(WorktreeGitInspector, ProvesTheStateOfRealWorktreesAndChangesNothing) {
+TEST(WorktreeGitInspectorTests, provesTheStateOfRealWorktreesAndChangesNothing) {
   for (const WorktreeCase& worktreeCase : cases) {
     SCOPED_TRACE(worktreeCase.name);
     GitPlayground playground;
@@ -190,7 +190,7 @@ TEST(WorktreeGitInspector, ProvesTheStateOfRealWorktreesAndChangesNothing) {
   }
 }
 
-TEST(WorktreeGitInspector, NamesAFewOfThePreciousIgnoredFiles) {
+TEST(WorktreeGitInspectorTests, namesAFewOfThePreciousIgnoredFiles) {
   GitPlayground playground;
   playground.shell(
       "for i in 1 2 3 4 5; do echo x > wt/$i.env; done; mkdir wt/node_modules; echo x > wt/node_modules/y");
@@ -200,7 +200,7 @@ TEST(WorktreeGitInspector, NamesAFewOfThePreciousIgnoredFiles) {
   EXPECT_EQ(finding, (WorktreeFinding{State::merged, {expected}}));
 }
 
-TEST(WorktreeGitInspector, LeavesAWorktreeAloneThatAProcessStandsIn) {
+TEST(WorktreeGitInspectorTests, leavesAWorktreeAloneThatAProcessStandsIn) {
   GitPlayground playground;
   const WorktreeGitInspector inspector(*playground.fileSystem, playground.runner);
   const auto finding = inspector.inspect({playground.worktree(), true}, {});
@@ -236,7 +236,7 @@ constexpr auto traps = R"(
   touch -d '2021-01-01' wt/a.txt wt/b.txt
 )";
 
-TEST(WorktreeGitInspector, LetsNoConfigurationStartAProgram) {
+TEST(WorktreeGitInspectorTests, letsNoConfigurationStartAProgram) {
   GitPlayground playground;
   playground.shell(traps);
   const WorktreeGitInspector inspector(*playground.fileSystem, playground.runner);
@@ -249,7 +249,7 @@ TEST(WorktreeGitInspector, LetsNoConfigurationStartAProgram) {
   EXPECT_TRUE(playground.folder.holds("canary")) << "the file-system monitor was no trap";
 }
 
-TEST(WorktreeGitInspector, FetchesNothingThatIsMissing) {
+TEST(WorktreeGitInspectorTests, fetchesNothingThatIsMissing) {
   GitPlayground playground;
   playground.shell(R"(
     git -C repo commit -q --allow-empty -m next; id=$(git -C repo rev-parse HEAD)
@@ -265,7 +265,7 @@ TEST(WorktreeGitInspector, FetchesNothingThatIsMissing) {
   EXPECT_TRUE(playground.folder.holds("canary")) << "the remote was no trap";
 }
 
-TEST(WorktreeGitInspector, StartsNothingInASubmodule) {
+TEST(WorktreeGitInspectorTests, startsNothingInASubmodule) {
   GitPlayground playground;
   playground.shell(R"(
     git clone -q repo wt/sub; git -C wt add sub 2>/dev/null; git -C wt commit -qm sub; git -C repo merge -q task
@@ -309,7 +309,7 @@ class SpoilingRunner final : public ProcessRunner {
   Spoil spoil_;
 };
 
-TEST(WorktreeGitInspector, IsUnknownWhateverCallOfGitFails) {
+TEST(WorktreeGitInspectorTests, isUnknownWhateverCallOfGitFails) {
   const std::vector<SpoilingRunner::Spoil> spoils = {
       [](auto& result) { result = failure(PosixError{ENOENT}); },
       [](auto& result) { result->didTimeOut = true; },
@@ -332,7 +332,7 @@ TEST(WorktreeGitInspector, IsUnknownWhateverCallOfGitFails) {
     }
 }
 
-TEST(WorktreeGitInspector, IsUnknownWhateverTheFileSystemRefuses) {
+TEST(WorktreeGitInspectorTests, isUnknownWhateverTheFileSystemRefuses) {
   GitPlayground playground;
   FailingFileSystem counting(*playground.fileSystem);
   const WorktreeGitInspector inspector(counting, playground.runner);
@@ -346,7 +346,7 @@ TEST(WorktreeGitInspector, IsUnknownWhateverTheFileSystemRefuses) {
   }
 }
 
-TEST(WorktreeGitInspector, KnowsNothingAfterAStopRequest) {
+TEST(WorktreeGitInspectorTests, knowsNothingAfterAStopRequest) {
   GitPlayground playground;
   StopSource stop;
   stop.requestStop();
@@ -354,7 +354,7 @@ TEST(WorktreeGitInspector, KnowsNothingAfterAStopRequest) {
   EXPECT_EQ(inspector.inspect({playground.worktree()}, stop.token()), WorktreeFinding{});
 }
 
-TEST(WorktreeGitInspector, NeedsAGitThatItCanKeepInCheck) {
+TEST(WorktreeGitInspectorTests, needsAGitThatItCanKeepInCheck) {
   GitPlayground playground;
   playground.shell("printf '#!/bin/sh\\necho git version 2.30.9\\n' > old; chmod +x old");
   const GitPrograms unusable[] = {{{"/nonexistent/git"}, {}},

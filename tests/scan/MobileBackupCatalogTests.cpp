@@ -95,7 +95,7 @@ class BackupShelf {
 
 using Reasons = std::map<std::string, std::string>;
 
-TEST(MobileBackupCatalog, ReadsWhatABackupSaysOfItself) {
+TEST(MobileBackupCatalogTests, readsWhatABackupSaysOfItself) {
   BackupShelf shelf;
   shelf.folder.write("a/Info.plist", binary(xml(text("Display Name", "Shown") + text("Product Version", "17.1") +
                                                 text("Unique Identifier", "U-1"))));
@@ -121,7 +121,7 @@ TEST(MobileBackupCatalog, ReadsWhatABackupSaysOfItself) {
   EXPECT_EQ(b.isEncrypted, true);
 }
 
-TEST(MobileBackupCatalog, IsCompleteOnlyWithEverythingInPlace) {
+TEST(MobileBackupCatalogTests, isCompleteOnlyWithEverythingInPlace) {
   BackupShelf shelf;
   for (const char* name : {"whole", "noManifest", "noDatabase", "databaseIsAFolder", "noStatus"})
     shelf.add(name, "d", "2026-11-01T10:00:00Z");
@@ -137,7 +137,7 @@ TEST(MobileBackupCatalog, IsCompleteOnlyWithEverythingInPlace) {
     EXPECT_EQ(record.metadata.isComplete, leafOf(record.url) == "whole") << record.url.bytes;
 }
 
-TEST(MobileBackupCatalog, KeepsTheNewestOfEachDevice) {
+TEST(MobileBackupCatalogTests, keepsTheNewestOfEachDevice) {
   BackupShelf shelf;
   shelf.add("a1", "A", "2026-01-01T00:00:00Z");
   shelf.add("a2", "A", "2026-02-01T00:00:00Z");
@@ -161,7 +161,7 @@ TEST(MobileBackupCatalog, KeepsTheNewestOfEachDevice) {
                                       {"undated", "unknown"}}));
 }
 
-TEST(MobileBackupCatalog, KeepsTheNewestThatCanBeReliedUponToo) {
+TEST(MobileBackupCatalogTests, keepsTheNewestThatCanBeReliedUponToo) {
   BackupShelf shelf;
   shelf.add("a1", "A", "2026-01-01T00:00:00Z");
   shelf.add("a2", "A", "2026-02-01T00:00:00Z");
@@ -184,7 +184,7 @@ TEST(MobileBackupCatalog, KeepsTheNewestThatCanBeReliedUponToo) {
                                       {"c2", "unknown"}}));
 }
 
-TEST(MobileBackupCatalog, BelievesOnlyRegularPropertyListsOfReasonableSize) {
+TEST(MobileBackupCatalogTests, believesOnlyRegularPropertyListsOfReasonableSize) {
   BackupShelf shelf;
   for (const char* name : {"link", "pipe", "folder", "huge", "damaged", "array", "status"})
     shelf.add(name, name, "2026-01-01T00:00:00Z");
@@ -212,7 +212,7 @@ TEST(MobileBackupCatalog, BelievesOnlyRegularPropertyListsOfReasonableSize) {
                                       {"other", "latest"}}));
 }
 
-TEST(MobileBackupCatalog, NeverTakesTheLastGoodBackupForAnOlderOne) {
+TEST(MobileBackupCatalogTests, neverTakesTheLastGoodBackupForAnOlderOne) {
   BackupShelf shelf;
   shelf.add("new", "A", "2026-02-01T00:00:00Z");
   shelf.add("old", "A", "2026-01-01T00:00:00Z");
@@ -231,7 +231,7 @@ TEST(MobileBackupCatalog, NeverTakesTheLastGoodBackupForAnOlderOne) {
   }
 }
 
-TEST(MobileBackupCatalog, OffersForReviewOnlyWhatIsOlderByADay) {
+TEST(MobileBackupCatalogTests, offersForReviewOnlyWhatIsOlderByADay) {
   const Date now = FixedClock().now();
   const auto reasonFor = [now](const char* key, std::optional<Date> backupDate) {
     MobileBackupRecord record;

@@ -10,7 +10,7 @@ namespace {
 using namespace std::string_literals;
 using Names = std::vector<std::string>;
 
-TEST(GitOutput, ReadsVersionsOfEverySystem) {
+TEST(GitOutputTests, readsVersionsOfEverySystem) {
   EXPECT_EQ(gitVersion("git version 2.39.5\n"), (GitVersion{2, 39}));
   EXPECT_EQ(gitVersion("git version 2.39.5 (Vendor Git-154)\n"), (GitVersion{2, 39}));
   for (const char* output : {"", "git version", "git version x.1", "git version 2", "git version -2.1", "2.39.5",
@@ -18,20 +18,20 @@ TEST(GitOutput, ReadsVersionsOfEverySystem) {
     EXPECT_EQ(gitVersion(output), std::nullopt) << output;
 }
 
-TEST(GitOutput, ReadsGitFiles) {
+TEST(GitOutputTests, readsGitFiles) {
   EXPECT_EQ(gitDirectoryNamedBy("gitdir: ../repo/.git/worktrees/a\n"), "../repo/.git/worktrees/a");
   EXPECT_EQ(gitDirectoryNamedBy("gitdir: /r/.git/worktrees/a b\r\n"), "/r/.git/worktrees/a b");
   for (const std::string& text : {""s, "gitdir: "s, "gitdir: \n"s, "ref: refs/heads/main"s, "gitdir: /a\0b"s})
     EXPECT_EQ(gitDirectoryNamedBy(text), std::nullopt) << text;
 }
 
-TEST(GitOutput, ReadsPlacesOnlyWhenTheyAreThreeAbsoluteLines) {
+TEST(GitOutputTests, readsPlacesOnlyWhenTheyAreThreeAbsoluteLines) {
   EXPECT_EQ(gitPlaces("/w\n/r/.git/worktrees/w\n/r/.git\n"), (GitPlaces{"/w", "/r/.git/worktrees/w", "/r/.git"}));
   for (const char* output : {"", "/w\n/g\n", "/w\n/g\n/c", "/w\nx\n/g\n/c\n", "w\n/g\n/c\n", "/w\n/g\n\n"})
     EXPECT_EQ(gitPlaces(output), std::nullopt) << output;
 }
 
-TEST(GitOutput, ReadsFilterNamesOfAnySpelling) {
+TEST(GitOutputTests, readsFilterNamesOfAnySpelling) {
   EXPECT_EQ(gitFilterNames(""), Names{});
   EXPECT_EQ(gitFilterNames("filter.lfs.clean\0filter.a=b.c.smudge\0filter.lfs.process\0filter.clean\0filter..clean\0"s),
             (Names{"", "a=b.c", "lfs"}));
@@ -39,7 +39,7 @@ TEST(GitOutput, ReadsFilterNamesOfAnySpelling) {
     EXPECT_EQ(gitFilterNames(output), std::nullopt) << output;
 }
 
-TEST(GitOutput, ReadsStatus) {
+TEST(GitOutputTests, readsStatus) {
   EXPECT_EQ(gitStatus(""), (GitStatus{false, {}}));
   EXPECT_EQ(gitStatus("!! web/node_modules/\0!! .env\0"s), (GitStatus{false, {"web/node_modules/", ".env"}}));
   EXPECT_EQ(gitStatus("?? \n!! x\0"s), (GitStatus{true, {}}));
@@ -51,7 +51,7 @@ TEST(GitOutput, ReadsStatus) {
     EXPECT_EQ(gitStatus(output), std::nullopt) << output;
 }
 
-TEST(GitOutput, ReadsTheIndex) {
+TEST(GitOutputTests, readsTheIndex) {
   const std::string plain = "H 100644 4b825dc642cb6eb9a060e54bf8d69288fbee4904 0\ta b\n\tc\0"s;
   EXPECT_EQ(gitIndex(""), (GitIndex{false, false}));
   EXPECT_EQ(gitIndex(plain), (GitIndex{false, false}));
@@ -63,7 +63,7 @@ TEST(GitOutput, ReadsTheIndex) {
     EXPECT_EQ(gitIndex(output), std::nullopt) << output;
 }
 
-TEST(GitOutput, KnowsWhatToolsFillAnew) {
+TEST(GitOutputTests, knowsWhatToolsFillAnew) {
   for (const char* path : {"node_modules/", "web/node_modules/", "build/a.o", "x/.venv/", ".DS_Store", "a/.DS_Store"})
     EXPECT_TRUE(isRebuildable(path)) << path;
   for (const char* path : {"", "build", ".env", "builds/", "notes/out.txt", "a/build", ".DS_Store/"})
