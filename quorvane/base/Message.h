@@ -25,8 +25,15 @@ struct MessageKey {
   bool operator==(const MessageKey&) const = default;
 };
 
+/// Several words, each shown as a text is.
+struct MessageList {
+  std::vector<std::string> texts;
+
+  bool operator==(const MessageList&) const = default;
+};
+
 /// What a placeholder of a text stands for; the message catalogue decides how each type is shown.
-using MessageValue = std::variant<std::string, std::int64_t, FilePath, ByteCount, Date, MessageKey>;
+using MessageValue = std::variant<std::string, std::int64_t, FilePath, ByteCount, Date, MessageKey, MessageList>;
 
 struct MessageArgument {
   std::string name;

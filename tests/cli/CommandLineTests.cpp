@@ -44,6 +44,10 @@ TEST(CommandLineTests, refusesWrongUsageWithAHint) {
       {{"scan", "extra"}, "cli.error.unexpectedArgument", "See `quorvane scan --help`."},
       {{"scan", "--category", "logs", "installers"}, "cli.error.unexpectedArgument", "\"installers\""},
       {{"scan", "--category", "browsercahe"}, "cli.error.unknownCategory", "Did you mean \"browserCache\"?"},
+      {{"scan", "--category", "applicationLeftover"},
+       "cli.error.unknownCategory",
+       "It can be one of: applicationCache, browserCache, developerCache, aiWorktree, logs, installers, mailDownload, "
+       "deviceBackup."},
       {{"scan", "--category"}, "cli.error.missingValue", "--category needs a value."},
       {{"--home=", "scan"}, "cli.error.missingValue", "--home needs a value."},
       {{"--home", "", "scan"}, "cli.error.missingValue", "--home needs a value."},

@@ -1,9 +1,9 @@
 #include "quorvane/app/cli/Arguments.h"
 
 #include "quorvane/app/cli/NearestWord.h"
+#include "quorvane/app/cli/ScannedCategories.h"
 
 #include <CLI/CLI.hpp>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <map>
@@ -20,9 +20,7 @@ CommandError wrongUsage(Message message, std::optional<Message> hint) {
 
 Message seeHelp(const CommandDescription& command) { return {"cli.hint.seeHelp", {{"command", fullName(command)}}}; }
 
-Message choiceOf(const Words& choices) {
-  return {"cli.hint.choices", {{"choices", fmt::format("{}", fmt::join(choices, ", "))}}};
-}
+Message choiceOf(const Words& choices) { return {"cli.hint.choices", {{"choices", MessageList{choices}}}}; }
 
 // The word that was probably meant, or else the whole choice.
 Message hintFor(std::string_view given, const Words& choices) {
@@ -249,10 +247,11 @@ std::optional<CommandError> ArgumentParser::readLayout(GlobalOptions& options) c
 }
 
 std::optional<CommandError> ArgumentParser::readCategories(std::vector<ScanCategory>& categories) const {
+  const Words known = scannedCategoryNames();
   for (const std::string& name : categories_) {
+    if (std::ranges::find(known, name) == known.end())
+      return wrongUsage({"cli.error.unknownCategory", {{"given", name}}}, hintFor(name, known));
     const auto category = caseFromName<ScanCategory>(name);
-    if (!category)
-      return wrongUsage({"cli.error.unknownCategory", {{"given", name}}}, hintFor(name, namesOf<ScanCategory>()));
     if (std::ranges::find(categories, *category) == categories.end()) categories.push_back(*category);
   }
   return std::nullopt;

@@ -1,5 +1,6 @@
 #include "quorvane/app/cli/HelpText.h"
 
+#include "quorvane/app/cli/ScannedCategories.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <fmt/format.h>
@@ -71,21 +72,12 @@ class HelpWriter {
   }
 
   void entry(const OptionDescription& row, std::size_t indent) {
-    const Message message{std::string(row.key), {{"categories", categoryNames()}}};
+    const Message message{std::string(row.key), {{"categories", MessageList{scannedCategoryNames()}}}};
     std::string first = "  " + spelling(row);
     for (const std::string& line : wrapped(catalogue_.text(message), width_ > indent + 20 ? width_ - indent : 20)) {
       text_ += paddedRight(first, indent) + line + "\n";
       first.clear();
     }
-  }
-
-  std::string categoryNames() const {
-    std::string names;
-    for (const std::string_view name : caseNamesOf(ScanCategory{})) {
-      if (!names.empty()) names += catalogue_.text("cli.list.separator");
-      names += name;
-    }
-    return names;
   }
 
   const MessageCatalogue& catalogue_;

@@ -203,10 +203,7 @@ class ReportWriter {
   }
 
   void writeNote(const ScanCoverageNote& note) {
-    std::string names;
-    for (const std::string& name : note.names)
-      names += (names.empty() ? "" : catalogue_.text("cli.list.separator")) + harmlessText(name, style_.characters);
-    Message content{note.key, {{"names", names}}};
+    Message content{note.key, {{"names", MessageList{note.names}}}};
     if (note.count) content.arguments.push_back({"count", *note.count});
     Message line{note.path ? "cli.scan.noteOfItem" : "cli.scan.note", {{"text", say(content)}}};
     if (note.path) line.arguments.push_back({"path", *note.path});

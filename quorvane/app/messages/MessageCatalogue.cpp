@@ -167,8 +167,16 @@ std::string MessageCatalogue::valueText(const MessageValue& value, const Message
                                [&](const FilePath& path) { return pathText(path, style); },
                                [this](const ByteCount& amount) { return ByteFormat::text(*this, amount.bytes); },
                                [](const Date& date) { return localDateText(date); },
-                               [this](const MessageKey& nested) { return text(nested.key); }},
+                               [this](const MessageKey& nested) { return text(nested.key); },
+                               [&](const MessageList& list) { return listText(list, style); }},
                     value);
+}
+
+std::string MessageCatalogue::listText(const MessageList& list, const MessageStyle& style) const {
+  std::string result;
+  for (const std::string& word : list.texts)
+    result += (result.empty() ? "" : text("list.separator")) + harmlessText(word, style.characters);
+  return result;
 }
 
 }  // namespace quorvane

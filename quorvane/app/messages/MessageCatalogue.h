@@ -64,6 +64,7 @@ class MessageCatalogue {
  private:
   const std::string* templateOf(const Message& message) const;
   std::string valueText(const MessageValue& value, const MessageStyle& style) const;
+  std::string listText(const MessageList& list, const MessageStyle& style) const;
 
   std::map<std::string, std::string, std::less<>> texts_;
 };
