@@ -32,7 +32,11 @@ AppModel::AppModel(ScanSettings settings, Dispatcher& mainThread)
     : settings_(std::move(settings)),
       mainThread_(mainThread),
       fileSystem_(makeSystemFileSystem()),
-      ignoreRules_(*fileSystem_, random_, settings_.folders.applicationSupport) {}
+      ignoreRules_(*fileSystem_, random_, settings_.folders.applicationSupport),
+      delivery_(CleaningScanProgressDelivery::make(mainThread, progressInterval,
+                                                   [this](const CleaningScanProgressUpdate& update) {
+                                                     if (progressed_) progressed_(update);
+                                                   })) {}
 
 AppModel::~AppModel() { cancel(); }
 
@@ -70,14 +74,13 @@ template <class Result, class Operation>
 void AppModel::start(Operation operation, Handlers<Result> handlers) {
   require(!control_, "one operation at a time");
   control_ = std::make_shared<ScanPauseControl>();
-  delivery_ = CleaningScanProgressDelivery::make(mainThread_, progressInterval, std::move(handlers.progressed));
+  progressed_ = std::move(handlers.progressed);
   const Uuid operationID = random_.uuid();
   delivery_->begin(operationID);
 
   const auto finish = [this, alive = std::weak_ptr(isAlive_), finished = std::move(handlers.finished)](auto outcome) {
     if (alive.expired()) return;
-    delivery_->begin(Uuid{});  // what is still on its way comes too late
-    delivery_.reset();
+    progressed_ = nullptr;  // what is still on its way comes too late
     control_.reset();
     finished(std::move(outcome));
   };

@@ -65,7 +65,8 @@ class AppModel {
   ScanPhase phase_ = scanPhase::Idle{};
 
   std::shared_ptr<ScanPauseControl> control_;  ///< of the operation that is running
-  std::shared_ptr<CleaningScanProgressDelivery> delivery_;
+  std::function<void(const CleaningScanProgressUpdate&)> progressed_;  ///< likewise
+  const std::shared_ptr<CleaningScanProgressDelivery> delivery_;
   std::shared_ptr<const bool> isAlive_ = std::make_shared<const bool>(true);
   std::unique_ptr<Engine> engine_;  ///< made for the first operation
 };
