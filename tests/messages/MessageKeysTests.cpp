@@ -4,6 +4,7 @@
 #include "quorvane/core/IgnoreRuleStore.h"
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
+#include "quorvane/core/ScanCoverage.h"
 #include "quorvane/scan/DiskScanner.h"
 #include "quorvane/scan/ScanSelectionPreflight.h"
 
@@ -79,6 +80,9 @@ Keys derivedKeys() {
   addCases<IgnoreRuleFault>(keys, "ignore.error.");
   addCases<ScanFault>(keys, "scan.error.");
   addCases<ScanSelectionPreflight::Demotion>(keys, "reason.preflight.");
+  addCases<ScanCoverageReason>(keys, "coverage.reason.");
+  for (const char* untold : {"read", "missing", "categoryNotAsked"})
+    keys.erase(std::string("coverage.reason.") + untold);
   return keys;
 }
 

@@ -1,6 +1,6 @@
 #include "quorvane/app/cli/ProgressBar.h"
 
-#include "quorvane/app/messages/ByteFormat.h"
+#include "quorvane/app/cli/Glyphs.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <fmt/format.h>
@@ -15,17 +15,11 @@ namespace {
 constexpr std::size_t barColumns = 20;
 constexpr std::string_view clearLine = "\r\x1b[K";
 
-std::string repeated(std::string_view piece, std::size_t count) {
-  std::string text;
-  for (std::size_t i = 0; i < count; ++i) text += piece;
-  return text;
-}
-
 std::string bar(double fraction, const TextStyle& style) {
   const auto filled = static_cast<std::size_t>(std::lround(std::clamp(fraction, 0.0, 1.0) * barColumns));
-  const bool isAscii = style.characters == CharacterSet::ascii;
-  return toned(repeated(isAscii ? "#" : "━", filled), Tone::accent, style) +
-         toned(repeated(isAscii ? "." : "─", barColumns - filled), Tone::faint, style);
+  const Glyphs& shown = glyphs(style.characters);
+  return toned(repeated(shown.barDone, filled), Tone::accent, style) +
+         toned(repeated(shown.barLeft, barColumns - filled), Tone::faint, style);
 }
 
 }  // namespace
@@ -40,7 +34,7 @@ std::string progressLine(const CleaningScanProgressUpdate& update, const Message
   if (update.activity && update.activity->inspectedItemCount > 0)
     about += "  " + catalogue.text({"cli.progress.entries", {{"count", update.activity->inspectedItemCount}}});
   const std::size_t room = style.columns - std::min(style.columns, start);
-  const std::string_view ellipsis = style.characters == CharacterSet::ascii ? "..." : "…";
+  const std::string_view ellipsis = glyphs(style.characters).ellipsis;
   std::string line = start > 0 ? bar(update.progress, style) + percent : std::string();
   line += shortened(about, room, ellipsis);
   const std::size_t left = room - std::min(room, displayWidth(about));

@@ -1,5 +1,6 @@
 #include "quorvane/app/cli/ScanReport.h"
 
+#include "quorvane/app/cli/Glyphs.h"
 #include "quorvane/app/cli/ScanTable.h"
 #include "quorvane/app/messages/ByteFormat.h"
 #include "quorvane/app/messages/TextLayout.h"
@@ -55,25 +56,27 @@ class Gaps {
   std::set<ScanCategory> partial_;
 };
 
-/// Why a place that was left out, or read in part, is worth a line.
-std::optional<std::string> toldReason(ScanCoverageReason reason) {
+/// Whether a place that was left out, or read in part, is worth a line.
+bool isTold(ScanCoverageReason reason) {
   switch (reason) {
     case ScanCoverageReason::read:
     case ScanCoverageReason::missing:
-    case ScanCoverageReason::categoryNotAsked: return std::nullopt;
-    case ScanCoverageReason::notAFolder: return "coverage.reason.notAFolder";
-    case ScanCoverageReason::link: return "coverage.reason.link";
-    case ScanCoverageReason::ignored: return "coverage.reason.ignored";
-    case ScanCoverageReason::cloud: return "coverage.reason.cloud";
-    case ScanCoverageReason::mountPoint: return "coverage.reason.mountPoint";
-    case ScanCoverageReason::permissionDenied: return "coverage.reason.permissionDenied";
-    case ScanCoverageReason::changing: return "coverage.reason.changing";
-    case ScanCoverageReason::failed: return "coverage.reason.failed";
-    case ScanCoverageReason::ownData: return "coverage.reason.ownData";
-    case ScanCoverageReason::overlaps: return "coverage.reason.overlaps";
+    case ScanCoverageReason::categoryNotAsked: return false;
+    case ScanCoverageReason::notAFolder:
+    case ScanCoverageReason::link:
+    case ScanCoverageReason::ignored:
+    case ScanCoverageReason::cloud:
+    case ScanCoverageReason::mountPoint:
+    case ScanCoverageReason::permissionDenied:
+    case ScanCoverageReason::changing:
+    case ScanCoverageReason::failed:
+    case ScanCoverageReason::ownData:
+    case ScanCoverageReason::overlaps: return true;
   }
   std::unreachable();
 }
+
+std::string reasonKey(ScanCoverageReason reason) { return "coverage.reason." + std::string(caseName(reason)); }
 
 bool largestFirst(const ScanItem* left, const ScanItem* right) {
   return std::tie(right->size, left->url) < std::tie(left->size, right->url);
@@ -87,7 +90,7 @@ class ReportWriter {
         catalogue_(catalogue),
         gaps_(result),
         style_(style),
-        glyphs_(reportGlyphs(style.characters)),
+        glyphs_(glyphs(style.characters)),
         messages_{home, style.characters} {}
 
   std::string text() {
@@ -130,7 +133,7 @@ class ReportWriter {
   }
 
   void writeHeading(ScanCategory category) {
-    Sum sum = sumOf(category);
+    Sum sum = sumWhere([&](const ScanItem& item) { return item.category == category; });
     sum.isLowerBound |= gaps_.areIn(category);
     const std::string title = catalogue_.text(titleKey(category)), amount = say(sumMessage("cli.scan.group", sum));
     const bool fits = !style_.isTerminal || displayWidth(title) + 2 + displayWidth(amount) <= style_.columns;
@@ -167,20 +170,25 @@ class ReportWriter {
 
   ScanRow rowOf(const ScanItem& item) const {
     const FilePath& path = item.url.path;
-    return {
-        .isSelected = item.isSelected,
-        .size = std::string(isPartlyMeasured(item) ? glyphs_.lowerBound : "") + ByteFormat::text(catalogue_, item.size),
-        .name = harmlessText(item.displayName, style_.characters),
-        .safety = item.safety,
-        .safetyTitle = catalogue_.text(titleKey(item.safety)),
-        .reason = catalogue_.text(item.reasonKey),
-        .path = MessageCatalogue::pathText(path, messages_)};
+    return {.isSelected = item.isSelected,
+            .size = sizeText(item),
+            .name = harmlessText(item.displayName, style_.characters),
+            .safety = item.safety,
+            .safetyTitle = catalogue_.text(titleKey(item.safety)),
+            .reason = catalogue_.text(item.reasonKey),
+            .path = MessageCatalogue::pathText(path, messages_)};
   }
 
-  Sum sumOf(std::optional<ScanCategory> category, bool onlySelected = false) const {
+  std::string sizeText(const ScanItem& item) const {
+    const std::string size = ByteFormat::text(catalogue_, item.size);
+    return isPartlyMeasured(item) ? std::string(glyphs_.lowerBound) + " " + size : size;
+  }
+
+  template <class Condition>
+  Sum sumWhere(Condition condition) const {
     Sum sum;
     for (const ScanItem& item : result_.items)
-      if ((!category || item.category == *category) && (item.isSelected || !onlySelected)) sum.add(item);
+      if (condition(item)) sum.add(item);
     return sum;
   }
 
@@ -212,11 +220,10 @@ class ReportWriter {
 
   // Of a location that was read in part, the parts that were not are told on their own.
   void writeLeftOut(const ScanCoverageEntry& entry) {
-    const auto reason = toldReason(entry.reason);
     const bool isLeftOut =
         entry.status == ScanCoverageStatus::skipped || entry.status == ScanCoverageStatus::unreadable;
-    if (!reason || !isLeftOut || !entry.unreadablePaths.empty()) return;
-    writeHanging(say({"cli.scan.leftOut", {{"path", entry.path}, {"reason", MessageKey{*reason}}}}), 0);
+    if (!isTold(entry.reason) || !isLeftOut || !entry.unreadablePaths.empty()) return;
+    writeHanging(say({"cli.scan.leftOut", {{"path", entry.path}, {"reason", MessageKey{reasonKey(entry.reason)}}}}), 0);
   }
 
   void writeUnreadable() {
@@ -241,9 +248,9 @@ class ReportWriter {
       writeHanging(catalogue_.text("cli.scan.nothing"), 0);
       return;
     }
-    Sum found = sumOf(std::nullopt);
-    const Sum selected = sumOf(std::nullopt, true);
-    if (found.isLowerBound) writeHanging(say({"cli.scan.lowerBound", {{"mark", std::string(trimmedMark())}}}), 0);
+    Sum found = sumWhere([](const ScanItem&) { return true; });
+    const Sum selected = sumWhere([](const ScanItem& item) { return item.isSelected; });
+    if (found.isLowerBound) writeHanging(say({"cli.scan.lowerBound", {{"mark", std::string(glyphs_.lowerBound)}}}), 0);
     found.isLowerBound |= gaps_.any();
     writeHanging(say(sumMessage("cli.scan.found", found)), 0);
     writeHanging(selected.count > 0 ? say(sumMessage("cli.scan.selected", selected))
@@ -251,13 +258,11 @@ class ReportWriter {
                  0);
   }
 
-  std::string_view trimmedMark() const { return glyphs_.lowerBound.substr(0, glyphs_.lowerBound.find(' ')); }
-
   const ScanResult& result_;
   const MessageCatalogue& catalogue_;
   const Gaps gaps_;
   const TextStyle& style_;
-  const ReportGlyphs glyphs_;
+  const Glyphs& glyphs_;
   const MessageStyle messages_;
   std::string text_;
 };

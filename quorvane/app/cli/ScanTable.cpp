@@ -1,5 +1,6 @@
 #include "quorvane/app/cli/ScanTable.h"
 
+#include "quorvane/app/cli/Glyphs.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <algorithm>
@@ -38,14 +39,6 @@ std::size_t reasonStart(const ScanColumns& columns) {
 
 }  // namespace
 
-ReportGlyphs reportGlyphs(CharacterSet characters) {
-  switch (characters) {
-    case CharacterSet::unicode: return {"●", "≥ ", "…"};
-    case CharacterSet::ascii: return {"*", ">= ", "..."};
-  }
-  std::unreachable();
-}
-
 ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style) {
   ScanColumns columns{.size = widest(rows, &ScanRow::size),
                       .name = widest(rows, &ScanRow::name),
@@ -75,11 +68,11 @@ ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style
 }
 
 std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextStyle& style) {
-  const ReportGlyphs glyphs = reportGlyphs(style.characters);
+  const Glyphs& shown = glyphs(style.characters);
   std::string text(indent, ' ');
-  text += row.isSelected ? toned(glyphs.selected, Tone::good, style) : " ";
+  text += row.isSelected ? toned(shown.selected, Tone::good, style) : " ";
   text += " " + paddedLeft(row.size, columns.size) + std::string(gap, ' ');
-  const std::string name = style.isTerminal ? shortened(row.name, columns.name, glyphs.ellipsis) : row.name;
+  const std::string name = style.isTerminal ? shortened(row.name, columns.name, shown.ellipsis) : row.name;
   text += paddedRight(name, columns.name) + std::string(gap, ' ');
   const std::string nextLine = "\n" + std::string(reasonStart(columns), ' ');
   const std::size_t safetyWidth = columns.isReasonBelow ? 0 : columns.safety;
@@ -87,7 +80,7 @@ std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextSt
   text += columns.isReasonBelow ? nextLine : std::string(gap, ' ');
   const auto reason = wrapped(row.reason, columns.reason);
   if (columns.path > 0) {
-    const std::string path = shortened(row.path, columns.path, glyphs.ellipsis);
+    const std::string path = shortened(row.path, columns.path, shown.ellipsis);
     return text + paddedRight(reason.front(), columns.reason) + std::string(gap, ' ') +
            toned(path, Tone::faint, style) + "\n";
   }

@@ -20,15 +20,6 @@ struct ScanRow {
   std::string path;
 };
 
-/// The characters that stand for something in a report.
-struct ReportGlyphs {
-  std::string_view selected;
-  std::string_view lowerBound;
-  std::string_view ellipsis;
-};
-
-ReportGlyphs reportGlyphs(CharacterSet characters);
-
 /// How many columns each part of a row takes.
 struct ScanColumns {
   std::size_t size = 0;

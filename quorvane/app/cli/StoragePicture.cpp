@@ -1,5 +1,6 @@
 #include "quorvane/app/cli/StoragePicture.h"
 
+#include "quorvane/app/cli/Glyphs.h"
 #include "quorvane/app/messages/ByteFormat.h"
 #include "quorvane/app/messages/TextLayout.h"
 
@@ -17,23 +18,20 @@ struct Part {
   std::string_view titleKey;
   std::int64_t bytes;
   Tone tone;
-  std::string_view unicode;
-  std::string_view ascii;
+  std::string_view Glyphs::*glyph;
 };
 
 std::array<Part, 4> partsOf(const StorageSnapshot& storage) {
   const std::int64_t used = std::max<std::int64_t>(0, storage.total - storage.available);
   const std::int64_t other = std::max<std::int64_t>(0, used - storage.applications - storage.userFiles);
-  return {Part{"cli.overview.applications", storage.applications, Tone::accent, "█", "#"},
-          Part{"cli.overview.userFiles", storage.userFiles, Tone::good, "▓", "="},
-          Part{"cli.overview.other", other, Tone::plain, "▒", "-"},
-          Part{"cli.overview.available", storage.available, Tone::faint, "░", "."}};
+  return {Part{"cli.overview.applications", storage.applications, Tone::accent, &Glyphs::applications},
+          Part{"cli.overview.userFiles", storage.userFiles, Tone::good, &Glyphs::userFiles},
+          Part{"cli.overview.other", other, Tone::plain, &Glyphs::otherUse},
+          Part{"cli.overview.available", storage.available, Tone::faint, &Glyphs::available}};
 }
 
 std::string cells(const Part& part, std::size_t count, const TextStyle& style) {
-  std::string text;
-  for (std::size_t i = 0; i < count; ++i) text += style.characters == CharacterSet::unicode ? part.unicode : part.ascii;
-  return toned(text, part.tone, style);
+  return toned(repeated(glyphs(style.characters).*part.glyph, count), part.tone, style);
 }
 
 // Each part ends at its rounded place, so that the bar has the same length whatever the parts are.
