@@ -36,7 +36,7 @@ struct ApplicationFolders {
   bool operator==(const ApplicationFolders&) const = default;
 };
 
-/// A variable that is empty or not an absolute path counts as not set (XDG Base Directory Specification 0.8).
+/// A variable that is empty or not an absolute path counts as not set (XDG Base Directory 0.8).
 Outcome<ApplicationFolders, FolderFault> applicationFolders(const FolderRequest& request);
 
 }  // namespace quorvane

@@ -164,7 +164,7 @@ TEST(ProcessTableTests, readsAMadeTree) {
     temp.write(number + "/comm", "comm name\n");
     temp.write(number + "/maps",
                "1-2 r-xp 0 fd:00 9   /lib/one\n2-3 rw-p 0 fd:00 9   /lib/one\n4-5 rw-p 0 0:0 0 [heap]\n");
-    temp.makeLink(number + "/cwd", "/work place");
+    temp.makeLink(number + "/cwd", "/some place");
     temp.makeLink(number + "/exe", "/opt/app/pro gram (deleted)");
     temp.makeLink(number + "/fd/0", "socket:[1]");
     temp.makeLink(number + "/fd/7", "/data/file");
@@ -185,7 +185,7 @@ TEST(ProcessTableTests, readsAMadeTree) {
   ASSERT_EQ(processes.size(), 1u);
   EXPECT_EQ(processes[0].identifier, 100);
   EXPECT_EQ(processes[0].program, "pro gram");
-  EXPECT_EQ(processes[0].workingFolder.bytes, "/work place");
+  EXPECT_EQ(processes[0].workingFolder.bytes, "/some place");
   EXPECT_THAT(processes[0].openPaths,
               ElementsAre(FilePath{"/data/file"}, FilePath{"/lib/one"}, FilePath{"/opt/app/pro gram (deleted)"}));
   EXPECT_EQ(read(0).size(), 2u);

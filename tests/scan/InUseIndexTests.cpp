@@ -28,13 +28,13 @@ RunningProcess opaque(const std::string& program) {
 }
 
 TEST(InUseIndexTests, findsUsesAtOrBelowAPath) {
-  const InUseIndex index(Processes(std::vector{process("a", "/work/tree/inner", {"/c/a-b", "/c/a/file", "/c/z"}),
+  const InUseIndex index(Processes(std::vector{process("a", "/w/tree/inner", {"/c/a-b", "/c/a/file", "/c/z"}),
                                                process("b", "", {"/c/a.d/x", "/c/exact"})}));
-  for (const std::string path : {"/c/a", "/c/a/file", "/c/a-b", "/c/a.d", "/c/exact", "/c", "/", "/work", "/work/tree",
-                                 "/work/tree/inner", "/c/z"})
+  for (const std::string path :
+       {"/c/a", "/c/a/file", "/c/a-b", "/c/a.d", "/c/exact", "/c", "/", "/w", "/w/tree", "/w/tree/inner", "/c/z"})
     EXPECT_TRUE(index.isInUse({path})) << path;
   for (const std::string path :
-       {"/c/a/file/x", "/c/a/fil", "/c/ab", "/c/a-", "/c/exact/x", "/work/tree/inner/x", "/work/tr", "/d", "/c/zz"})
+       {"/c/a/file/x", "/c/a/fil", "/c/ab", "/c/a-", "/c/exact/x", "/w/tree/inner/x", "/w/tr", "/d", "/c/zz"})
     EXPECT_FALSE(index.isInUse({path})) << path;
   EXPECT_TRUE(index.uninspectable().empty());
 }
