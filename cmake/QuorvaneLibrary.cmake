@@ -2,7 +2,7 @@
 #
 # Makes the library target quorvane_NAME with the alias quorvane::NAME from the *.cpp and *.h of the current folder and of
 # FOLDERS below it, without EXCLUDE. LINKS are the floors below, PACKAGES what is installed outside this project; both are
-# passed on to whoever links the library. A folder without a source is an interface target, so that it can be linked anyhow.
+# passed on to whoever links the library.
 # Its headers are a verified header set: the preset `layers` compiles each of them alone.
 function(quorvane_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;EXCLUDE;SOURCES;LINKS;PACKAGES")
@@ -21,16 +21,10 @@ function(quorvane_library name)
     endforeach()
     list(APPEND sources ${arg_SOURCES})
 
-    if(sources)
-        add_library(${target} STATIC ${sources})
-        set(scope PUBLIC)
-    else()
-        add_library(${target} INTERFACE)
-        set(scope INTERFACE)
-    endif()
+    add_library(${target} STATIC ${sources})
     add_library(quorvane::${name} ALIAS ${target})
 
-    target_sources(${target} ${scope} FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
-    target_include_directories(${target} ${scope} ${PROJECT_SOURCE_DIR})
-    target_link_libraries(${target} ${scope} ${arg_LINKS} ${arg_PACKAGES})
+    target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers})
+    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${target} PUBLIC ${arg_LINKS} ${arg_PACKAGES})
 endfunction()

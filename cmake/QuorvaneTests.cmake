@@ -2,12 +2,9 @@
 # Tests find the repository's files through QUORVANE_SOURCE_DIR and the program itself through QUORVANE_PROGRAM.
 function(quorvane_tests name)
     file(GLOB sources CONFIGURE_DEPENDS ${name}/*.cpp)
-    if(NOT sources)
-        return()
-    endif()
     add_executable(${name}_tests ${sources})
     target_compile_definitions(${name}_tests PRIVATE QUORVANE_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-    if(name STREQUAL "cli" AND TARGET quorvane)
+    if(name STREQUAL "cli")
         target_compile_definitions(${name}_tests PRIVATE QUORVANE_PROGRAM="$<TARGET_FILE:quorvane>")
         add_dependencies(${name}_tests quorvane)
     endif()
