@@ -37,7 +37,7 @@ std::string_view sequenceOf(Tone tone) {
     case Tone::strong: return "\x1b[1m";
     case Tone::faint: return "\x1b[2m";
     case Tone::good: return "\x1b[32m";
-    case Tone::caution: return "\x1b[33m";
+    case Tone::caution: return "\x1b[35m";  // yellow cannot be read on white
     case Tone::bad: return "\x1b[31m";
     case Tone::accent: return "\x1b[36m";
   }
