@@ -3,6 +3,7 @@
 #include "quorvane/app/cli/Commands.h"
 #include "quorvane/app/cli/HelpText.h"
 #include "quorvane/app/cli/Version.h"
+#include "quorvane/base/Assert.h"
 
 #include <fmt/format.h>
 
@@ -36,12 +37,12 @@ class RequestRunner {
     switch (invocation.command) {
       case CommandName::overview: return runOverview(context);
       case CommandName::scan: return runScan(context);
-      case CommandName::ignore:
-      case CommandName::ignoreList:
-      case CommandName::ignoreAdd:
-      case CommandName::ignoreRemove: return runIgnore(context);
+      case CommandName::ignoreList: return runIgnoreList(context);
+      case CommandName::ignoreAdd: return runIgnoreAdd(context);
+      case CommandName::ignoreRemove: return runIgnoreRemove(context);
+      case CommandName::ignore: break;
     }
-    std::unreachable();
+    abortOnBrokenInvariant("a command that only leads to others is refused before", std::source_location::current());
   }
 
  private:

@@ -1,6 +1,5 @@
 #include "quorvane/app/cli/Commands.h"
 
-#include "quorvane/app/model/AppModel.h"
 #include "quorvane/app/model/HomeSettings.h"
 #include "quorvane/core/AppPaths.h"
 
@@ -25,8 +24,6 @@ Outcome<std::optional<FilePath>, CommandError> absoluteIfGiven(const std::option
   return std::optional(*std::move(path));
 }
 
-}  // namespace
-
 Outcome<ScanSettings, CommandError> requestedSettings(const CommandContext& context) {
   const GlobalOptions& options = context.invocation.options;
   auto home = absoluteIfGiven(options.home, context.environment);
@@ -39,6 +36,17 @@ Outcome<ScanSettings, CommandError> requestedSettings(const CommandContext& cont
   if (!folders) return failure(CommandError{ExitCode::refused, {"cli.error.homeUnknown", {}}});
   if (!options.home) context.console.setHome(folders->home);
   return scanSettings({*std::move(folders), options.layout.value_or(systemHomeLayout()), options.home.has_value()});
+}
+
+}  // namespace
+
+CommandOutcome withModel(const CommandContext& context,
+                         const std::function<CommandOutcome(MainLoop&, AppModel&)>& command) {
+  auto settings = requestedSettings(context);
+  if (!settings) return failure(std::move(settings.error()));
+  MainLoop loop;
+  AppModel model(*std::move(settings), loop);
+  return command(loop, model);
 }
 
 Outcome<FilePath, CommandError> pathArgument(const CommandContext& context, FileSystem& fileSystem,

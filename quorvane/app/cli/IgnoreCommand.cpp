@@ -1,6 +1,4 @@
 #include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/model/AppModel.h"
-#include "quorvane/app/model/MainLoop.h"
 
 #include <utility>
 
@@ -95,20 +93,20 @@ class IgnoreCommand {
   IgnoreRuleStore& rules_;
 };
 
+CommandOutcome run(const CommandContext& context, CommandOutcome (IgnoreCommand::*action)()) {
+  return withModel(context, [&](MainLoop&, AppModel& model) -> CommandOutcome {
+    const FilePath& home = model.settings().folders.home;
+    if (!model.fileSystem().openStartingFolder(home)) return failure(homeUnreadable(home));
+    return (IgnoreCommand(context, model).*action)();
+  });
+}
+
 }  // namespace
 
-CommandOutcome runIgnore(const CommandContext& context) {
-  auto settings = requestedSettings(context);
-  if (!settings) return failure(std::move(settings.error()));
-  MainLoop loop;
-  AppModel model(*std::move(settings), loop);
-  const FilePath& home = model.settings().folders.home;
-  if (!model.fileSystem().openStartingFolder(home)) return failure(homeUnreadable(home));
+CommandOutcome runIgnoreList(const CommandContext& context) { return run(context, &IgnoreCommand::list); }
 
-  IgnoreCommand command(context, model);
-  if (context.invocation.command == CommandName::ignoreAdd) return command.add();
-  if (context.invocation.command == CommandName::ignoreRemove) return command.remove();
-  return command.list();
-}
+CommandOutcome runIgnoreAdd(const CommandContext& context) { return run(context, &IgnoreCommand::add); }
+
+CommandOutcome runIgnoreRemove(const CommandContext& context) { return run(context, &IgnoreCommand::remove); }
 
 }  // namespace quorvane

@@ -5,12 +5,9 @@
 
 namespace quorvane {
 
-CommandOutcome runOverview(const CommandContext& context) {
-  auto settings = requestedSettings(context);
-  if (!settings) return failure(std::move(settings.error()));
+namespace {
 
-  MainLoop loop;
-  AppModel model(*std::move(settings), loop);
+CommandOutcome overview(const CommandContext& context, MainLoop& loop, AppModel& model) {
   const CleaningScanProgressUpdate beginning{0, "storage.status.measuring", std::nullopt};
   const auto storage = runToEnd<StorageSnapshot>(
       context.console, loop, model, beginning,
@@ -24,6 +21,12 @@ CommandOutcome runOverview(const CommandContext& context) {
     console.print(storagePicture(*storage, console.catalogue(), model.settings().folders.home, console.outputStyle()));
   }
   return ExitCode::done;
+}
+
+}  // namespace
+
+CommandOutcome runOverview(const CommandContext& context) {
+  return withModel(context, [&](MainLoop& loop, AppModel& model) { return overview(context, loop, model); });
 }
 
 }  // namespace quorvane

@@ -4,12 +4,9 @@
 
 namespace quorvane {
 
-CommandOutcome runScan(const CommandContext& context) {
-  auto settings = requestedSettings(context);
-  if (!settings) return failure(std::move(settings.error()));
+namespace {
 
-  MainLoop loop;
-  AppModel model(*std::move(settings), loop);
+CommandOutcome scan(const CommandContext& context, MainLoop& loop, AppModel& model) {
   const CleaningScanProgressUpdate beginning{0, "scan.status.appCaches", std::nullopt};
   const auto result =
       runToEnd<ScanResult>(context.console, loop, model, beginning, [&](AppModel::Handlers<ScanResult> handlers) {
@@ -24,6 +21,12 @@ CommandOutcome runScan(const CommandContext& context) {
     console.print(scanReport(*result, console.catalogue(), console.home(), console.outputStyle()));
   }
   return ExitCode::done;
+}
+
+}  // namespace
+
+CommandOutcome runScan(const CommandContext& context) {
+  return withModel(context, [&](MainLoop& loop, AppModel& model) { return scan(context, loop, model); });
 }
 
 }  // namespace quorvane
