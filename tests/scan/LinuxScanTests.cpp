@@ -22,14 +22,6 @@ const std::string tag = "Signature: 8a477f597d28d172789f06886806bc55\n# made by 
 
 class LinuxScanTests : public testing::Test {
  protected:
-  std::map<std::string, std::string> verdicts() {
-    std::map<std::string, std::string> found;
-    const ScanResult result = home.scan();
-    for (const ScanItem& item : result.items)
-      found[std::string(relativeTo(home.folder.path(), item.url.path))] = verdictOf(item);
-    return found;
-  }
-
   ScanHome home{HomeLayout::linux};
 };
 
@@ -51,7 +43,7 @@ TEST_F(LinuxScanTests, aCacheIsSafeOnlyWhenSomebodyVouchesForIt) {
   home.write(".var/app/com.bitwarden.desktop/cache/thumbnails/a");
   home.write("snap/chromium/common/.cache/chromium/a");
   home.age("", 2 * day);
-  EXPECT_EQ(verdicts(),
+  EXPECT_EQ(home.verdicts(),
             (std::map<std::string, std::string>{
                 {".cache/thumbnails", "safe reason.regenerableCache selected"},
                 {".cache/mozilla", "safe reason.regenerableCache selected"},
@@ -96,24 +88,24 @@ TEST_F(LinuxScanTests, findsTheOtherPlacesOfTheTable) {
   home.write("Downloads/tool.deb");
   home.write("Downloads/paper.pdf");
   home.age("", 40 * day);
-  EXPECT_EQ(verdicts(), (std::map<std::string, std::string>{
-                            {".npm/_cacache", "safe reason.packageCache selected"},
-                            {".npm/_logs/2024-debug-0.log", "safe reason.diagnosticLog selected"},
-                            {".m2/repository", "review reason.localRepository"},
-                            {".cache/JetBrains/Idea2024.1", "safe reason.regenerableCache selected"},
-                            {".cache/JetBrains/Clion2024.1", "review reason.localHistory"},
-                            {".local/state/app/app.log", "safe reason.diagnosticLog selected"},
-                            {".local/state/app/logs/old", "safe reason.diagnosticLog selected"},
-                            {".local/share/xorg/Xorg.0.log", "safe reason.diagnosticLog selected"},
-                            {".local/share/app/logs/app.log.1", "review reason.diagnosticLog"},
-                            {".xsession-errors", "safe reason.diagnosticLog selected"},
-                            {"projects/rust/target", "safe reason.cacheTag selected"},
-                            {"projects/group/python/.mypy_cache", "safe reason.cacheTag selected"},
-                            {"projects/python/.venv", "review reason.environment"},
-                            {".config/Mailspring/files/ab", "review reason.oldMailDownload"},
-                            {"Downloads/tool.AppImage", "review reason.oldInstaller"},
-                            {"Downloads/tool.deb", "review reason.oldInstaller"},
-                        }));
+  EXPECT_EQ(home.verdicts(), (std::map<std::string, std::string>{
+                                 {".npm/_cacache", "safe reason.packageCache selected"},
+                                 {".npm/_logs/2024-debug-0.log", "safe reason.diagnosticLog selected"},
+                                 {".m2/repository", "review reason.localRepository"},
+                                 {".cache/JetBrains/Idea2024.1", "safe reason.regenerableCache selected"},
+                                 {".cache/JetBrains/Clion2024.1", "review reason.localHistory"},
+                                 {".local/state/app/app.log", "safe reason.diagnosticLog selected"},
+                                 {".local/state/app/logs/old", "safe reason.diagnosticLog selected"},
+                                 {".local/share/xorg/Xorg.0.log", "safe reason.diagnosticLog selected"},
+                                 {".local/share/app/logs/app.log.1", "review reason.diagnosticLog"},
+                                 {".xsession-errors", "safe reason.diagnosticLog selected"},
+                                 {"projects/rust/target", "safe reason.cacheTag selected"},
+                                 {"projects/group/python/.mypy_cache", "safe reason.cacheTag selected"},
+                                 {"projects/python/.venv", "review reason.environment"},
+                                 {".config/Mailspring/files/ab", "review reason.oldMailDownload"},
+                                 {"Downloads/tool.AppImage", "review reason.oldInstaller"},
+                                 {"Downloads/tool.deb", "review reason.oldInstaller"},
+                             }));
   home.age("projects/rust/target", 23h);
   home.age(".m2/repository", 23h);
   const ScanResult result = home.scan();
@@ -134,17 +126,17 @@ TEST_F(LinuxScanTests, nobodyVouchesForAnotherKindOfThingUnderAKnownName) {
   home.write(".local/state/app/keys.logins");
   home.write(".local/state/app/.login-keyring");
   home.age("", 40 * day);
-  EXPECT_EQ(verdicts(), (std::map<std::string, std::string>{
-                            {".cache/real", "review reason.unknownCache"},
-                            {".cache/icon-cache.kcache", "safe reason.regenerableCache selected"},
-                            {".cache/fontconfig", "review reason.unknownCache"},
-                            {".cache/uv", "review reason.unknownCache"},
-                            {".cache/thumbnails", "review reason.unknownCache"},
-                            {".cache/pip", "review reason.unknownCache"},
-                            {".xsession-errors", "review reason.unknownCache"},
-                            {".local/state/app/app.log-20240101", "safe reason.diagnosticLog selected"},
-                            {".local/state/app/app.log.1", "safe reason.diagnosticLog selected"},
-                        }));
+  EXPECT_EQ(home.verdicts(), (std::map<std::string, std::string>{
+                                 {".cache/real", "review reason.unknownCache"},
+                                 {".cache/icon-cache.kcache", "safe reason.regenerableCache selected"},
+                                 {".cache/fontconfig", "review reason.unknownCache"},
+                                 {".cache/uv", "review reason.unknownCache"},
+                                 {".cache/thumbnails", "review reason.unknownCache"},
+                                 {".cache/pip", "review reason.unknownCache"},
+                                 {".xsession-errors", "review reason.unknownCache"},
+                                 {".local/state/app/app.log-20240101", "safe reason.diagnosticLog selected"},
+                                 {".local/state/app/app.log.1", "safe reason.diagnosticLog selected"},
+                             }));
 }
 
 TEST_F(LinuxScanTests, aTagDoesNotMakeSomebodysWorkDisposable) {
@@ -156,11 +148,11 @@ TEST_F(LinuxScanTests, aTagDoesNotMakeSomebodysWorkDisposable) {
   home.write(".cache/work/CACHEDIR.TAG", tag);
   home.write(".cache/work/.hg/store");
   home.age("", 40 * day);
-  EXPECT_EQ(verdicts(), (std::map<std::string, std::string>{
-                            {"projects/tagged/target", "safe reason.cacheTag selected"},
-                            {"projects/several", "review reason.unknownCache"},
-                            {".cache/work", "review reason.unknownCache"},
-                        }));
+  EXPECT_EQ(home.verdicts(), (std::map<std::string, std::string>{
+                                 {"projects/tagged/target", "safe reason.cacheTag selected"},
+                                 {"projects/several", "review reason.unknownCache"},
+                                 {".cache/work", "review reason.unknownCache"},
+                             }));
 }
 
 TEST_F(LinuxScanTests, aMergedWorktreeIsNotSafeWithAnotherRepositoryInIt) {
@@ -181,10 +173,10 @@ TEST_F(LinuxScanTests, aMergedWorktreeIsNotSafeWithAnotherRepositoryInIt) {
   request.timeLimit = 60s;
   const auto made = home.runner.run(request, {});
   ASSERT_TRUE(made && made->exitCode == 0) << (made ? made->standardError : "");
-  EXPECT_EQ(verdicts(), (std::map<std::string, std::string>{
-                            {".claude/worktrees/plain", "safe reason.aiWorktree.merged"},
-                            {".claude/worktrees/nested", "review reason.aiWorktree"},
-                        }));
+  EXPECT_EQ(home.verdicts(), (std::map<std::string, std::string>{
+                                 {".claude/worktrees/plain", "safe reason.aiWorktree.merged"},
+                                 {".claude/worktrees/nested", "review reason.aiWorktree"},
+                             }));
 }
 
 TEST_F(LinuxScanTests, everyLocationHasExactlyOneEntry) {

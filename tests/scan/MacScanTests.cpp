@@ -17,15 +17,6 @@ constexpr auto day = 24h;
 
 class MacScanTests : public testing::Test {
  protected:
-  /// Every item's verdict by its path below the home, of things last written long ago.
-  std::map<std::string, std::string> verdicts() {
-    std::map<std::string, std::string> found;
-    const ScanResult result = home.scan();
-    for (const ScanItem& item : result.items)
-      found[std::string(relativeTo(home.folder.path(), item.url.path))] = verdictOf(item);
-    return found;
-  }
-
   ScanHome home{HomeLayout::macos};
 };
 
@@ -46,7 +37,7 @@ TEST_F(MacScanTests, classifiesEveryPlaceOfTheTable) {
   home.write("Documents/mine");
   home.age("", 40 * day);
 
-  EXPECT_EQ(verdicts(),
+  EXPECT_EQ(home.verdicts(),
             (std::map<std::string, std::string>{
                 {"Library/Caches/org.example.notes", "safe reason.regenerableCache selected"},
                 {"Library/Caches/com.google.Chrome", "safe reason.regenerableCache selected"},
@@ -147,14 +138,14 @@ TEST_F(MacScanTests, whatAProcessUsesIsForReview) {
                                                           .isInspectable = true,
                                                           .workingFolder = home.at("Library/Logs/stood-in"),
                                                           .openPaths = {home.at("Library/Caches/open/sub/file")}}};
-  EXPECT_EQ(verdicts(), (std::map<std::string, std::string>{
-                            {"Library/Caches/open", "review reason.preflight.running"},
-                            {"Library/Caches/openly", "safe reason.regenerableCache selected"},
-                            {"Library/Logs/stood-in", "review reason.preflight.running"},
-                        }));
+  EXPECT_EQ(home.verdicts(), (std::map<std::string, std::string>{
+                                 {"Library/Caches/open", "review reason.preflight.running"},
+                                 {"Library/Caches/openly", "safe reason.regenerableCache selected"},
+                                 {"Library/Logs/stood-in", "review reason.preflight.running"},
+                             }));
   EXPECT_EQ(home.processes.readings, 1) << "one index for the whole scan";
   home.processes.processes = failure(PosixError{EACCES});
-  for (const auto& [path, verdict] : verdicts()) EXPECT_EQ(verdict, "review reason.preflight.running") << path;
+  for (const auto& [path, verdict] : home.verdicts()) EXPECT_EQ(verdict, "review reason.preflight.running") << path;
 }
 
 TEST_F(MacScanTests, backupsAreForReviewOnlyWhenANewerOneStands) {

@@ -2,11 +2,12 @@
 
 #include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/scan/PropertyList.h"
+#include "tests/support/BinaryPropertyList.h"
 #include "tests/support/FailingFileSystem.h"
+#include "tests/support/ManualClock.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
-#include <plist/plist.h>
 
 #include <map>
 #include <memory>
@@ -19,11 +20,7 @@
 namespace quorvane {
 namespace {
 
-class FixedClock final : public Clock {
- public:
-  Date now() const override { return *dateFromIsoText("2026-11-21T12:00:00Z"); }
-  std::chrono::steady_clock::time_point uptime() const override { return {}; }
-};
+const Date today = *dateFromIsoText("2026-11-21T12:00:00Z");
 
 std::string xml(const std::string& entries) { return "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>"; }
 
@@ -35,18 +32,6 @@ std::string date(const std::string& key, const std::string& value) {
   return "<key>" + key + "</key><date>" + value + "</date>";
 }
 
-std::string binary(const std::string& xmlText) {
-  plist_t root = nullptr;
-  plist_from_xml(xmlText.data(), static_cast<std::uint32_t>(xmlText.size()), &root);
-  char* bytes = nullptr;
-  std::uint32_t size = 0;
-  plist_to_bin(root, &bytes, &size);
-  std::string result(bytes, size);
-  plist_to_bin_free(bytes);
-  plist_free(root);
-  return result;
-}
-
 /// A folder of backups.
 class BackupShelf {
  public:
@@ -56,8 +41,8 @@ class BackupShelf {
     if (!device.empty()) info += text("Target Identifier", device);
     if (!backupDate.empty()) info += date("Last Backup Date", backupDate);
     folder.write(name + "/Info.plist", xml(info));
-    folder.write(name + "/Status.plist", binary(xml(text("SnapshotState", "finished"))));
-    folder.write(name + "/Manifest.plist", binary(xml("<key>IsEncrypted</key><true/>")));
+    folder.write(name + "/Status.plist", binaryPropertyList(xml(text("SnapshotState", "finished"))));
+    folder.write(name + "/Manifest.plist", binaryPropertyList(xml("<key>IsEncrypted</key><true/>")));
     folder.write(name + "/Manifest.db", "");
   }
 
@@ -89,7 +74,7 @@ class BackupShelf {
   }
 
   TempFolder folder;
-  FixedClock clock;
+  ManualClock clock{today};
   std::unique_ptr<FileSystem> fileSystem = makeSystemFileSystem();
 };
 
@@ -97,8 +82,9 @@ using Reasons = std::map<std::string, std::string>;
 
 TEST(MobileBackupCatalogTests, readsWhatABackupSaysOfItself) {
   BackupShelf shelf;
-  shelf.folder.write("a/Info.plist", binary(xml(text("Display Name", "Shown") + text("Product Version", "17.1") +
-                                                text("Unique Identifier", "U-1"))));
+  shelf.folder.write("a/Info.plist",
+                     binaryPropertyList(xml(text("Display Name", "Shown") + text("Product Version", "17.1") +
+                                            text("Unique Identifier", "U-1"))));
   shelf.folder.write("a/Status.plist", xml(date("Date", "2026-11-01T10:00:00Z") + text("SnapshotState", "finished") +
                                            "<key>IsEncrypted</key><false/>"));
   shelf.folder.write("a/Manifest.plist", xml(""));
@@ -232,23 +218,22 @@ TEST(MobileBackupCatalogTests, neverTakesTheLastGoodBackupForAnOlderOne) {
 }
 
 TEST(MobileBackupCatalogTests, offersForReviewOnlyWhatIsOlderByADay) {
-  const Date now = FixedClock().now();
-  const auto reasonFor = [now](const char* key, std::optional<Date> backupDate) {
+  const auto reasonFor = [](const char* key, std::optional<Date> backupDate) {
     MobileBackupRecord record;
     record.metadata.backupDate = backupDate;
     record.reasonKey = key;
-    return scanReason(record, now);
+    return scanReason(record, today);
   };
   using std::chrono::seconds;
   const MobileBackupSafety older{SafetyLevel::review, "backup.reason.older"};
   const MobileBackupSafety recent{SafetyLevel::blocked, "backup.reason.recent"};
-  EXPECT_EQ(reasonFor("backup.reason.older", now - seconds(86'400)), older);
+  EXPECT_EQ(reasonFor("backup.reason.older", today - seconds(86'400)), older);
   EXPECT_EQ(reasonFor("backup.reason.older", Date::min()), older);
-  EXPECT_EQ(reasonFor("backup.reason.older", now - seconds(86'399)), recent);
+  EXPECT_EQ(reasonFor("backup.reason.older", today - seconds(86'399)), recent);
   EXPECT_EQ(reasonFor("backup.reason.older", Date::max()), recent);
   EXPECT_EQ(reasonFor("backup.reason.older", std::nullopt), recent);
   for (const char* key : {"backup.reason.latest", "backup.reason.recent", "backup.reason.unknown"})
-    EXPECT_EQ(reasonFor(key, now - seconds(900'000)), (MobileBackupSafety{SafetyLevel::blocked, key}));
+    EXPECT_EQ(reasonFor(key, today - seconds(900'000)), (MobileBackupSafety{SafetyLevel::blocked, key}));
 }
 
 }  // namespace

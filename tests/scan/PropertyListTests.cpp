@@ -1,9 +1,9 @@
 #include "quorvane/scan/PropertyList.h"
 
 #include "quorvane/scan/PropertyListCheck.h"
+#include "tests/support/BinaryPropertyList.h"
 
 #include <gtest/gtest.h>
-#include <plist/plist.h>
 
 #include <bit>
 #include <limits>
@@ -20,19 +20,6 @@ std::string xml(const std::string& entries) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//X//DTD PLIST 1.0//EN\" "
          "\"http://example.org/p.dtd\">\n<plist version=\"1.0\">\n<dict>" +
          entries + "</dict>\n</plist>\n";
-}
-
-/// The binary form of an XML property list, as the library writes it.
-std::string binary(const std::string& xmlText) {
-  plist_t root = nullptr;
-  plist_from_xml(xmlText.data(), static_cast<std::uint32_t>(xmlText.size()), &root);
-  char* bytes = nullptr;
-  std::uint32_t size = 0;
-  plist_to_bin(root, &bytes, &size);
-  std::string result(bytes, size);
-  plist_to_bin_free(bytes);
-  plist_free(root);
-  return result;
 }
 
 std::string bigEndian(std::uint64_t value, int bytes) {
@@ -75,7 +62,7 @@ TEST(PropertyListTests, readsTheSameFromBothForms) {
           "<key>date</key><date>2024-05-06T07:08:09Z</date><key>before</key><date>1999-12-31T23:59:59Z</date>"
           "<key>count</key><integer>42</integer><key>below</key><integer>-1</integer>"
           "<key>list</key><array><dict><key>name</key><string>inner</string></dict></array>");
-  for (const std::string& bytes : {text, binary(text), "\xEF\xBB\xBF" + text}) {
+  for (const std::string& bytes : {text, binaryPropertyList(text), "\xEF\xBB\xBF" + text}) {
     const auto list = PropertyList::parse(bytes);
     ASSERT_TRUE(list);
     EXPECT_EQ(list->text("name"), "J\xC3\xB6rg & \xF0\x9F\x98\x80");
@@ -124,8 +111,8 @@ TEST(PropertyListTests, refusesWhatIsNone) {
       {"not a list", PropertyListFault::malformed},
       {"bplist00", PropertyListFault::malformed},
       {good.substr(0, good.size() / 2), PropertyListFault::malformed},
-      {binary(good).substr(1), PropertyListFault::malformed},
-      {binary(good) + "x", PropertyListFault::malformed},
+      {binaryPropertyList(good).substr(1), PropertyListFault::malformed},
+      {binaryPropertyList(good) + "x", PropertyListFault::malformed},
       {"<dict></dict>", PropertyListFault::malformed},
       {good + '\0', PropertyListFault::malformed},
       {"<plist version=\"1.0\"><array/></plist>", PropertyListFault::notADictionary},

@@ -59,6 +59,14 @@ ScanResult ScanHome::scan(ScanRequest request) {
   return *std::move(result);
 }
 
+std::map<std::string, std::string> ScanHome::verdicts() {
+  std::map<std::string, std::string> found;
+  const ScanResult result = scan();
+  for (const ScanItem& item : result.items)
+    found[std::string(relativeTo(folder.path(), item.url.path))] = verdictOf(item);
+  return found;
+}
+
 ScanServices ScanHome::services() {
   return {fileSystem, *volumes, processes, runner, clock, random, walker, *ignoreStore};
 }

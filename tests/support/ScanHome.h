@@ -5,27 +5,17 @@
 #include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/scan/DiskScanner.h"
 #include "tests/support/FailingFileSystem.h"
+#include "tests/support/ManualClock.h"
 #include "tests/support/TempFolder.h"
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace quorvane {
-
-/// A clock that stands until it is set.
-class ManualClock final : public Clock {
- public:
-  explicit ManualClock(Date now) : now_(now) {}
-  void set(Date now) { now_ = now; }
-  Date now() const override { return now_; }
-  std::chrono::steady_clock::time_point uptime() const override { return {}; }
-
- private:
-  Date now_;
-};
 
 /// A process table that holds what the test puts in.
 class MadeProcessTable final : public ProcessTable {
@@ -53,6 +43,10 @@ class ScanHome {
 
   /// The result of a scan that has to succeed.
   ScanResult scan(ScanRequest request = {});
+
+  /// Scans; every item's verdict (`verdictOf`) by its path below the home.
+  std::map<std::string, std::string> verdicts();
+
   DiskScanner scanner() { return {services(), settings}; }
   ScanServices services();
 
