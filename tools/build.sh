@@ -91,6 +91,8 @@ build() {
     fi
     started=$directory/.build-started
     : >"$started"
+    # First only what CMake has to do when files came or went; what it says matters only when it fails.
+    output=$(cd "$directory" && ninja build.ninja </dev/null 2>&1) || { say "$output"; exit 4; }
     if [ -n "$progress" ]; then
         (cd "$directory" && ninja "$@" </dev/null >&2) || exit 4
     else
