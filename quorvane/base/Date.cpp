@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
-
 namespace quorvane {
 
 namespace {
@@ -64,8 +62,9 @@ std::optional<Date> dateFromIsoText(std::string_view text) {
                                              std::chrono::month(static_cast<unsigned>(*month)),
                                              std::chrono::day(static_cast<unsigned>(*day)));
   if (!calendar.ok() || *hour > 23 || *minute > 59 || *second > 59) return std::nullopt;
-  const std::int64_t days = std::chrono::sys_days(calendar).time_since_epoch().count();
-  const Date date = dateFromTimestamp(days * 86'400 + *hour * 3'600 + *minute * 60 + *second, 0);
+  const auto time = std::chrono::hours(*hour) + std::chrono::minutes(*minute) + std::chrono::seconds(*second);
+  const auto whole = std::chrono::sys_seconds(std::chrono::sys_days(calendar)) + time;
+  const Date date = dateFromTimestamp(whole.time_since_epoch().count(), 0);
   if (isoText(date) != text) return std::nullopt;  // beyond the reach of Date
   return date;
 }

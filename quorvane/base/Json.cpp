@@ -19,7 +19,7 @@ Outcome<Json, JsonError> parsedJson(std::string_view text) {
 
 namespace json {
 
-JsonError below(std::string_view step, JsonError inner) {
+JsonError below(std::string_view step, const JsonError& inner) {
   std::string path(step);
   if (!inner.path.empty()) (path += '.') += inner.path;
   return {inner.fault, std::move(path)};

@@ -53,7 +53,7 @@ struct IsList<std::vector<T>> : std::true_type {};
 inline std::unexpected<JsonError> mistyped() { return failure(JsonError{JsonFault::mistyped, {}}); }
 
 /// The same fault, seen from one level further out.
-JsonError below(std::string_view step, JsonError inner);
+JsonError below(std::string_view step, const JsonError& inner);
 
 template <std::integral T>
 Outcome<T, JsonError> integerFromJson(const Json& json) {
@@ -86,7 +86,7 @@ Outcome<T, JsonError> listFromJson(const Json& json) {
   list.reserve(json.size());
   for (std::size_t i = 0; i < json.size(); ++i) {
     auto element = fromJson<typename T::value_type>(json[i]);
-    if (!element) return failure(below(std::to_string(i), std::move(element.error())));
+    if (!element) return failure(below(std::to_string(i), element.error()));
     list.push_back(*std::move(element));
   }
   return list;
@@ -104,7 +104,7 @@ bool readField(const Json& json, Record& record, const JsonField<Record, Member>
   }
   const auto keep = [&](auto outcome) {
     if (!outcome) {
-      fault = below(field.name, std::move(outcome.error()));
+      fault = below(field.name, outcome.error());
       return false;
     }
     record.*field.member = *std::move(outcome);

@@ -43,7 +43,7 @@ bool isNamedBy(const IgnoreRule& rule, std::string_view text) {
 
 std::string messageKey(IgnoreRuleFault fault) { return "ignore.error." + std::string(caseName(fault)); }
 
-IgnoreRuleStore::IgnoreRuleStore(FileSystem& fileSystem, RandomSource& random, FilePath applicationSupport)
+IgnoreRuleStore::IgnoreRuleStore(FileSystem& fileSystem, RandomSource& random, const FilePath& applicationSupport)
     : fileSystem_(fileSystem), random_(random), fileURL_(AppPaths::ignoredPaths(applicationSupport)) {}
 
 std::unexpected<IgnoreRuleError> IgnoreRuleStore::refused(IgnoreRuleFault fault, PosixError reason) const {

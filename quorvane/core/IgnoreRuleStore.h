@@ -44,7 +44,7 @@ std::string messageKey(IgnoreRuleFault fault);
 /// the old file when the new one cannot be written, or would hold more than 4 MiB.
 class IgnoreRuleStore {
  public:
-  IgnoreRuleStore(FileSystem& fileSystem, RandomSource& random, FilePath applicationSupport);
+  IgnoreRuleStore(FileSystem& fileSystem, RandomSource& random, const FilePath& applicationSupport);
 
   /// All rules in the order they were made; none when the file is missing.
   Outcome<std::vector<IgnoreRule>, IgnoreRuleError> load();

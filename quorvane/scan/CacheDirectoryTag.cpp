@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace quorvane {
@@ -19,7 +20,7 @@ bool hasCacheDirectoryTag(FileSystem& fileSystem, int folder) {
 
 bool isWorkingCopy(FileSystem& fileSystem, int folder) {
   return std::ranges::any_of(repositoryNames, [&](std::string_view name) {
-    const auto status = fileSystem.status(folder, name.data());
+    const auto status = fileSystem.status(folder, std::string(name).c_str());
     return status || !status.error().isMissing();
   });
 }

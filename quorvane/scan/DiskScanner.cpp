@@ -4,8 +4,6 @@
 #include "quorvane/scan/ScanRun.h"
 #include "quorvane/scan/StorageSummary.h"
 
-#include <algorithm>
-
 namespace quorvane {
 
 std::string messageKey(ScanFault fault) { return "scan.error." + std::string(caseName(fault)); }

@@ -15,11 +15,12 @@ constexpr std::chrono::seconds dateOrigin{978'307'200};  // 2001-01-01T00:00:00Z
 
 plist_t parsed(std::string_view bytes) {
   plist_t root = nullptr;
+  const char* const start = bytes.begin();
   const auto length = static_cast<std::uint32_t>(bytes.size());
   if (bytes.starts_with("bplist")) {
-    if (isHarmlessBinaryPropertyList(bytes)) plist_from_bin(bytes.data(), length, &root);
+    if (isHarmlessBinaryPropertyList(bytes)) plist_from_bin(start, length, &root);
   } else if (isHarmlessXmlPropertyList(bytes)) {
-    plist_from_xml(bytes.data(), length, &root);
+    plist_from_xml(start, length, &root);
   }
   return root;
 }

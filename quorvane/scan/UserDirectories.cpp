@@ -12,7 +12,8 @@ std::optional<std::string> unquoted(std::string_view value) {
   std::string text;
   for (std::size_t i = 1; i < value.size(); ++i) {
     if (value[i] == '"') return i + 1 == value.size() ? std::optional(text) : std::nullopt;
-    if (value[i] == '\\' && ++i == value.size()) return std::nullopt;
+    if (value[i] == '\\') ++i;
+    if (i == value.size()) return std::nullopt;
     text += value[i];
   }
   return std::nullopt;

@@ -202,7 +202,8 @@ bool canUse(ProcessRunner& processRunner, const GitPrograms& programs) {
 
 }  // namespace
 
-WorktreeGitInspector::WorktreeGitInspector(FileSystem& fileSystem, ProcessRunner& processRunner, GitPrograms programs)
+WorktreeGitInspector::WorktreeGitInspector(FileSystem& fileSystem, ProcessRunner& processRunner,
+                                           const GitPrograms& programs)
     : fileSystem_(fileSystem),
       processRunner_(processRunner),
       gitURL_(programs.gitURL),

@@ -43,7 +43,7 @@ class WorktreeGitInspector {
  public:
   /// Asks once whether git can be used, which waits for up to some twenty seconds each for two short commands. Git
   /// older than 2.31 cannot be kept in check and counts as missing.
-  WorktreeGitInspector(FileSystem& fileSystem, ProcessRunner& processRunner, GitPrograms programs = {});
+  WorktreeGitInspector(FileSystem& fileSystem, ProcessRunner& processRunner, const GitPrograms& programs = {});
 
   bool isGitAvailable() const { return isGitAvailable_; }
 

@@ -31,7 +31,7 @@ std::vector<FilePath> ownRoots(const ApplicationFolders& folders, HomeLayout lay
 
 HomeLayout systemHomeLayout() {
   const auto layout = caseFromName<HomeLayout>(systemName());
-  require(layout.has_value(), "this system has no table of locations");
+  if (!layout) abortOnBrokenInvariant("this system has no table of locations", std::source_location::current());
   return *layout;
 }
 

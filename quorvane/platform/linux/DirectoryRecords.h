@@ -3,7 +3,6 @@
 #include "quorvane/platform/PosixError.h"
 #include "quorvane/platform/posix/Retry.h"
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

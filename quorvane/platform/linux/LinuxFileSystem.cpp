@@ -78,8 +78,6 @@ void readEntryStatus(int folder, const char* name, FolderEntry& entry) {
 
 class LinuxFileSystem final : public PosixFileSystem {
  public:
-  using PosixFileSystem::isLeaf;
-
   Outcome<FileStatus, PosixError> status(int folder, const char* name) override {
     if (!isLeaf(name)) return failure(PosixError{EINVAL});
     return readStatus(folder, name, lookOnly);

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <limits>
 #include <memory>
+#include <optional>
 
-#include <fcntl.h>
 #include <linux/ioctl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
