@@ -144,6 +144,14 @@ TEST(CommandLineTests, keepsIgnoreRules) {
     EXPECT_NE(refused.errors.find("[cli.error.outsideHome]"), std::string::npos);
   }
   EXPECT_FALSE(folder.holds("outside/x"));
+
+  folder.makeFolders("outside/data");
+  folder.makeFolders("other/.local");
+  folder.makeLink("other/.local/share", "../../outside/data");
+  const CommandLineRun linked({"ignore", "add", folder.at("other/x").bytes, "--home", folder.at("other").bytes});
+  EXPECT_EQ(linked.code, 3);
+  EXPECT_NE(linked.errors.find("[cli.error.dataOutsideHome]"), std::string::npos);
+  EXPECT_FALSE(folder.holds("outside/data/Quorvane"));
   EXPECT_EQ(ignore({"add", "mistyped"}).output,
             "Ignored from now on, though nothing stands there yet: " + home + "/.cache/mistyped\n");
   EXPECT_EQ(ignore({"remove", home + "/way-home/.cache/mistyped"}).code, 0) << "by a link that leads there";

@@ -247,11 +247,11 @@ std::optional<CommandError> ArgumentParser::readLayout(GlobalOptions& options) c
 }
 
 std::optional<CommandError> ArgumentParser::readCategories(std::vector<ScanCategory>& categories) const {
-  const Words known = scannedCategoryNames();
+  const std::vector<ScanCategory> known = scannedCategories();
   for (const std::string& name : categories_) {
-    if (std::ranges::find(known, name) == known.end())
-      return wrongUsage({"cli.error.unknownCategory", {{"given", name}}}, hintFor(name, known));
-    const auto category = caseFromName<ScanCategory>(name);
+    const auto category = std::ranges::find(known, name, [](ScanCategory each) { return caseName(each); });
+    if (category == known.end())
+      return wrongUsage({"cli.error.unknownCategory", {{"given", name}}}, hintFor(name, scannedCategoryNames()));
     if (std::ranges::find(categories, *category) == categories.end()) categories.push_back(*category);
   }
   return std::nullopt;

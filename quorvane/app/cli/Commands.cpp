@@ -38,6 +38,22 @@ Outcome<ScanSettings, CommandError> requestedSettings(const CommandContext& cont
   return scanSettings({*std::move(folders), options.layout.value_or(systemHomeLayout()), options.home.has_value()});
 }
 
+/// Whether the place that a path leads to lies in the place that the home leads to; nothing when that cannot be told.
+std::optional<bool> leadsInside(FileSystem& fileSystem, const FilePath& path, const FilePath& home) {
+  const auto realPath = fileSystem.resolved(path);
+  const auto realHome = fileSystem.resolved(home);
+  if (!realPath || !realHome) return std::nullopt;
+  return isAtOrBelow(*realPath, *realHome);
+}
+
+/// A home that was asked for may keep the program's own folder behind a link: a run must not follow it there. What
+/// cannot be told now fails when it is opened.
+bool keepsOwnDataInside(const GlobalOptions& options, AppModel& model) {
+  if (!options.home || options.dataDirectory) return true;
+  const ApplicationFolders& folders = model.settings().folders;
+  return leadsInside(model.fileSystem(), folders.applicationSupport, folders.home).value_or(true);
+}
+
 }  // namespace
 
 CommandOutcome withModel(const CommandContext& context,
@@ -46,16 +62,18 @@ CommandOutcome withModel(const CommandContext& context,
   if (!settings) return failure(std::move(settings.error()));
   MainLoop loop;
   AppModel model(*std::move(settings), loop);
-  return command(loop, model);
+  if (keepsOwnDataInside(context.invocation.options, model)) return command(loop, model);
+  const ApplicationFolders& folders = model.settings().folders;
+  return failure(
+      CommandError{ExitCode::refused,
+                   {"cli.error.dataOutsideHome", {{"path", folders.applicationSupport}, {"home", folders.home}}}});
 }
 
 Outcome<FilePath, CommandError> pathArgument(const CommandContext& context, FileSystem& fileSystem,
                                              const FilePath& home) {
   auto path = absolutePath(context.invocation.subject, context.environment);
   if (!path || !context.invocation.options.home) return path;
-  const auto realPath = fileSystem.resolved(*path);
-  const auto realHome = fileSystem.resolved(home);
-  if (realPath && realHome && isAtOrBelow(*realPath, *realHome)) return path;
+  if (leadsInside(fileSystem, *path, home).value_or(false)) return path;
   return failure(CommandError{ExitCode::refused, {"cli.error.outsideHome", {{"path", *path}, {"home", home}}}});
 }
 
