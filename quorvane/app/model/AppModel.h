@@ -64,7 +64,7 @@ class AppModel {
   IgnoreRuleStore ignoreRules_;
   ScanPhase phase_ = scanPhase::Idle{};
 
-  std::shared_ptr<ScanPauseControl> control_;  ///< of the operation that is running
+  std::shared_ptr<ScanPauseControl> control_;                          ///< of the operation that is running
   std::function<void(const CleaningScanProgressUpdate&)> progressed_;  ///< likewise
   const std::shared_ptr<CleaningScanProgressDelivery> delivery_;
   std::shared_ptr<const bool> isAlive_ = std::make_shared<const bool>(true);
