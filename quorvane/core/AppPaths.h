@@ -18,6 +18,10 @@ inline FilePath ignoredPaths(const FilePath& applicationSupport) {
   return joined(applicationSupport, ignoredPathsName);
 }
 
+inline constexpr std::string_view historyName = "history.json";
+
+inline FilePath history(const FilePath& applicationSupport) { return joined(applicationSupport, historyName); }
+
 }  // namespace AppPaths
 
 }  // namespace quorvane

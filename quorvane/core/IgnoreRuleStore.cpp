@@ -23,8 +23,16 @@ IgnoreRuleFault faultOf(TrustFault fault) {
     case TrustFault::severalLinks:
     case TrustFault::writableByOthers: return IgnoreRuleFault::untrusted;
     case TrustFault::tooLarge: return IgnoreRuleFault::undecodable;
+    case TrustFault::busy: return IgnoreRuleFault::busy;
   }
   std::unreachable();
+}
+
+/// Of what is made where it is missing.
+IgnoreRuleFault faultOfMaking(TrustFault fault) {
+  const bool isRefusedBySystem = fault == TrustFault::missing || fault == TrustFault::unreadable;
+  if (isRefusedBySystem) return IgnoreRuleFault::notWritten;
+  return fault == TrustFault::tooLarge ? IgnoreRuleFault::untrusted : faultOf(fault);
 }
 
 bool isUsable(const FilePath& path) { return path.bytes.starts_with('/') && !path.bytes.contains('\0'); }
@@ -51,10 +59,10 @@ std::unexpected<IgnoreRuleError> IgnoreRuleStore::refused(IgnoreRuleFault fault,
 }
 
 Outcome<std::vector<IgnoreRule>, IgnoreRuleError> IgnoreRuleStore::load() {
-  const auto folder = fileSystem_.openStartingFolder(parentOf(fileURL_));
+  const auto folder = openSupportFolder(fileSystem_, parentOf(fileURL_));
   if (folder) return read(folder->number());
-  if (folder.error().isMissing()) return std::vector<IgnoreRule>{};
-  return refused(IgnoreRuleFault::unreadable, folder.error());
+  if (folder.error().fault == TrustFault::missing) return std::vector<IgnoreRule>{};
+  return refused(faultOf(folder.error().fault), folder.error().reason);
 }
 
 Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::add(const FilePath& path,
@@ -64,7 +72,7 @@ Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::add(const FilePath& path,
   if (!canonical) return refused(IgnoreRuleFault::invalidPath, canonical.error());
 
   const auto folder = makeSupportFolder(fileSystem_, parentOf(fileURL_));
-  if (!folder) return refused(IgnoreRuleFault::notWritten, folder.error());
+  if (!folder) return refused(faultOfMaking(folder.error().fault), folder.error().reason);
   const auto lock = locked(folder->number());
   if (!lock) return failure(lock.error());
   auto rules = read(folder->number());
@@ -78,9 +86,9 @@ Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::add(const FilePath& path,
 }
 
 Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::remove(std::string_view pathOrIdentifier) {
-  const auto folder = fileSystem_.openStartingFolder(parentOf(fileURL_));
-  if (!folder && folder.error().isMissing()) return refused(IgnoreRuleFault::notFound);
-  if (!folder) return refused(IgnoreRuleFault::unreadable, folder.error());
+  const auto folder = openSupportFolder(fileSystem_, parentOf(fileURL_));
+  if (!folder && folder.error().fault == TrustFault::missing) return refused(IgnoreRuleFault::notFound);
+  if (!folder) return refused(faultOf(folder.error().fault), folder.error().reason);
   const auto lock = locked(folder->number());
   if (!lock) return failure(lock.error());
   auto rules = read(folder->number());
@@ -96,10 +104,10 @@ Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::remove(std::string_view pa
 }
 
 Outcome<FileDescriptor, IgnoreRuleError> IgnoreRuleStore::locked(int folder) {
-  auto lock = fileSystem_.lockFile(folder, (std::string(AppPaths::ignoredPathsName) + ".lock").c_str());
-  if (lock) return *std::move(lock);
-  const bool isHeld = lock.error().code == EWOULDBLOCK;
-  return refused(isHeld ? IgnoreRuleFault::busy : IgnoreRuleFault::notWritten, lock.error());
+  auto lock = lockTrusted(fileSystem_, folder, std::string(AppPaths::ignoredPathsName) + ".lock");
+  if (!lock) return refused(faultOfMaking(lock.error().fault), lock.error().reason);
+  removeAbandonedTemporaries(fileSystem_, folder, std::string(AppPaths::ignoredPathsName));
+  return *std::move(lock);
 }
 
 Outcome<std::vector<IgnoreRule>, IgnoreRuleError> IgnoreRuleStore::read(int folder) {
@@ -115,7 +123,7 @@ Outcome<void, IgnoreRuleError> IgnoreRuleStore::write(int folder, const std::vec
   const std::string text = jsonText(rules);
   if (text.size() > largestFile) return refused(IgnoreRuleFault::notWritten, {EFBIG});
   const auto written =
-      replaceFile(fileSystem_, folder, std::string(AppPaths::ignoredPathsName), text, uuidText(random_.uuid()));
+      replaceFile(fileSystem_, folder, std::string(AppPaths::ignoredPathsName), text, random_.uuid());
   if (!written) return refused(IgnoreRuleFault::notWritten, written.error());
   return {};
 }

@@ -2,7 +2,9 @@
 
 namespace quorvane {
 
-Outcome<FileDescriptor, PosixError> makeSupportFolder(FileSystem& fileSystem, const FilePath& path) {
+namespace {
+
+Outcome<FileDescriptor, PosixError> made(FileSystem& fileSystem, const FilePath& path) {
   FilePath existing = standardised(path);
   const FilePath wanted = existing;
   auto opened = fileSystem.openStartingFolder(existing);
@@ -12,6 +14,25 @@ Outcome<FileDescriptor, PosixError> makeSupportFolder(FileSystem& fileSystem, co
   }
   if (!opened || existing == wanted) return opened;
   return makeFoldersBelow(fileSystem, opened->number(), relativeTo(existing, wanted));
+}
+
+Outcome<FileDescriptor, TrustError> trusted(FileSystem& fileSystem, Outcome<FileDescriptor, PosixError> folder) {
+  if (!folder && folder.error().isMissing()) return failure(TrustError{TrustFault::missing, folder.error()});
+  if (!folder) return failure(TrustError{TrustFault::unreadable, folder.error()});
+  const auto status = fileSystem.status(folder->number());
+  if (!status) return failure(TrustError{TrustFault::unreadable, status.error()});
+  if (const auto fault = faultOfFolder(*status)) return failure(TrustError{*fault, {}});
+  return *std::move(folder);
+}
+
+}  // namespace
+
+Outcome<FileDescriptor, TrustError> openSupportFolder(FileSystem& fileSystem, const FilePath& path) {
+  return trusted(fileSystem, fileSystem.openStartingFolder(path));
+}
+
+Outcome<FileDescriptor, TrustError> makeSupportFolder(FileSystem& fileSystem, const FilePath& path) {
+  return trusted(fileSystem, made(fileSystem, path));
 }
 
 }  // namespace quorvane

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "quorvane/platform/ApplicationFolders.h"
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/platform/GitPrograms.h"
 #include "quorvane/platform/ProcessTable.h"
+#include "quorvane/platform/RandomSource.h"
+#include "quorvane/platform/Trash.h"
 #include "quorvane/platform/Volumes.h"
 
 #include <memory>
@@ -15,6 +18,8 @@ namespace quorvane {
 std::unique_ptr<FileSystem> makeSystemFileSystem();
 std::unique_ptr<Volumes> makeSystemVolumes();
 std::unique_ptr<ProcessTable> makeSystemProcessTable();
+/// The Trash of whom the folders belong to. For folders that are confined to a home, only Trash folders inside of it.
+std::unique_ptr<Trash> makeSystemTrash(FileSystem& fileSystem, RandomSource& random, const ApplicationFolders& folders);
 GitPrograms systemGitPrograms();
 
 /// "linux" or "macos".

@@ -31,10 +31,11 @@ class DurableFileTests : public testing::Test {
   }
 
   Outcome<void, PosixError> replace(FileSystem& fileSystem) {
-    return replaceFile(fileSystem, temp_.descriptor(), "state", "new", "unique");
+    return replaceFile(fileSystem, temp_.descriptor(), "state", "new", identifier_);
   }
 
   TempFolder temp_;
+  const Uuid identifier_;
   std::unique_ptr<FileSystem> fileSystem_ = makeSystemFileSystem();
 };
 
@@ -63,7 +64,7 @@ TEST_F(DurableFileTests, everyFailingStepLeavesTheOldFileOrTheNewOneWhole) {
   for (std::size_t step = 1; step <= counted.calls(); ++step) {
     for (const FaultSpan span : {FaultSpan::once, FaultSpan::fromThereOn}) {
       SCOPED_TRACE(testing::Message() << "step " << step << ", span " << static_cast<int>(span));
-      ::unlink(temp_.at("state.tmp-unique").bytes.c_str());
+      ::unlink(temp_.at("state.writing-00000000-0000-0000-0000-000000000000").bytes.c_str());
       temp_.write("state", "old");
       FailingFileSystem failing(*fileSystem_);
       failing.failAt(step, span, ENOSPC);
@@ -79,10 +80,10 @@ TEST_F(DurableFileTests, everyFailingStepLeavesTheOldFileOrTheNewOneWhole) {
 
 TEST_F(DurableFileTests, aForeignTemporaryIsNeitherUsedNorRemoved) {
   temp_.write("victim", "kept");
-  temp_.makeLink("state.tmp-unique", "victim");
+  temp_.makeLink("state.writing-00000000-0000-0000-0000-000000000000", "victim");
   EXPECT_EQ(replace(*fileSystem_).error().code, EEXIST);
   EXPECT_EQ(temp_.read("victim"), "kept");
-  EXPECT_TRUE(temp_.holds("state.tmp-unique"));
+  EXPECT_TRUE(temp_.holds("state.writing-00000000-0000-0000-0000-000000000000"));
 }
 
 TEST_F(DurableFileTests, readsOnlyAFileThatNobodyElseCanHaveWritten) {

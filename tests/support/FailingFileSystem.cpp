@@ -121,6 +121,11 @@ Outcome<void, PosixError> FailingFileSystem::renameReplacing(int fromFolder, con
   return passed(FileCall::renameReplacing, [&] { return real_.renameReplacing(fromFolder, from, toFolder, to); });
 }
 
+Outcome<void, PosixError> FailingFileSystem::renameExclusive(int fromFolder, const char* from, int toFolder,
+                                                             const char* to) {
+  return passed(FileCall::renameExclusive, [&] { return real_.renameExclusive(fromFolder, from, toFolder, to); });
+}
+
 Outcome<void, PosixError> FailingFileSystem::removeFile(int folder, const char* name) {
   return passed(FileCall::removeFile, [&] { return real_.removeFile(folder, name); });
 }

@@ -28,11 +28,13 @@ enum class FileCall {
   write,
   synchronise,
   renameReplacing,
+  renameExclusive,
   removeFile,
   lockFile,
 };
 QV_CASE_NAMES(FileCall, openStartingFolder, resolved, openFolder, openFile, statusOfName, statusOfDescriptor,
-              linkTarget, list, read, makeFolder, createFile, write, synchronise, renameReplacing, removeFile, lockFile)
+              linkTarget, list, read, makeFolder, createFile, write, synchronise, renameReplacing, renameExclusive,
+              removeFile, lockFile)
 
 /// How long a fault lasts.
 enum class FaultSpan {
@@ -77,7 +79,9 @@ class FailingFileSystem final : public FileSystem {
   Outcome<FileDescriptor, PosixError> createFile(int folder, const char* name) override;
   Outcome<std::size_t, PosixError> write(int file, std::span<const std::byte> bytes) override;
   Outcome<void, PosixError> synchronise(int descriptor) override;
+  void startWriteBack(int file) override { real_.startWriteBack(file); }
   Outcome<void, PosixError> renameReplacing(int fromFolder, const char* from, int toFolder, const char* to) override;
+  Outcome<void, PosixError> renameExclusive(int fromFolder, const char* from, int toFolder, const char* to) override;
   Outcome<void, PosixError> removeFile(int folder, const char* name) override;
   Outcome<FileDescriptor, PosixError> lockFile(int folder, const char* name) override;
 

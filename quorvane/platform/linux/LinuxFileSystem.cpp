@@ -3,6 +3,7 @@
 #include "quorvane/platform/posix/PosixFileSystem.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <memory>
 
 #include <dirent.h>
@@ -95,6 +96,13 @@ class LinuxFileSystem final : public PosixFileSystem {
         readEntryStatus(folder, name, entry);
       }
     });
+  }
+
+  void startWriteBack(int file) override { ::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE); }
+
+ private:
+  int systemRenameExclusive(int fromFolder, const char* from, int toFolder, const char* to) override {
+    return ::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE);
   }
 };
 

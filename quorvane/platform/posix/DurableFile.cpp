@@ -10,6 +10,8 @@ namespace quorvane {
 
 namespace {
 
+constexpr std::size_t gatheredBytes = 256 << 10;
+
 Outcome<void, PosixError> writeAll(FileSystem& fileSystem, int file, std::span<const std::byte> bytes) {
   while (!bytes.empty()) {
     const auto count = fileSystem.write(file, bytes);
@@ -20,14 +22,28 @@ Outcome<void, PosixError> writeAll(FileSystem& fileSystem, int file, std::span<c
   return {};
 }
 
+/// Small pieces are gathered first, since each write is a call of the system.
+Outcome<void, PosixError> writePieces(FileSystem& fileSystem, int file, std::span<const std::string_view> pieces) {
+  std::string gathered;
+  for (const std::string_view piece : pieces) {
+    gathered += piece;
+    if (gathered.size() < gatheredBytes) continue;
+    if (auto done = writeAll(fileSystem, file, std::as_bytes(std::span(gathered))); !done) return done;
+    gathered.clear();
+  }
+  return writeAll(fileSystem, file, std::as_bytes(std::span(gathered)));
+}
+
 Outcome<void, PosixError> writeAndRename(FileSystem& fileSystem, int folder, const FileDescriptor& file,
                                          const std::string& temporary, const std::string& name,
-                                         std::string_view bytes) {
-  auto done = writeAll(fileSystem, file.number(), std::as_bytes(std::span(bytes)));
+                                         std::span<const std::string_view> pieces) {
+  auto done = writePieces(fileSystem, file.number(), pieces);
   if (done) done = fileSystem.synchronise(file.number());
   if (done) done = fileSystem.renameReplacing(folder, temporary.c_str(), folder, name.c_str());
   return done;
 }
+
+std::string temporaryPrefix(const std::string& name) { return name + ".writing-"; }
 
 std::unexpected<TrustError> distrusted(TrustFault fault, PosixError reason = {}) {
   return failure(TrustError{fault, reason});
@@ -40,12 +56,14 @@ TrustError whyNotOpened(PosixError reason) {
   return {TrustFault::unreadable, reason};
 }
 
-std::optional<TrustFault> faultOf(const FileStatus& status, std::size_t limit) {
+bool isWritableByOthers(const FileStatus& status) { return (status.permissions & (S_IWGRP | S_IWOTH)) != 0; }
+
+std::optional<TrustFault> faultOfFile(const FileStatus& status, std::size_t limit) {
   if (!status.isRegularFile()) return TrustFault::notRegularFile;
   if (status.owner != ::geteuid()) return TrustFault::foreignOwner;
   // No link at all is well: the file was replaced after it was opened, and holds the old content as a whole.
   if (status.linkCount > 1) return TrustFault::severalLinks;
-  if ((status.permissions & (S_IWGRP | S_IWOTH)) != 0) return TrustFault::writableByOthers;
+  if (isWritableByOthers(status)) return TrustFault::writableByOthers;
   if (status.size < 0 || static_cast<std::uint64_t>(status.size) > limit) return TrustFault::tooLarge;
   return std::nullopt;
 }
@@ -53,15 +71,48 @@ std::optional<TrustFault> faultOf(const FileStatus& status, std::size_t limit) {
 }  // namespace
 
 Outcome<void, PosixError> replaceFile(FileSystem& fileSystem, int folder, const std::string& name,
-                                      std::string_view bytes, std::string_view uniqueText) {
-  const std::string temporary = name + ".tmp-" + std::string(uniqueText);
+                                      std::span<const std::string_view> pieces, const Uuid& identifier) {
+  const std::string temporary = temporaryPrefix(name) + uuidText(identifier);
   const auto file = fileSystem.createFile(folder, temporary.c_str());
   if (!file) return failure(file.error());
-  if (auto done = writeAndRename(fileSystem, folder, *file, temporary, name, bytes); !done) {
+  if (auto done = writeAndRename(fileSystem, folder, *file, temporary, name, pieces); !done) {
     (void)fileSystem.removeFile(folder, temporary.c_str());  // what failed first is what the caller is told
     return done;
   }
   return fileSystem.synchronise(folder);
+}
+
+Outcome<void, PosixError> replaceFile(FileSystem& fileSystem, int folder, const std::string& name,
+                                      std::string_view bytes, const Uuid& identifier) {
+  return replaceFile(fileSystem, folder, name, std::span(&bytes, 1), identifier);
+}
+
+void removeAbandonedTemporaries(FileSystem& fileSystem, int folder, const std::string& name) {
+  FolderListing listing;
+  if (!fileSystem.list(folder, listing)) return;
+  const std::string prefix = temporaryPrefix(name);
+  for (const FolderEntry& entry : listing.entries()) {
+    const std::string_view found = listing.nameOf(entry);
+    const bool isOurs = entry.status.isRegularFile() && entry.status.owner == ::geteuid();
+    if (isOurs && found.starts_with(prefix) && uuidFromText(found.substr(prefix.size())))
+      (void)fileSystem.removeFile(folder, std::string(found).c_str());
+  }
+}
+
+std::optional<TrustFault> faultOfFolder(const FileStatus& folder) {
+  if (folder.owner != ::geteuid()) return TrustFault::foreignOwner;
+  if (isWritableByOthers(folder)) return TrustFault::writableByOthers;
+  return std::nullopt;
+}
+
+Outcome<FileDescriptor, TrustError> lockTrusted(FileSystem& fileSystem, int folder, const std::string& name) {
+  auto lock = fileSystem.lockFile(folder, name.c_str());
+  if (!lock && lock.error().code == EWOULDBLOCK) return distrusted(TrustFault::busy);
+  if (!lock) return failure(whyNotOpened(lock.error()));
+  const auto status = fileSystem.status(lock->number());
+  if (!status) return distrusted(TrustFault::unreadable, status.error());
+  if (const auto fault = faultOfFile(*status, 0)) return distrusted(*fault);
+  return *std::move(lock);
 }
 
 Outcome<std::string, TrustError> readTrusted(FileSystem& fileSystem, int folder, const std::string& name,
@@ -70,7 +121,7 @@ Outcome<std::string, TrustError> readTrusted(FileSystem& fileSystem, int folder,
   if (!file) return failure(whyNotOpened(file.error()));
   const auto status = fileSystem.status(file->number());
   if (!status) return distrusted(TrustFault::unreadable, status.error());
-  if (const auto fault = faultOf(*status, limit)) return distrusted(*fault);
+  if (const auto fault = faultOfFile(*status, limit)) return distrusted(*fault);
   auto content = readToEnd(fileSystem, file->number(), limit);
   if (content) return std::move(*content);
   if (content.error().code == EFBIG) return distrusted(TrustFault::tooLarge);

@@ -157,6 +157,12 @@ Outcome<void, PosixError> PosixFileSystem::renameReplacing(int fromFolder, const
   return succeededIfZero(::renameat(fromFolder, from, toFolder, to));
 }
 
+Outcome<void, PosixError> PosixFileSystem::renameExclusive(int fromFolder, const char* from, int toFolder,
+                                                           const char* to) {
+  if (!isLeaf(from) || !isLeaf(to)) return refused(EINVAL);
+  return succeededIfZero(systemRenameExclusive(fromFolder, from, toFolder, to));
+}
+
 Outcome<void, PosixError> PosixFileSystem::removeFile(int folder, const char* name) {
   if (!isLeaf(name)) return refused(EINVAL);
   return succeededIfZero(::unlinkat(folder, name, 0));

@@ -20,12 +20,17 @@ class PosixFileSystem : public FileSystem {
   Outcome<std::size_t, PosixError> write(int file, std::span<const std::byte> bytes) override;
   Outcome<void, PosixError> synchronise(int descriptor) override;
   Outcome<void, PosixError> renameReplacing(int fromFolder, const char* from, int toFolder, const char* to) override;
+  Outcome<void, PosixError> renameExclusive(int fromFolder, const char* from, int toFolder, const char* to) override;
   Outcome<void, PosixError> removeFile(int folder, const char* name) override;
   Outcome<FileDescriptor, PosixError> lockFile(int folder, const char* name) override;
 
  protected:
   /// Whether `name` is one component and stands for an entry of its own.
   static bool isLeaf(const char* name);
+
+ private:
+  /// The system's own call for `renameExclusive`: 0, or -1 with `errno` set.
+  virtual int systemRenameExclusive(int fromFolder, const char* from, int toFolder, const char* to) = 0;
 };
 
 }  // namespace quorvane

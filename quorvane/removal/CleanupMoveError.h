@@ -1,0 +1,33 @@
+#pragma once
+
+#include "quorvane/base/CaseNames.h"
+#include "quorvane/core/FileProtectionError.h"
+#include "quorvane/platform/PosixError.h"
+#include "quorvane/removal/CleaningHistory.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace quorvane {
+
+enum class CleanupMoveError {
+  externalMovePending,  ///< the tree, or one around or inside it, was handed to the administrator mover, which has not
+                        ///< answered
+};
+QV_CASE_NAMES(CleanupMoveError, externalMovePending)
+
+/// Why one move was refused, or failed. A system's own reason is passed on unchanged.
+using MoveFailure = std::variant<FileProtectionError, CleanupMoveError, PosixError>;
+
+/// "protection.error." and the case, "cleanup.journal.externalPending", or one of "cleanup.failure.missing",
+/// "cleanup.failure.permission", "cleanup.failure.noSpace" and "cleanup.failure.system".
+std::string messageKey(const MoveFailure& failure);
+
+CleanupFailureCategory categoryOf(const MoveFailure& failure);
+
+/// The texts that records hold for people, by message key; handed in by whoever knows the language.
+using RecordTexts = std::function<std::string(std::string_view messageKey)>;
+
+}  // namespace quorvane
