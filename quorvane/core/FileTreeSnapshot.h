@@ -3,6 +3,7 @@
 #include "quorvane/base/FilePath.h"
 #include "quorvane/core/FileIdentity.h"
 
+#include <optional>
 #include <string>
 
 namespace quorvane {
@@ -16,5 +17,11 @@ struct FileTreeSnapshot {
   bool operator==(const FileTreeSnapshot&) const = default;
 };
 QV_JSON_FIELDS(FileTreeSnapshot, identity, canonicalPath, digest)
+
+struct TreeMeasurement;
+
+/// What to recognise the tree by; nothing when not all of it was seen, for then nobody can say later that it is the
+/// same.
+std::optional<FileTreeSnapshot> snapshotOf(const TreeMeasurement& tree, const FilePath& canonicalPath);
 
 }  // namespace quorvane

@@ -8,9 +8,4 @@ ItemVerdict limitedByMeasurement(ItemVerdict verdict, const TreeMeasurement& tre
   return {SafetyLevel::review, tree.unreadableCount > 0 ? "reason.partlyUnreadable" : "reason.changing"};
 }
 
-std::optional<FileTreeSnapshot> snapshotOf(const TreeMeasurement& tree, const FilePath& canonicalPath) {
-  if (tree.isLowerBound()) return std::nullopt;
-  return FileTreeSnapshot{identityOf(tree.root), canonicalPath, tree.digest};
-}
-
 }  // namespace quorvane

@@ -1,5 +1,6 @@
-#include "quorvane/scan/InUseIndex.h"
+#include "quorvane/core/InUseIndex.h"
 
+#include "quorvane/base/SortUniquely.h"
 #include "quorvane/base/Utf8.h"
 
 #include <algorithm>
@@ -19,13 +20,6 @@ constexpr std::array<std::string_view, 19> genericNames = {
 
 bool tellsFoldersApart(std::string_view program) {
   return program.size() >= shortestTellingName && std::ranges::find(genericNames, program) == genericNames.end();
-}
-
-template <class T>
-void sortUniquely(std::vector<T>& list) {
-  std::ranges::sort(list);
-  const auto rest = std::ranges::unique(list);
-  list.erase(rest.begin(), rest.end());
 }
 
 bool isAlphanumeric(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }

@@ -1,4 +1,4 @@
-#include "quorvane/scan/InUseIndex.h"
+#include "quorvane/core/InUseIndex.h"
 
 #include <gtest/gtest.h>
 
