@@ -1,5 +1,7 @@
 #include "quorvane/core/FileIdentity.h"
 
+#include <sys/stat.h>
+
 namespace quorvane {
 
 FileIdentity identityOf(const FileStatus& status) {
@@ -9,5 +11,7 @@ FileIdentity identityOf(const FileStatus& status) {
           .createdSeconds = status.born.seconds,
           .createdNanoseconds = status.born.nanoseconds};
 }
+
+bool isFolder(const FileIdentity& identity) { return S_ISDIR(identity.kind); }
 
 }  // namespace quorvane

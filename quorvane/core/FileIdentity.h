@@ -22,4 +22,6 @@ QV_JSON_FIELDS(FileIdentity, device, inode, kind, createdSeconds, createdNanosec
 
 FileIdentity identityOf(const FileStatus& status);
 
+bool isFolder(const FileIdentity& identity);
+
 }  // namespace quorvane

@@ -83,6 +83,9 @@ bool isPending(const CleaningHistoryItem& item);
 /// Whether the item is in the Trash as far as the record knows.
 bool isInTrash(const CleaningHistoryItem& item);
 
+/// The item is in the Trash: its outcome, path, identity and the anchor of its intent, which is done.
+void markMovedToTrash(CleaningHistoryItem& item, const FilePath& trashed, const FileIdentity& identity);
+
 /// One removal.
 struct CleaningHistoryEntry {
   Uuid id;

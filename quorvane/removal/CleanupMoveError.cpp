@@ -36,9 +36,11 @@ CleanupFailureCategory categoryOf(PosixError error) {
 
 CleanupFailureCategory categoryOf(CleanupMoveError) { return CleanupFailureCategory::other; }
 
+CleanupFailureCategory categoryOf(const RecoveryStoreError&) { return CleanupFailureCategory::other; }
+
 std::string keyOf(FileProtectionError error) { return messageKey(error); }
 
-std::string keyOf(CleanupMoveError) { return "cleanup.journal.externalPending"; }
+std::string keyOf(CleanupMoveError) { return std::string(journalKeys::externalPending); }
 
 std::string keyOf(PosixError error) {
   if (error.isMissing()) return "cleanup.failure.missing";
@@ -46,14 +48,16 @@ std::string keyOf(PosixError error) {
   return error.code == ENOSPC || error.code == EDQUOT ? "cleanup.failure.noSpace" : "cleanup.failure.system";
 }
 
+std::string keyOf(const RecoveryStoreError& error) { return messageKey(error.fault); }
+
 }  // namespace
 
 std::string messageKey(const MoveFailure& failure) {
-  return std::visit([](auto each) { return keyOf(each); }, failure);
+  return std::visit([](const auto& each) { return keyOf(each); }, failure);
 }
 
 CleanupFailureCategory categoryOf(const MoveFailure& failure) {
-  return std::visit([](auto each) { return categoryOf(each); }, failure);
+  return std::visit([](const auto& each) { return categoryOf(each); }, failure);
 }
 
 }  // namespace quorvane

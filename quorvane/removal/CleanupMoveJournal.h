@@ -7,6 +7,8 @@
 #include "quorvane/removal/ItemPlace.h"
 #include "quorvane/removal/OpenHistory.h"
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,6 +63,7 @@ class CleanupMoveJournal::Transaction {
     FileIdentity identity = {};               ///< of the item when the intent was written
     std::string leaf = {};                    ///< in the Trash
     std::optional<MoveFailure> failure = {};  ///< it must not go on
+    bool isAnnounced = false;                 ///< the receipt is in the history
     bool isSettled = false;                   ///< what became of it is known for certain
     bool isFinished = false;                  ///< it is verified in the Trash
 
@@ -98,10 +101,16 @@ class CleanupMoveJournal::Transaction {
   Transaction(const MoveServices& services, std::shared_ptr<OpenHistory> history)
       : services_(services), history_(std::move(history)) {}
 
+  MoveFailure failed(Move& move, MoveFailure failure, bool isSettled);
+  bool putBack(Move& move, const ItemPlace& place);
+  void noteEmptied(const FilePath& path, FileDescriptor folder);
+  Outcome<void, PosixError> synchronise();
+  Outcome<void, MoveFailure> change(std::size_t index, const std::function<bool(CleaningHistoryItem&)>& apply);
+
   const MoveServices& services_;
   std::shared_ptr<OpenHistory> history_;
   std::vector<Move> moves_;
-  std::vector<FileDescriptor> emptiedFolders_;  ///< that items left, to be brought to the disk
+  std::map<FilePath, FileDescriptor> emptiedFolders_;  ///< that items left, to be brought to the disk
 };
 
 }  // namespace quorvane

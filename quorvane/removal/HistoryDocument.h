@@ -2,7 +2,8 @@
 
 #include "quorvane/removal/CleaningHistory.h"
 
-#include <optional>
+#include <cstddef>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,21 +18,25 @@ class HistoryDocument {
   static Outcome<HistoryDocument, JsonError> decode(std::string_view text);
 
   /// Newest first.
-  const std::vector<CleaningHistoryEntry>& entries() const { return entries_; }
+  const std::deque<CleaningHistoryEntry>& entries() const { return entries_; }
   /// The entry with this identifier, or the one that holds an item with it.
   const CleaningHistoryEntry* find(const Uuid& entryOrItem) const;
 
   void insertFront(std::vector<CleaningHistoryEntry> entries);
-  /// Puts an entry in the place of the one with its identifier.
+  bool holds(const Uuid& entry) const;
+  /// Puts an entry in the place of the one with its identifier, which the history holds.
   void replace(const CleaningHistoryEntry& entry);
+  /// Takes out an entry that the history holds.
   void erase(const Uuid& entry);
 
   /// The pieces of the file's text, in their order; valid until the next change.
   std::vector<std::string_view> pieces() const;
 
  private:
-  std::vector<CleaningHistoryEntry> entries_;
-  std::vector<std::string> texts_;  ///< one for each entry
+  std::size_t placeOf(const Uuid& entry) const;
+
+  std::deque<CleaningHistoryEntry> entries_;
+  std::deque<std::string> texts_;  ///< one for each entry
 };
 
 }  // namespace quorvane

@@ -17,6 +17,9 @@ struct ItemPlace {
 /// this moment, provided no link is on the way. EINVAL for a path that is not absolute and standardised, and for "/".
 Outcome<ItemPlace, PosixError> placeOf(FileSystem& fileSystem, const FilePath& path);
 
+/// What stands at a place.
+Outcome<FileIdentity, PosixError> identityAt(FileSystem& fileSystem, const ItemPlace& place);
+
 /// What stands at a path, links not followed at any level.
 Outcome<FileIdentity, PosixError> readIdentity(FileSystem& fileSystem, const FilePath& path);
 

@@ -24,6 +24,7 @@ class OpenHistory {
                                                                         const FilePath& fileURL, HistoryCache& cache);
 
   const HistoryDocument& document() const { return cache_.document; }
+  const FilePath& fileURL() const { return journal_.fileURL(); }
 
   /// What one write changes.
   struct Change {
@@ -32,7 +33,8 @@ class OpenHistory {
     std::vector<Uuid> erased = {};
   };
 
-  /// Applies a change and replaces the file with the result, in one write. After a failure nothing of the change counts,
+  /// Applies a change and replaces the file with the result, in one write. Refused as untrusted when somebody who does
+  /// not heed the lock took entries away that are to be changed. After a failure nothing of the change counts,
   /// though the file may hold it; it is read anew before anything else.
   Outcome<void, RecoveryStoreError> write(Change change);
 

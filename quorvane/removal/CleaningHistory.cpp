@@ -1,0 +1,37 @@
+#include "quorvane/removal/CleaningHistory.h"
+
+#include "quorvane/removal/HistoryJson.h"
+
+namespace quorvane {
+
+std::string titleKey(CleanupFailureCategory category) {
+  return "cleanup.failure.category." + std::string(caseName(category));
+}
+
+std::string messageKey(RecoveryFailure failure) { return "recovery.failure." + std::string(caseName(failure)); }
+
+bool isPending(const CleaningHistoryItem& item) { return item.pendingCleanup || item.pendingRestorePath; }
+
+bool isInTrash(const CleaningHistoryItem& item) {
+  return item.outcome == CleaningHistoryItemOutcome::movedToTrash && item.trashedPath && !item.restoredPath;
+}
+
+void markMovedToTrash(CleaningHistoryItem& item, const FilePath& trashed, const FileIdentity& identity) {
+  item.outcome = CleaningHistoryItemOutcome::movedToTrash;
+  item.trashedPath = trashed;
+  item.trashIdentity = identity;
+  if (item.pendingCleanup) item.trashLocation = item.pendingCleanup->trashLocation;
+  item.pendingCleanup.reset();
+  item.failureReason.reset();
+  item.failureCategory.reset();
+}
+
+std::string jsonText(const CleaningHistoryEntry& entry) { return printedJson(toJson(entry)); }
+
+std::string jsonText(const std::vector<CleaningHistoryEntry>& entries) { return printedJson(toJson(entries)); }
+
+Outcome<CleaningHistoryEntry, JsonError> cleaningHistoryEntryFromJson(std::string_view text) {
+  return recordFromText<CleaningHistoryEntry>(text);
+}
+
+}  // namespace quorvane

@@ -1,0 +1,167 @@
+#include "quorvane/removal/CleanupMoveJournal.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+using Transaction = CleanupMoveJournal::Transaction;
+
+TrashNote noteOf(const Transaction::Move& move) {
+  return {.originalPath = move.item().originalPath, .deletedAt = move.receipt.date, .move = move.item().id};
+}
+
+void recordFailure(CleaningHistoryEntry& receipt, const MoveFailure& failure, const RecordTexts& texts) {
+  CleaningHistoryItem& item = receipt.items.front();
+  item.pendingCleanup.reset();
+  item.failureReason = texts(messageKey(failure));
+  item.failureCategory = categoryOf(failure);
+}
+
+void recordSuccess(CleaningHistoryEntry& receipt, const FilePath& trashed) {
+  CleaningHistoryItem& item = receipt.items.front();
+  markMovedToTrash(item, trashed, item.pendingCleanup->identity);
+  receipt.itemCount = 1;
+  receipt.reclaimedBytes = item.size;
+  receipt.failures.clear();
+}
+
+}  // namespace
+
+Outcome<ItemPlace, MoveFailure> Transaction::verifySource(std::size_t index) {
+  const Move& move = moves_[index];
+  auto place = placeOf(services_.fileSystem, move.item().originalPath);
+  if (!place) return failure(MoveFailure(place.error()));
+  const auto identity = identityAt(services_.fileSystem, *place);
+  if (!identity) return failure(MoveFailure(identity.error()));
+  if (*identity != move.identity) return failure(MoveFailure(FileProtectionError::changed));
+  return *std::move(place);
+}
+
+std::optional<MoveFailure> Transaction::perform(std::size_t index) {
+  Move& move = moves_[index];
+  if (move.failure) return move.failure;
+  auto place = verifySource(index);
+  if (!place) return failed(move, place.error(), true);
+  const auto leaf = move.trash->receive(place->folder.number(), place->name, noteOf(move));
+  if (!leaf) return failed(move, leaf.error(), identityAt(services_.fileSystem, *place) == move.identity);
+  move.leaf = *leaf;
+  const auto finished = complete(index, joined(move.trash->directory(), move.leaf));
+  if (!finished) return failed(move, finished.error(), putBack(move, *place));
+  noteEmptied(move.item().originalPath, std::move(place->folder));
+  return std::nullopt;
+}
+
+MoveFailure Transaction::failed(Move& move, MoveFailure failure, bool isSettled) {
+  move.failure = failure;
+  move.isSettled = isSettled;
+  return failure;
+}
+
+/// What was moved turned out not to be what was announced: somebody exchanged it at the last moment.
+bool Transaction::putBack(Move& move, const ItemPlace& place) {
+  const auto back = services_.fileSystem.renameExclusive(move.trash->descriptor(), move.leaf.c_str(),
+                                                         place.folder.number(), place.name.c_str());
+  if (!back) return false;
+  (void)move.trash->forget(move.leaf);  // a note without an item misleads nobody into removing anything
+  return true;
+}
+
+void Transaction::noteEmptied(const FilePath& path, FileDescriptor folder) {
+  emptiedFolders_.try_emplace(parentOf(path), std::move(folder));
+}
+
+Outcome<CleaningHistoryItem, MoveFailure> Transaction::complete(std::size_t index, const FilePath& trashed) {
+  Move& move = moves_[index];
+  // Reading its identity follows no link, so the folder's path stays the one it has with links resolved.
+  if (parentOf(trashed) != move.trash->directory()) return failure(MoveFailure(FileProtectionError::changed));
+  const auto moved = readIdentity(services_.fileSystem, trashed);
+  if (!moved) return failure(MoveFailure(moved.error()));
+  if (*moved != move.identity) return failure(MoveFailure(FileProtectionError::changed));
+  const auto left = readIdentity(services_.fileSystem, move.item().originalPath);
+  if (left) return failure(MoveFailure(FileProtectionError::changed));
+  if (!left.error().isMissing()) return failure(MoveFailure(left.error()));
+  recordSuccess(move.receipt, trashed);
+  move.isFinished = move.isSettled = true;
+  return move.item();
+}
+
+Outcome<void, PosixError> Transaction::synchronise() {
+  std::map<TrashFolder*, std::vector<TrashFolder::Size>> received;
+  for (const Move& move : moves_) {
+    if (!move.isFinished) continue;
+    auto& folders = received[move.trash.get()];
+    if (isFolder(move.identity)) folders.push_back({move.leaf, move.item().size});
+  }
+  for (const auto& [trash, folders] : received) {
+    if (!folders.empty()) trash->tellSizes(folders);
+    if (auto done = trash->synchronise(); !done) return done;
+  }
+  for (const auto& [path, folder] : emptiedFolders_)
+    if (auto done = services_.fileSystem.synchronise(folder.number()); !done) return done;
+  return {};
+}
+
+Outcome<std::vector<CleaningHistoryEntry>, RecoveryStoreError> Transaction::finish(
+    std::optional<std::int64_t> observedAvailableBytesDelta) {
+  // A receipt must not reach the disk before the move that it tells of.
+  if (const auto done = synchronise(); !done)
+    return failure(RecoveryStoreError{RecoveryStoreFault::notWritten, history_->fileURL(), done.error()});
+  OpenHistory::Change change;
+  std::vector<CleaningHistoryEntry> receipts;
+  for (Move& move : moves_) {
+    if (!move.isAnnounced) continue;
+    if (!move.isFinished && !move.failure) {
+      change.erased.push_back(move.receipt.id);
+      continue;
+    }
+    if (!move.isFinished && move.isSettled) recordFailure(move.receipt, *move.failure, services_.texts);
+    if (move.isFinished && observedAvailableBytesDelta)
+      move.receipt.observedAvailableBytesDelta = std::exchange(observedAvailableBytesDelta, std::nullopt);
+    if (move.isSettled) change.replaced.push_back(move.receipt);
+    receipts.push_back(move.receipt);
+  }
+  if (change.replaced.empty() && change.erased.empty()) return receipts;
+  if (auto written = history_->write(std::move(change)); !written) return failure(written.error());
+  return receipts;
+}
+
+Outcome<void, MoveFailure> Transaction::markExternalMoveRequested(std::size_t index) {
+  if (const auto place = verifySource(index); !place) return failure(place.error());
+  return change(index, [&](CleaningHistoryItem& item) {
+    item.pendingCleanup->externalMoveRequested = true;
+    item.failureReason = services_.texts(journalKeys::externalPending);
+    return true;
+  });
+}
+
+Outcome<void, MoveFailure> Transaction::recordExternalTerminalState(std::size_t index,
+                                                                    AdministratorMoveTerminalState state) {
+  return change(index, [&](CleaningHistoryItem& item) {
+    if (!item.pendingCleanup->externalMoveRequested.value_or(false)) return false;
+    item.pendingCleanup->externalMoveRequested.reset();
+    item.pendingCleanup->externalMoveTerminalState = state;
+    item.failureReason = services_.texts(journalKeys::interrupted);
+    return true;
+  });
+}
+
+/// Changes the open intent of a move in the history, at once.
+Outcome<void, MoveFailure> Transaction::change(std::size_t index,
+                                               const std::function<bool(CleaningHistoryItem&)>& apply) {
+  Move& move = moves_[index];
+  const CleaningHistoryEntry* known = history_->document().find(move.item().id);
+  const bool isOpen = known != nullptr && known->isCleanupReceipt && known->items.size() == 1 &&
+                      known->items.front().pendingCleanup.has_value();
+  if (!isOpen) return failure(MoveFailure(FileProtectionError::changed));
+  CleaningHistoryEntry changed = *known;
+  if (!apply(changed.items.front())) return failure(MoveFailure(FileProtectionError::changed));
+  if (auto written = history_->write({.replaced = {changed}}); !written) return failure(MoveFailure(written.error()));
+  move.receipt = std::move(changed);
+  return {};
+}
+
+}  // namespace quorvane

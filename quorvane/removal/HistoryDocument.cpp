@@ -1,0 +1,173 @@
+#include "quorvane/removal/HistoryDocument.h"
+
+#include "quorvane/base/Assert.h"
+#include "quorvane/removal/HistoryJson.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::string_view opening = "[\n  ", separator = ",\n  ", closing = "\n]\n", none = "[]\n";
+
+/// The text of an entry as it stands in the array, one level in.
+std::string encoded(const CleaningHistoryEntry& entry) {
+  const std::string text = toJson(entry).dump(2);
+  std::string indented;
+  indented.reserve(text.size() + text.size() / 8);
+  for (const char c : text) {
+    indented += c;
+    if (c == '\n') indented += "  ";
+  }
+  return indented;
+}
+
+/// Takes the elements of an array one by one out of its text, without reading them: each has to prove itself what it is
+/// to the parser. What stands around and between them is checked here.
+class ElementSplitter {
+ public:
+  explicit ElementSplitter(std::string_view text) : rest_(text) {}
+
+  /// Whether the text is an array; to be called first.
+  bool enter() {
+    skipBlanks();
+    if (!take('[')) return false;
+    skipBlanks();
+    isAtEnd_ = take(']');
+    return true;
+  }
+
+  /// The text of the next element; nothing behind the last one, or where the array is cut off.
+  std::optional<std::string_view> next() {
+    if (isAtEnd_) return std::nullopt;
+    const std::size_t length = lengthOfElement();
+    if (length == rest_.size()) return std::nullopt;
+    std::string_view element = rest_.substr(0, length);
+    isAtEnd_ = rest_[length] == ']';
+    rest_.remove_prefix(length + 1);
+    skipBlanks();
+    while (!element.empty() && isBlank(element.back())) element.remove_suffix(1);
+    return element;
+  }
+
+  /// Whether the array ended, and the text with it.
+  bool isComplete() {
+    skipBlanks();
+    return isAtEnd_ && rest_.empty();
+  }
+
+ private:
+  static bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+
+  void skipBlanks() {
+    while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
+  }
+
+  bool take(char wanted) {
+    if (!rest_.starts_with(wanted)) return false;
+    rest_.remove_prefix(1);
+    return true;
+  }
+
+  /// Up to the comma or bracket that ends the element; all that is left when there is none.
+  std::size_t lengthOfElement() const {
+    std::size_t depth = 0;
+    for (std::size_t i = 0; i < rest_.size(); ++i) {
+      switch (rest_[i]) {
+        case '"': i = endOfString(i); break;
+        case '{':
+        case '[': ++depth; break;
+        case ',':
+          if (depth == 0) return i;
+          break;
+        case ']':
+        case '}':
+          if (depth == 0) return i;
+          --depth;
+          break;
+        default: break;
+      }
+    }
+    return rest_.size();
+  }
+
+  std::size_t endOfString(std::size_t start) const {
+    for (std::size_t i = start + 1; i < rest_.size(); ++i) {
+      i = std::min(rest_.find_first_of("\"\\", i), rest_.size());
+      if (i == rest_.size() || rest_[i] == '"') return i;
+      ++i;  // what is escaped
+    }
+    return rest_.size();
+  }
+
+  std::string_view rest_;
+  bool isAtEnd_ = false;
+};
+
+}  // namespace
+
+Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view text) {
+  HistoryDocument document;
+  ElementSplitter splitter(text);
+  if (!splitter.enter()) return failure(JsonError{JsonFault::malformed, {}});
+  while (const auto element = splitter.next()) {
+    auto entry = recordFromText<CleaningHistoryEntry>(*element);
+    if (!entry) return failure(json::below(std::to_string(document.entries_.size()), entry.error()));
+    document.entries_.push_back(*std::move(entry));
+    document.texts_.emplace_back(*element);
+  }
+  if (!splitter.isComplete()) return failure(JsonError{JsonFault::malformed, {}});
+  return document;
+}
+
+const CleaningHistoryEntry* HistoryDocument::find(const Uuid& entryOrItem) const {
+  const auto found = std::ranges::find_if(entries_, [&](const CleaningHistoryEntry& entry) {
+    return entry.id == entryOrItem || std::ranges::find(entry.items, entryOrItem, &CleaningHistoryItem::id) != entry.items.end();
+  });
+  return found == entries_.end() ? nullptr : &*found;
+}
+
+void HistoryDocument::insertFront(std::vector<CleaningHistoryEntry> entries) {
+  for (CleaningHistoryEntry& entry : std::views::reverse(entries)) {
+    texts_.push_front(encoded(entry));
+    entries_.push_front(std::move(entry));
+  }
+}
+
+bool HistoryDocument::holds(const Uuid& entry) const {
+  return std::ranges::find(entries_, entry, &CleaningHistoryEntry::id) != entries_.end();
+}
+
+void HistoryDocument::replace(const CleaningHistoryEntry& entry) {
+  const std::size_t place = placeOf(entry.id);
+  texts_[place] = encoded(entry);
+  entries_[place] = entry;
+}
+
+void HistoryDocument::erase(const Uuid& entry) {
+  const auto place = static_cast<std::ptrdiff_t>(placeOf(entry));
+  texts_.erase(texts_.begin() + place);
+  entries_.erase(entries_.begin() + place);
+}
+
+std::size_t HistoryDocument::placeOf(const Uuid& entry) const {
+  const auto found = std::ranges::find(entries_, entry, &CleaningHistoryEntry::id);
+  require(found != entries_.end(), "an entry that is changed is in the history");
+  return static_cast<std::size_t>(found - entries_.begin());
+}
+
+std::vector<std::string_view> HistoryDocument::pieces() const {
+  if (texts_.empty()) return {none};
+  std::vector<std::string_view> pieces;
+  pieces.reserve(texts_.size() * 2 + 1);
+  for (const std::string& text : texts_) {
+    pieces.push_back(pieces.empty() ? opening : separator);
+    pieces.push_back(text);
+  }
+  pieces.push_back(closing);
+  return pieces;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,43 @@
+#include "quorvane/removal/HistoryJson.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr auto finishedName = "finished";
+constexpr auto cancelledName = "cancelled";
+constexpr auto notStartedName = "notStarted";
+constexpr auto payloadName = "_0";
+
+Json encoded(const administratorMove::Finished& state) { return {{finishedName, {{payloadName, state.status}}}}; }
+
+Json encoded(const administratorMove::Cancelled&) { return {{cancelledName, Json::object()}}; }
+
+Json encoded(const administratorMove::NotStarted&) { return {{notStartedName, Json::object()}}; }
+
+Outcome<AdministratorMoveTerminalState, JsonError> finishedFromJson(const Json& payload) {
+  const auto status = payload.find(payloadName);
+  if (status == payload.end()) return failure(JsonError{JsonFault::missing, payloadName});
+  const auto number = fromJson<std::uint8_t>(*status);
+  if (!number) return failure(json::below(payloadName, number.error()));
+  return administratorMove::Finished{*number};
+}
+
+}  // namespace
+
+template <>
+Json toJson(const AdministratorMoveTerminalState& state) {
+  return std::visit([](const auto& each) { return encoded(each); }, state);
+}
+
+template <>
+Outcome<AdministratorMoveTerminalState, JsonError> fromJson(const Json& json) {
+  if (!json.is_object() || json.size() != 1 || !json.begin()->is_object()) return json::mistyped();
+  const std::string& name = json.begin().key();
+  if (name == cancelledName) return administratorMove::Cancelled{};
+  if (name == notStartedName) return administratorMove::NotStarted{};
+  if (name == finishedName) return finishedFromJson(*json.begin());
+  return failure(JsonError{JsonFault::unknownCase, {}});
+}
+
+}  // namespace quorvane

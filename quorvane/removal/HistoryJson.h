@@ -1,0 +1,16 @@
+#pragma once
+
+#include "quorvane/base/Json.h"
+#include "quorvane/core/AdministratorMoveTerminalState.h"
+
+// The codec of the records that the history holds. Include it only in .cpp files, in place of base/Json.h.
+
+namespace quorvane {
+
+template <>
+Json toJson(const AdministratorMoveTerminalState& state);
+
+template <>
+Outcome<AdministratorMoveTerminalState, JsonError> fromJson(const Json& json);
+
+}  // namespace quorvane

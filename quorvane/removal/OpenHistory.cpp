@@ -1,0 +1,50 @@
+#include "quorvane/removal/OpenHistory.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+Outcome<std::shared_ptr<OpenHistory>, RecoveryStoreError> OpenHistory::open(FileSystem& fileSystem,
+                                                                            RandomSource& random,
+                                                                            const FilePath& fileURL,
+                                                                            HistoryCache& cache) {
+  auto journal = HistoryJournalFile::open(fileSystem, random, fileURL);
+  if (!journal) return failure(journal.error());
+  const std::shared_ptr<OpenHistory> history(new OpenHistory(*std::move(journal), cache));
+  if (auto loaded = history->load(); !loaded) return failure(loaded.error());
+  return history;
+}
+
+Outcome<void, RecoveryStoreError> OpenHistory::load() {
+  const std::optional<FileStatus> file = journal_.status();
+  if (file && file == cache_.file) return {};
+  cache_ = {};
+  const auto text = journal_.read();
+  if (!text) return failure(text.error());
+  if (*text) {
+    auto document = HistoryDocument::decode(**text);
+    if (!document)
+      return failure(RecoveryStoreError{RecoveryStoreFault::undecodable, journal_.fileURL(), {}});
+    cache_.document = *std::move(document);
+  }
+  cache_.file = file;
+  return {};
+}
+
+Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
+  // Untouched since it was loaded, unless a write failed: then what the file holds now is not known.
+  if (auto loaded = load(); !loaded) return loaded;
+  HistoryDocument& document = cache_.document;
+  const auto holds = [&](const Uuid& entry) { return document.holds(entry); };
+  const bool isOurs = std::ranges::all_of(change.erased, holds) &&
+                      std::ranges::all_of(change.replaced, holds, &CleaningHistoryEntry::id);
+  if (!isOurs) return failure(RecoveryStoreError{RecoveryStoreFault::untrusted, journal_.fileURL(), {}});
+  for (const Uuid& entry : change.erased) document.erase(entry);
+  for (const CleaningHistoryEntry& entry : change.replaced) document.replace(entry);
+  document.insertFront(std::move(change.inserted));
+  const auto written = journal_.write(document.pieces());
+  cache_.file = written ? journal_.status() : std::nullopt;
+  return written;
+}
+
+}  // namespace quorvane
