@@ -26,6 +26,13 @@ void markMovedToTrash(CleaningHistoryItem& item, const FilePath& trashed, const 
   item.failureCategory.reset();
 }
 
+void markRestored(CleaningHistoryItem& item, const FilePath& path, Date date) {
+  item.restoredPath = path;
+  item.restoredAt = date;
+  item.pendingRestorePath.reset();
+  item.restoreFailure.reset();
+}
+
 std::string jsonText(const CleaningHistoryEntry& entry) { return printedJson(toJson(entry)); }
 
 std::string jsonText(const std::vector<CleaningHistoryEntry>& entries) { return printedJson(toJson(entries)); }

@@ -53,10 +53,10 @@ QV_JSON_FIELDS(UninstallHistoryContext, application, bundleIdentity)
 /// One removed or attempted item.
 struct CleaningHistoryItem {
   Uuid id;
-  std::string name;                    ///< for people
-  FilePath originalPath;               ///< absolute, links resolved
+  std::string name;                     ///< for people
+  FilePath originalPath;                ///< absolute, links resolved
   std::optional<FilePath> trashedPath;  ///< absent until the move is verified
-  std::int64_t size = 0;               ///< bytes
+  std::int64_t size = 0;                ///< bytes
   CleaningHistoryItemOutcome outcome = CleaningHistoryItemOutcome::failed;
   std::optional<FileIdentity> trashIdentity;            ///< of the item in the Trash
   std::optional<CleanupDirectoryAnchor> trashLocation;  ///< of the folder that it is in
@@ -85,6 +85,9 @@ bool isInTrash(const CleaningHistoryItem& item);
 
 /// The item is in the Trash: its outcome, path, identity and the anchor of its intent, which is done.
 void markMovedToTrash(CleaningHistoryItem& item, const FilePath& trashed, const FileIdentity& identity);
+
+/// The item is back, at this path.
+void markRestored(CleaningHistoryItem& item, const FilePath& path, Date date);
 
 /// One removal.
 struct CleaningHistoryEntry {

@@ -22,8 +22,8 @@ QV_CASE_NAMES(CleanupMoveError, externalMovePending)
 /// Why one move was refused, or failed. A system's own reason is passed on unchanged.
 using MoveFailure = std::variant<FileProtectionError, CleanupMoveError, PosixError, RecoveryStoreError>;
 
-/// "protection.error." and the case, "cleanup.journal.externalPending", "history.error." and the fault, or one of "cleanup.failure.missing",
-/// "cleanup.failure.permission", "cleanup.failure.noSpace" and "cleanup.failure.system".
+/// "protection.error." and the case, "cleanup.journal.externalPending", "history.error." and the fault, or one of
+/// "cleanup.failure.missing", "cleanup.failure.permission", "cleanup.failure.noSpace" and "cleanup.failure.system".
 std::string messageKey(const MoveFailure& failure);
 
 CleanupFailureCategory categoryOf(const MoveFailure& failure);

@@ -26,8 +26,8 @@ QV_JSON_FIELDS(CleanupDirectoryAnchor, originalPath, identity, fileSystemID0, fi
 
 /// What a move is about to do, written down before it is done.
 struct CleanupMoveIntent {
-  FileIdentity identity;    ///< of the item, taken immediately before
-  FilePath trashDirectory;  ///< links resolved
+  FileIdentity identity;                                ///< of the item, taken immediately before
+  FilePath trashDirectory;                              ///< links resolved
   std::optional<CleanupDirectoryAnchor> trashLocation;  ///< absent when it could not be taken
   std::optional<bool> externalMoveRequested;            ///< the administrator mover was asked to do it
   std::optional<AdministratorMoveTerminalState> externalMoveTerminalState;

@@ -124,7 +124,8 @@ Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view tex
 
 const CleaningHistoryEntry* HistoryDocument::find(const Uuid& entryOrItem) const {
   const auto found = std::ranges::find_if(entries_, [&](const CleaningHistoryEntry& entry) {
-    return entry.id == entryOrItem || std::ranges::find(entry.items, entryOrItem, &CleaningHistoryItem::id) != entry.items.end();
+    return entry.id == entryOrItem ||
+           std::ranges::find(entry.items, entryOrItem, &CleaningHistoryItem::id) != entry.items.end();
   });
   return found == entries_.end() ? nullptr : &*found;
 }

@@ -10,8 +10,8 @@
 
 namespace quorvane {
 
-/// The whole history: each entry decoded and as the text that stands in the file, so that a change costs the encoding of
-/// what changed only.
+/// The whole history: each entry decoded and as the text that stands in the file, so that a change costs the encoding
+/// of what changed only.
 class HistoryDocument {
  public:
   /// Reads a JSON array of entries. An entry that does not have their form refuses the whole text.

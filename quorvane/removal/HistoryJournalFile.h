@@ -20,8 +20,8 @@ class HistoryJournalFile {
   static constexpr std::size_t largestFile = std::size_t{256} << 20;
 
   /// Makes the folder (permissions 0700) and the lock file beside the history where they are missing, and takes the
-  /// lock. Never waits: `busy` when anybody else holds it, this process included. Temporaries that a killed process left
-  /// are taken away.
+  /// lock. Never waits: `busy` when anybody else holds it, this process included. Temporaries that a killed process
+  /// left are taken away.
   static Outcome<HistoryJournalFile, RecoveryStoreError> open(FileSystem& fileSystem, RandomSource& random,
                                                               const FilePath& fileURL);
 

@@ -34,10 +34,16 @@ struct HistoryView {
   bool isInFlight = false;                    ///< another run holds the lock: the pending items are its own
 };
 
+struct RestoreOptions {
+  RestoreConflictPolicy onConflict = RestoreConflictPolicy::skip;
+  StopToken stop = {};  ///< ends the batch after the item in hand
+  std::function<void(std::size_t done, std::size_t count)> progressed = {};
+};
+
 /// Keeps the cleaning history in "history.json" in the application-support folder, and puts items back.
 ///
-/// One call at a time. Every call that takes the lock first settles what an earlier run left pending; none waits for the
-/// lock. A history that cannot be trusted, read or decoded refuses every call and stays untouched.
+/// One call at a time. Every call that takes the lock first settles what an earlier run left pending; none waits for
+/// the lock. A history that cannot be trusted, read or decoded refuses every call and stays untouched.
 class HistoryStore {
  public:
   /// Everything handed over outlives the store.
@@ -52,18 +58,14 @@ class HistoryStore {
   /// A date for a new run: now, or the next second that no entry has.
   Date dateOfNewRun(const OpenHistory& history) const;
 
-  struct RestoreOptions {
-    RestoreConflictPolicy onConflict = RestoreConflictPolicy::skip;
-    StopToken stop = {};
-    std::function<void(std::size_t done, std::size_t count)> progressed = {};
-  };
-
   /// Puts items back where they were, in their order, and goes on after a failure. References that name nothing count
   /// as failed. After a stop the items that were not begun count neither way.
   Outcome<RecoveryBatchResult, RecoveryStoreError> restore(const std::vector<RecoveryReference>& references,
                                                            const RestoreOptions& options);
 
  private:
+  Outcome<HistoryView, RecoveryStoreError> loadUnlocked();
+
   const MoveServices& services_;
   RandomSource& random_;
   FilePath fileURL_;

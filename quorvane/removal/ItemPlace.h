@@ -13,8 +13,9 @@ struct ItemPlace {
   std::string name;
 };
 
-/// Opens the folder of a path from the root on, one component after the other, following no link: what the path means at
-/// this moment, provided no link is on the way. EINVAL for a path that is not absolute and standardised, and for "/".
+/// Opens the folder of a path from the root on, one component after the other, following no link: what the path means
+/// at this moment, provided no link is on the way. EINVAL for a path that is not absolute and standardised, and for
+/// "/".
 Outcome<ItemPlace, PosixError> placeOf(FileSystem& fileSystem, const FilePath& path);
 
 /// What stands at a place.

@@ -23,8 +23,7 @@ Outcome<void, RecoveryStoreError> OpenHistory::load() {
   if (!text) return failure(text.error());
   if (*text) {
     auto document = HistoryDocument::decode(**text);
-    if (!document)
-      return failure(RecoveryStoreError{RecoveryStoreFault::undecodable, journal_.fileURL(), {}});
+    if (!document) return failure(RecoveryStoreError{RecoveryStoreFault::undecodable, journal_.fileURL(), {}});
     cache_.document = *std::move(document);
   }
   cache_.file = file;

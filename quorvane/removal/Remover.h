@@ -19,8 +19,8 @@ namespace quorvane {
 /// One reviewed item that is to go to the Trash.
 struct RemovalRequest {
   Uuid id;
-  std::string name;    ///< for people
-  FilePath path;       ///< as it was reviewed: absolute, standardised
+  std::string name;  ///< for people
+  FilePath path;     ///< as it was reviewed: absolute, standardised
   std::int64_t size = 0;
   std::optional<FileTreeSnapshot> snapshot;  ///< what was reviewed; without one nothing can be proved, so it is refused
   std::optional<MobileBackupMetadata> backupMetadata = std::nullopt;

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "quorvane/removal/OpenHistory.h"
+#include "quorvane/removal/TrashLookup.h"
+
+namespace quorvane {
+
+/// Settles what earlier runs left pending, by looking where each item is now. Only what is certain is settled, all of
+/// it in one write; what cannot be told (a Trash that is not there, say) stays pending for the next time.
+class Reconciliation {
+ public:
+  /// Everything handed over outlives the object.
+  Reconciliation(const MoveServices& services, OpenHistory& history)
+      : services_(services), history_(history), lookup_(services) {}
+
+  Outcome<void, RecoveryStoreError> perform();
+
+ private:
+  /// Both say whether they changed the item.
+  bool settleMove(CleaningHistoryItem& item);
+  bool settleRestore(CleaningHistoryItem& item);
+
+  bool settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files);
+  void forgetUnfinished(const CleaningHistoryItem& item);
+
+  const MoveServices& services_;
+  OpenHistory& history_;
+  TrashLookup lookup_;
+};
+
+}  // namespace quorvane

@@ -1,0 +1,68 @@
+#include "quorvane/removal/TrashLookup.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t mostEntries = 20'000;
+
+}  // namespace
+
+Outcome<RecordedTrash, PosixError> TrashLookup::open(const FilePath& directory,
+                                                     const std::optional<CleanupDirectoryAnchor>& recorded) {
+  const auto known = opened(directory);
+  if (!known) return failure(known.error());
+  if (!recorded) return RecordedTrash{known->folder, AnchorMatch::exact};
+  const auto match = known->anchor ? matched(*recorded, *known->anchor) : AnchorMatch::none;
+  if (match == AnchorMatch::none) return failure(PosixError{ESTALE});
+  return RecordedTrash{known->folder, match};
+}
+
+Outcome<TrashLookup::Opened, PosixError> TrashLookup::opened(const FilePath& directory) {
+  if (const auto known = opened_.find(directory); known != opened_.end()) return known->second;
+  auto folder = services_.trash.open(directory);
+  if (!folder) return opened_.emplace(directory, failure(folder.error())).first->second;
+  std::shared_ptr<TrashFolder> shared = *std::move(folder);
+  auto anchor = anchorOf(services_.fileSystem, services_.volumes, shared->descriptor(), directory);
+  return opened_.emplace(directory, Opened{std::move(shared), std::move(anchor)}).first->second;
+}
+
+TrashLookup::Lookup TrashLookup::find(const CleanupMoveIntent& intent) {
+  const auto trash = open(intent.trashDirectory, intent.trashLocation);
+  if (!trash) return Unavailable{};
+  const auto& listed = listing(*trash->folder);
+  if (!listed) return Unavailable{};
+  Files files{*trash, {}};
+  for (const Listed& entry : *listed)
+    if (isSameObject(intent.identity, entry.identity, trash->volume)) files.leaves.push_back(entry.leaf);
+  return files;
+}
+
+const std::optional<std::vector<TrashLookup::Listed>>& TrashLookup::listing(TrashFolder& folder) {
+  const auto status = services_.fileSystem.status(folder.descriptor());
+  const FileIdentity identity = status ? identityOf(*status) : FileIdentity{};
+  const std::string key = fmt::format("anchor:{}:{}:{}:{}", identity.device, identity.inode, identity.createdSeconds,
+                                      identity.createdNanoseconds);
+  const auto known = listings_.find(key);
+  return known != listings_.end() ? known->second : listings_.emplace(key, list(folder)).first->second;
+}
+
+std::optional<std::vector<TrashLookup::Listed>> TrashLookup::list(TrashFolder& folder) {
+  FolderListing listing;
+  if (!services_.fileSystem.list(folder.descriptor(), listing)) return std::nullopt;
+  if (listing.entries().size() > mostEntries) return std::nullopt;
+  std::vector<Listed> listed;
+  for (const FolderEntry& entry : listing.entries()) {
+    std::string leaf(listing.nameOf(entry));
+    const auto status = services_.fileSystem.status(folder.descriptor(), leaf.c_str());
+    if (!status) return std::nullopt;
+    listed.push_back({std::move(leaf), identityOf(*status)});
+  }
+  return listed;
+}
+
+}  // namespace quorvane
