@@ -1,0 +1,142 @@
+#include "quorvane/platform/linux/OpenTrash.h"
+
+#include "quorvane/platform/DurableFile.h"
+#include "quorvane/platform/linux/DirectorySizes.h"
+#include "quorvane/platform/linux/TrashInfo.h"
+#include "quorvane/platform/linux/TrashName.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <span>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t longestNote = 64 << 10;
+
+std::string noteNameOf(const std::string& leaf) { return leaf + std::string(trashInfoSuffix); }
+
+bool isTaken(PosixError error) { return error.code == EEXIST; }
+
+Outcome<void, PosixError> writeWhole(FileSystem& fileSystem, int file, std::string_view text) {
+  std::span<const std::byte> rest = std::as_bytes(std::span(text));
+  while (!rest.empty()) {
+    const auto count = fileSystem.write(file, rest);
+    if (!count) return failure(count.error());
+    if (*count == 0) return failure(PosixError{EIO});
+    rest = rest.subspan(*count);
+  }
+  return {};
+}
+
+}  // namespace
+
+OpenTrash::OpenTrash(FileSystem& fileSystem, RandomSource& random, TrashFolders folders)
+    : fileSystem_(fileSystem), random_(random), folders_(std::move(folders)) {}
+
+std::string OpenTrash::textOf(const TrashNote& note) const {
+  const bool isRelative = !folders_.top.bytes.empty() && isBelow(note.originalPath, folders_.top);
+  const std::string_view path =
+      isRelative ? relativeTo(folders_.top, note.originalPath) : std::string_view(note.originalPath.bytes);
+  return trashInfoText(path, note.deletedAt, note.move);
+}
+
+Outcome<void, PosixError> OpenTrash::writeNewNote(const std::string& noteName, const std::string& text) {
+  const auto file = fileSystem_.createFile(info(), noteName.c_str());
+  if (!file) return failure(file.error());
+  auto written = writeWhole(fileSystem_, file->number(), text);
+  if (written) {
+    fileSystem_.startWriteBack(file->number());
+  } else {
+    (void)fileSystem_.removeFile(info(), noteName.c_str());  // what failed first is what the caller is told
+  }
+  return written;
+}
+
+Outcome<void, PosixError> OpenTrash::receiveAs(const std::string& leaf, int folder, const std::string& name,
+                                               const std::string& text) {
+  const std::string noteName = noteNameOf(leaf);
+  if (auto noted = writeNewNote(noteName, text); !noted) return noted;
+  auto moved = fileSystem_.renameExclusive(folder, name.c_str(), descriptor(), leaf.c_str());
+  if (!moved) (void)fileSystem_.removeFile(info(), noteName.c_str());
+  return moved;
+}
+
+Outcome<std::string, PosixError> OpenTrash::receive(int folder, const std::string& name, const TrashNote& note) {
+  if (!isOneComponent(name)) return failure(PosixError{EINVAL});
+  const std::string text = textOf(note);
+  const auto known = firstAttempts_.find(name);
+  for (unsigned attempt = known == firstAttempts_.end() ? 1 : known->second; attempt <= mostTrashNames; ++attempt) {
+    std::string leaf = trashName(name, note.move, attempt);
+    const auto received = receiveAs(leaf, folder, name, text);
+    if (!received && isTaken(received.error())) continue;
+    if (!received) return failure(received.error());
+    // Names that only this move uses say nothing about the next one's.
+    if (attempt > 1) firstAttempts_.insert_or_assign(name, std::min(attempt, numberedTrashNames) + 1);
+    return leaf;
+  }
+  return failure(PosixError{EEXIST});
+}
+
+Outcome<void, PosixError> OpenTrash::forget(const std::string& leaf) {
+  auto removed = fileSystem_.removeFile(info(), noteNameOf(leaf).c_str());
+  if (!removed && removed.error().isMissing()) return {};
+  return removed;
+}
+
+Outcome<std::string, PosixError> OpenTrash::readNote(const std::string& noteName) {
+  auto text = readTrusted(fileSystem_, info(), noteName, longestNote);
+  if (text) return *std::move(text);
+  const bool isOfTheSystem = text.error().fault == TrustFault::missing || text.error().fault == TrustFault::unreadable;
+  return failure(isOfTheSystem ? text.error().reason : PosixError{EEXIST});
+}
+
+bool OpenTrash::isUnfinished(const std::string& leaf, const Uuid& move) {
+  const auto text = readNote(noteNameOf(leaf));
+  if (!text) return false;
+  const auto found = trashInfoFromText(*text);
+  if (!found || found->move != move) return false;
+  const auto item = fileSystem_.status(descriptor(), leaf.c_str());
+  return !item && item.error().isMissing();
+}
+
+void OpenTrash::forgetUnfinished(const std::string& name, const TrashNote& note) {
+  if (!isOneComponent(name)) return;
+  for (unsigned attempt = 1; attempt <= mostTrashNames; ++attempt) {
+    const std::string leaf = trashName(name, note.move, attempt);
+    if (isUnfinished(leaf, note.move)) (void)forget(leaf);
+  }
+}
+
+Outcome<void, PosixError> OpenTrash::ensureNote(const std::string& leaf, const TrashNote& note) {
+  const std::string noteName = noteNameOf(leaf);
+  const auto text = readNote(noteName);
+  if (!text && text.error().isMissing()) return writeNewNote(noteName, textOf(note));
+  if (!text) return failure(text.error());
+  if (trashInfoFromText(*text)) return {};
+  return replaceNote(noteName, textOf(note));
+}
+
+/// The name stays taken all the time: another program would put its own item in the place of one without a note.
+Outcome<void, PosixError> OpenTrash::replaceNote(const std::string& noteName, const std::string& text) {
+  const std::string temporary = "writing-" + uuidText(random_.uuid());
+  if (auto written = writeNewNote(temporary, text); !written) return written;
+  auto replaced = fileSystem_.renameReplacing(info(), temporary.c_str(), info(), noteName.c_str());
+  if (!replaced) (void)fileSystem_.removeFile(info(), temporary.c_str());
+  return replaced;
+}
+
+void OpenTrash::tellSizes(const std::vector<Size>& folders) {
+  addDirectorySizes(fileSystem_, random_, folders_.trash.number(), info(), folders);
+}
+
+/// The notes come first: after a power cut no item is without one.
+Outcome<void, PosixError> OpenTrash::synchronise() {
+  auto notes = fileSystem_.synchronise(info());
+  auto items = fileSystem_.synchronise(descriptor());
+  return notes ? items : notes;
+}
+
+}  // namespace quorvane
