@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -38,10 +40,12 @@ RemovalRefusal refusalOf(const MoveFailure& failure);
 
 /// What a caller checks beyond the rules that hold for every removal. Given the index of the request.
 struct RemovalChecks {
-  /// Before anything of the item is looked at.
+  /// Before anything of the item is looked at. May be asked twice of one item.
   std::function<std::optional<RemovalRefusal>(std::size_t)> before = {};
   /// After the item was proved unchanged; with what measuring it found.
   std::function<std::optional<RemovalRefusal>(std::size_t, const TreeMeasurement&)> measured = {};
+  /// Names of entries that measuring counts for it; they outlive the removal.
+  std::span<const std::string_view> watchedNames = {};
 };
 
 struct RemovalFailure {
@@ -67,7 +71,7 @@ using RemovalError = std::variant<RecoveryStoreError, IgnoreRuleError, PosixErro
 
 struct RemovalOptions {
   CleaningHistorySource source = CleaningHistorySource::files;
-  bool isRehearsal = false;  ///< everything is checked, nothing written or moved
+  bool isRehearsal = false;  ///< all is checked but the Trash, which may have to be made; nothing is written or moved
   StopToken stop = {};       ///< ends the run after the item in hand
   std::function<void(std::size_t done, std::size_t count, const FilePath& path)> progressed = {};
 };
@@ -79,14 +83,17 @@ struct RemovalServices {
   TreeWalker& walker;
   IgnoreRuleStore& ignoreStore;
   HistoryStore& history;
+  RandomSource& random;
 };
+
+class RemovalGuard;
 
 /// The one road by which anything goes to the Trash.
 ///
 /// For each item, in this order: the caller's first check; the rules that hold for every path (absolute and
-/// standardised, not the home, nothing that the program needs, not ignored, no mount point and none inside); its
-/// snapshot taken anew and compared; the caller's second check; not in use by any process. What passes is moved through
-/// the journal.
+/// standardised, not the home, nothing that the program needs, not the Trash, not ignored, no mount point and none
+/// inside); its snapshot taken anew and compared; the caller's second check; not in use by any process. What passes is
+/// moved through the journal. Refused for a rule is `protected`, whatever the caller says of it.
 class Remover {
  public:
   /// `home` and `applicationSupport` are never removed, nor is what holds them.
@@ -97,11 +104,15 @@ class Remover {
   Outcome<RemovalReport, RemovalError> remove(const std::vector<RemovalRequest>& requests, const RemovalChecks& checks,
                                               const RemovalOptions& options);
 
-  /// What `remove` would want to know of a path that a person names: the request for it, with its size and snapshot as
-  /// they are now, or why it can never be removed.
+  /// What `remove` would want to know of a path that a person names: the request for it under a fresh identifier, with
+  /// its size and snapshot as they are now, or why it can never be removed. Rules that cannot be read are left to
+  /// `remove`, which then refuses everything.
   Outcome<RemovalRequest, RemovalRefusal> review(const FilePath& path, StopToken stop);
 
  private:
+  Outcome<TreeMeasurement, RemovalRefusal> measured(const RemovalGuard& guard, const FilePath& canonicalPath,
+                                                    StopToken stop);
+
   RemovalServices services_;
   FilePath home_;
   FilePath applicationSupport_;

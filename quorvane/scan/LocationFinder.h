@@ -2,6 +2,7 @@
 
 #include "quorvane/base/Date.h"
 #include "quorvane/core/ScanCoverage.h"
+#include "quorvane/core/TakenPlaces.h"
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/scan/CandidateClassifier.h"
 #include "quorvane/scan/LocationFindings.h"

@@ -33,17 +33,4 @@ ScanScope scanScope(const ScanServices& services, const ScanSettings& settings,
   return scope;
 }
 
-bool TakenPlaces::take(const FilePath& canonicalPath) {
-  for (FilePath above = canonicalPath; above.bytes.size() > 1; above = parentOf(above))
-    if (isTaken(above)) return false;
-  if (holdsTaken(canonicalPath)) return false;
-  places_.insert(canonicalPath);
-  return true;
-}
-
-bool TakenPlaces::holdsTaken(const FilePath& path) const {
-  const auto first = places_.lower_bound(FilePath{path.bytes + "/"});
-  return first != places_.end() && isBelow(*first, path);
-}
-
 }  // namespace quorvane

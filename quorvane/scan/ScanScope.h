@@ -7,7 +7,6 @@
 #include "quorvane/scan/DiskScanner.h"
 
 #include <optional>
-#include <set>
 #include <vector>
 
 namespace quorvane {
@@ -26,18 +25,5 @@ struct ScanScope {
 
 /// The scope as it is now. Ignore rules that cannot be read leave nothing out, and a notice behind.
 ScanScope scanScope(const ScanServices& services, const ScanSettings& settings, std::vector<ScanCoverageNote>& notices);
-
-/// The places that items were made of, so that none lies inside another.
-class TakenPlaces {
- public:
-  /// Takes a place; false when it is taken, lies in one that is, or holds one.
-  bool take(const FilePath& canonicalPath);
-
- private:
-  bool isTaken(const FilePath& path) const { return places_.contains(path); }
-  bool holdsTaken(const FilePath& path) const;
-
-  std::set<FilePath> places_;
-};
 
 }  // namespace quorvane

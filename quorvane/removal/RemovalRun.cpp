@@ -1,0 +1,229 @@
+#include "quorvane/removal/RemovalRun.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::int64_t mostBytesOfBatch = std::int64_t{1} << 30;
+constexpr std::chrono::seconds oldestUse{1};
+
+CleaningHistoryItem pendingItem(const RemovalRequest& request, const FilePath& canonicalPath, std::int64_t size) {
+  CleaningHistoryItem item;
+  item.id = request.id;
+  item.name = request.name;
+  item.originalPath = canonicalPath;
+  item.size = size;
+  item.backupMetadata = request.backupMetadata;
+  return item;
+}
+
+}  // namespace
+
+RemovalRun::RemovalRun(const RemovalServices& services, const RemovalGuard& guard, Task task)
+    : services_(services),
+      guard_(guard),
+      trashGuard_(services.moves.fileSystem, services.moves.trash, guard.home()),
+      task_(std::move(task)),
+      journal_(services.moves) {}
+
+Outcome<RemovalReport, RemovalError> RemovalRun::perform() {
+  while (next_ < task_.requests.size() && !isStopped()) {
+    Batch batch = gather();
+    prove(batch);
+    if (task_.options.isRehearsal) {
+      std::ranges::transform(batch, std::back_inserter(report_.wouldMove), &Candidate::index);
+    } else if (const auto moved = move(batch); !moved) {
+      if (report_.movedCount == 0) return failure(RemovalError(moved.error()));
+      refuseRest(batch, moved.error());
+    }
+  }
+  std::ranges::sort(report_.failures, {}, &RemovalFailure::index);
+  return std::move(report_);
+}
+
+RemovalRun::Batch RemovalRun::gather() {
+  if (!task_.options.isRehearsal) taken_ = {};
+  Batch batch;
+  std::int64_t bytes = 0;
+  for (; next_ < task_.requests.size() && !endsBatch(batch, bytes) && !isStopped(); ++next_) {
+    auto candidate = admitted(next_);
+    // One that lies in another of the batch, or around it, is looked at once that one is gone.
+    if (candidate && !task_.options.isRehearsal && !taken_.take(candidate->canonicalPath)) break;
+    if (!candidate) {
+      refuse(next_, std::move(candidate.error()));
+      continue;
+    }
+    identifiers_.insert(task_.requests[next_].id);
+    bytes += std::clamp<std::int64_t>(task_.requests[next_].size, 0, mostBytesOfBatch);
+    batch.push_back(*std::move(candidate));
+  }
+  return batch;
+}
+
+bool RemovalRun::endsBatch(const Batch& batch, std::int64_t bytes) const {
+  return batch.size() == CleanupMoveJournal::mostMoves || bytes >= mostBytesOfBatch;
+}
+
+Outcome<RemovalRun::Candidate, RemovalRefusal> RemovalRun::admitted(std::size_t index) {
+  const RemovalRequest& request = task_.requests[index];
+  if (task_.checks.before)
+    if (auto refusal = task_.checks.before(index)) return failure(*std::move(refusal));
+  auto canonicalPath = guard_.admitted(request.path);
+  if (!canonicalPath) return failure(std::move(canonicalPath.error()));
+  const bool isElsewhere = request.snapshot && request.snapshot->canonicalPath != *canonicalPath;
+  if (isElsewhere || identifiers_.contains(request.id)) return failure(refusalOf(FileProtectionError::changed));
+  auto place = placeOf(services_.moves.fileSystem, *canonicalPath);
+  if (!place) return failure(refusalOfPath(place.error()));
+  Candidate candidate{.index = index, .canonicalPath = *std::move(canonicalPath), .place = *std::move(place)};
+  if (auto refusal = refusalOfPlace(candidate)) return failure(*std::move(refusal));
+  return candidate;
+}
+
+std::optional<RemovalRefusal> RemovalRun::refusalOfPlace(const Candidate& candidate) {
+  if (auto refusal = guard_.refusalOfObject(candidate.place, candidate.canonicalPath)) return refusal;
+  if (!task_.options.isRehearsal)
+    return trashGuard_.isTrash(candidate.place, candidate.canonicalPath) ? std::optional(protectedRefusal())
+                                                                         : std::nullopt;
+  // What was found to be movable before would have gone by now.
+  const bool isGone = taken_.covers(candidate.canonicalPath);
+  if (isGone) return refusalOf(PosixError{ENOENT});
+  if (!taken_.take(candidate.canonicalPath)) return refusalOf(FileProtectionError::changed);
+  return std::nullopt;
+}
+
+/// Leaves in the batch what is unchanged, not in use, and passes the caller's check.
+void RemovalRun::prove(Batch& batch) {
+  std::vector<TreeRoot> roots;
+  for (const Candidate& candidate : batch) roots.push_back({candidate.place.folder.number(), candidate.place.name});
+  WalkRequest request;
+  request.watchedNames = task_.checks.watchedNames;
+  request.stop = task_.options.stop;
+  const auto outcomes = services_.walker.measure(roots, request);
+  Batch proved;
+  for (std::size_t i = 0; i < batch.size(); ++i) {
+    const TreeOutcome& outcome = outcomes[i];
+    if (!outcome && outcome.error().isCancelled()) continue;
+    auto refusal = refusalOfTree(batch[i], outcome);
+    if (!refusal && task_.checks.measured) refusal = task_.checks.measured(batch[i].index, *outcome);
+    if (!refusal) refusal = refusalOfUse(batch[i].canonicalPath);
+    if (refusal) {
+      refuse(batch[i].index, *std::move(refusal));
+      continue;
+    }
+    batch[i].size = outcome->allocatedBytes;
+    proved.push_back(std::move(batch[i]));
+  }
+  batch = std::move(proved);
+}
+
+std::optional<RemovalRefusal> RemovalRun::refusalOfTree(const Candidate& candidate, const TreeOutcome& outcome) const {
+  if (!outcome) return refusalOfPath(outcome.error());
+  const auto& reviewed = task_.requests[candidate.index].snapshot;
+  const bool holdsMount = !outcome->mountsInside.empty();
+  // Without a snapshot it could not be read as a whole when it was reviewed, either: that is no change.
+  if (holdsMount || !reviewed)
+    if (auto refusal = refusalOfUnproved(*outcome)) return refusal;
+  const bool isUnchanged = reviewed && snapshotOf(*outcome, candidate.canonicalPath) == reviewed;
+  return isUnchanged ? std::nullopt : std::optional(refusalOf(FileProtectionError::changed));
+}
+
+std::optional<RemovalRefusal> RemovalRun::refusalOfUse(const FilePath& canonicalPath) {
+  const Clock& clock = services_.moves.clock;
+  if (!inUse_ || clock.uptime() - inUseReadAt_ > oldestUse) {
+    inUse_.emplace(services_.processReader.read());
+    inUseReadAt_ = clock.uptime();
+  }
+  if (!inUse_->couldReadProcesses()) return refusalOf(FileProtectionError::fileUseUnavailable);
+  if (inUse_->isInUse(canonicalPath)) return refusalOf(FileProtectionError::fileInUse);
+  return std::nullopt;
+}
+
+Outcome<void, RecoveryStoreError> RemovalRun::move(const Batch& batch) {
+  if (batch.empty()) return {};
+  const auto availableBefore = availableBytes(batch);
+  std::vector<CleanupMoveJournal::Request> requests;
+  for (const Candidate& each : batch)
+    requests.push_back({.item = pendingItem(task_.requests[each.index], each.canonicalPath, each.size)});
+  auto transaction = journal_.begin(task_.history, std::move(requests), task_.options.source, task_.date);
+  if (!transaction) return failure(transaction.error());
+  perform(*transaction, batch);
+  record(*transaction, batch, availableBefore);
+  return {};
+}
+
+void RemovalRun::perform(CleanupMoveJournal::Transaction& transaction, const Batch& batch) {
+  for (std::size_t i = 0; i < batch.size() && !isStopped(); ++i) {
+    if (const auto failed = transaction.perform(i)) {
+      refuse(batch[i].index, refusalOf(*failed));
+    } else {
+      ++report_.movedCount;
+      report_.movedBytes += batch[i].size;
+      noteDone(batch[i].index);
+    }
+  }
+}
+
+void RemovalRun::record(CleanupMoveJournal::Transaction& transaction, const Batch& batch,
+                        std::optional<std::int64_t> availableBefore) {
+  const auto availableAfter = availableBytes(batch);
+  std::optional<std::int64_t> delta;
+  const bool hasMoved = std::ranges::any_of(transaction.moves(), &CleanupMoveJournal::Transaction::Move::isFinished);
+  if (hasMoved && availableBefore && availableAfter) delta = *availableAfter - *availableBefore;
+  if (delta) report_.availableBytesDelta = report_.availableBytesDelta.value_or(0) + *delta;
+  auto receipts = transaction.finish(delta);
+  if (receipts) {
+    std::ranges::move(*receipts, std::back_inserter(report_.entries));
+  } else {
+    keepUnrecorded(transaction, batch);
+    refuseRest({}, receipts.error());
+  }
+}
+
+/// What was moved is in the Trash, but its record still reads "interrupted".
+void RemovalRun::keepUnrecorded(const CleanupMoveJournal::Transaction& transaction, const Batch& batch) {
+  for (std::size_t i = 0; i < batch.size(); ++i) {
+    const CleanupMoveJournal::Transaction::Move& move = transaction.moves()[i];
+    if (!move.isAnnounced || !(move.isFinished || move.failure)) continue;
+    CleaningHistoryEntry entry = move.receipt;
+    if (move.isFinished) {
+      entry.items.front().cleanupJournalUnavailable = true;
+      entry.items.front().failureReason = services_.moves.texts(journalKeys::unavailable);
+      report_.failures.push_back(
+          {batch[i].index, {std::string(journalKeys::unavailable), CleanupFailureCategory::other}});
+    }
+    report_.entries.push_back(std::move(entry));
+  }
+}
+
+std::optional<std::int64_t> RemovalRun::availableBytes(const Batch& batch) {
+  const auto capacity = services_.moves.volumes.capacity(parentOf(batch.front().canonicalPath));
+  return capacity ? std::optional(capacity->available) : std::nullopt;
+}
+
+void RemovalRun::refuse(std::size_t index, RemovalRefusal refusal) {
+  report_.failures.push_back({index, std::move(refusal)});
+  noteDone(index);
+}
+
+/// Without its journal nothing may be moved.
+void RemovalRun::refuseRest(const Batch& batch, const RecoveryStoreError& error) {
+  const RemovalRefusal refusal = refusalOf(error);
+  for (const Candidate& candidate : batch) refuse(candidate.index, refusal);
+  for (; next_ < task_.requests.size(); ++next_) refuse(next_, refusal);
+}
+
+void RemovalRun::noteDone(std::size_t index) {
+  ++doneCount_;
+  if (task_.options.progressed) task_.options.progressed(doneCount_, task_.requests.size(), task_.requests[index].path);
+}
+
+bool RemovalRun::isStopped() {
+  if (task_.options.stop.stopRequested()) report_.wasStopped = true;
+  return report_.wasStopped;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "quorvane/core/InUseIndex.h"
+#include "quorvane/core/TakenPlaces.h"
+#include "quorvane/removal/RemovalGuard.h"
+#include "quorvane/removal/Remover.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace quorvane {
+
+/// One removal, from its first request to its last. Used once.
+///
+/// The requests go in batches: each is proved as a whole, announced in one write, moved, and recorded in one write. A
+/// batch is small, so that little time passes between proving an item unchanged and moving it.
+class RemovalRun {
+ public:
+  struct Task {
+    const std::vector<RemovalRequest>& requests;
+    const RemovalChecks& checks;
+    const RemovalOptions& options;
+    std::shared_ptr<OpenHistory> history;  ///< none for a rehearsal
+    Date date;                             ///< of the run
+  };
+
+  RemovalRun(const RemovalServices& services, const RemovalGuard& guard, Task task);
+
+  Outcome<RemovalReport, RemovalError> perform();
+
+ private:
+  /// An item that nothing speaks against so far.
+  struct Candidate {
+    std::size_t index;  ///< of its request
+    FilePath canonicalPath;
+    ItemPlace place;
+    std::int64_t size = 0;  ///< bytes, as measured
+  };
+  using Batch = std::vector<Candidate>;
+
+  Batch gather();
+  bool endsBatch(const Batch& batch, std::int64_t bytes) const;
+  Outcome<Candidate, RemovalRefusal> admitted(std::size_t index);
+  std::optional<RemovalRefusal> refusalOfPlace(const Candidate& candidate);
+
+  void prove(Batch& batch);
+  std::optional<RemovalRefusal> refusalOfTree(const Candidate& candidate, const TreeOutcome& outcome) const;
+  std::optional<RemovalRefusal> refusalOfUse(const FilePath& canonicalPath);
+
+  Outcome<void, RecoveryStoreError> move(const Batch& batch);
+  void perform(CleanupMoveJournal::Transaction& transaction, const Batch& batch);
+  void record(CleanupMoveJournal::Transaction& transaction, const Batch& batch,
+              std::optional<std::int64_t> availableBefore);
+  void keepUnrecorded(const CleanupMoveJournal::Transaction& transaction, const Batch& batch);
+  std::optional<std::int64_t> availableBytes(const Batch& batch);
+
+  void refuse(std::size_t index, RemovalRefusal refusal);
+  void refuseRest(const Batch& batch, const RecoveryStoreError& error);
+  void noteDone(std::size_t index);
+  bool isStopped();
+
+  const RemovalServices& services_;
+  const RemovalGuard& guard_;
+  TrashGuard trashGuard_;
+  Task task_;
+  CleanupMoveJournal journal_;
+
+  std::size_t next_ = 0;  ///< the first request that no batch has
+  std::size_t doneCount_ = 0;
+  std::set<Uuid> identifiers_;
+  TakenPlaces taken_;  ///< of one batch; of all in a rehearsal
+  std::optional<InUseIndex> inUse_;
+  std::chrono::steady_clock::time_point inUseReadAt_;
+  RemovalReport report_;
+};
+
+}  // namespace quorvane
