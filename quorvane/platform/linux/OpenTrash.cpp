@@ -15,6 +15,8 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t longestNote = 64 << 10;
+constexpr std::chrono::hours longestMove(1);   // from the date of a note to the moment it is made
+constexpr std::chrono::seconds clockSlack(1);  // files get the time of the last tick
 
 std::string noteNameOf(const std::string& leaf) { return leaf + std::string(trashInfoSuffix); }
 
@@ -93,11 +95,22 @@ Outcome<std::string, PosixError> OpenTrash::readNote(const std::string& noteName
   return failure(isOfTheSystem ? text.error().reason : PosixError{EEXIST});
 }
 
-bool OpenTrash::isUnfinished(const std::string& leaf, const Uuid& move) {
-  const auto text = readNote(noteNameOf(leaf));
+/// A note that is empty tells nothing but its name and its time: of a process that ended before it wrote, or of a power
+/// cut soon after.
+bool OpenTrash::isEmptyNoteSince(const std::string& noteName, Date deletedAt) {
+  const auto status = fileSystem_.status(info(), noteName.c_str());
+  if (!status || status->size != 0) return false;
+  const auto age = status->modified.date() - wholeSeconds(deletedAt);
+  return age >= -clockSlack && age <= longestMove;
+}
+
+bool OpenTrash::isUnfinished(const std::string& leaf, const TrashNote& note) {
+  const std::string noteName = noteNameOf(leaf);
+  const auto text = readNote(noteName);
   if (!text) return false;
   const auto found = trashInfoFromText(*text);
-  if (!found || found->move != move) return false;
+  const bool isOurs = found ? found->move == note.move : isEmptyNoteSince(noteName, note.deletedAt);
+  if (!isOurs) return false;
   const auto item = fileSystem_.status(descriptor(), leaf.c_str());
   return !item && item.error().isMissing();
 }
@@ -106,7 +119,7 @@ void OpenTrash::forgetUnfinished(const std::string& name, const TrashNote& note)
   if (!isOneComponent(name)) return;
   for (unsigned attempt = 1; attempt <= mostTrashNames; ++attempt) {
     const std::string leaf = trashName(name, note.move, attempt);
-    if (isUnfinished(leaf, note.move)) (void)forget(leaf);
+    if (isUnfinished(leaf, note)) (void)forget(leaf);
   }
 }
 

@@ -43,7 +43,8 @@ class OpenTrash final : public TrashFolder {
   Outcome<void, PosixError> receiveAs(const std::string& leaf, int folder, const std::string& name,
                                       const std::string& text);
   Outcome<std::string, PosixError> readNote(const std::string& noteName);
-  bool isUnfinished(const std::string& leaf, const Uuid& move);
+  bool isEmptyNoteSince(const std::string& noteName, Date deletedAt);
+  bool isUnfinished(const std::string& leaf, const TrashNote& note);
 
   FileSystem& fileSystem_;
   RandomSource& random_;
