@@ -10,12 +10,12 @@ namespace quorvane {
 
 /// Executes a reviewed selection of a cleaning scan: exactly those items, each only as long as it is what was reviewed.
 ///
-/// What a record says of itself is not believed. Whether a place may be cleaned, and how safely, is worked out anew: the
-/// scan's tables are looked through again, and each item is judged by what stands there now. In this order an item is
-/// refused that is blocked ("cleanup.failure.protected"), lies outside of the cleaning roots or is none of the places
-/// that a scan finds ("cleanup.failure.location"), is ignored, a mount point or holds one, or has changed; that was
-/// reviewed as safe and is not, or is no longer safe to take at this moment ("reason.preflight." and why); that is in
-/// use.
+/// What a record says of itself is not believed. Whether a place may be cleaned, and how safely, is worked out anew:
+/// the scan's tables are looked through again, and each item is judged by what stands there now. In this order an item
+/// is refused that is blocked ("cleanup.failure.protected"), lies outside of the cleaning roots or is none of the
+/// places that a scan finds ("cleanup.failure.location"), is ignored, a mount point or holds one, or has changed; that
+/// was reviewed as safe and is not, or is no longer safe to take at this moment ("reason.preflight." and why); that is
+/// in use.
 class CleanerService {
  public:
   /// Everything that is handed over by reference outlives the service.

@@ -23,8 +23,8 @@ struct SelectionError {
   bool operator==(const SelectionError&) const = default;
 };
 
-/// Marks exactly the items that the request names. A category or a level never selects what is blocked; an identifier or
-/// a path does, for the cleaner to refuse it by name.
+/// Marks exactly the items that the request names. A category or a level never selects what is blocked; an identifier
+/// or a path does, for the cleaner to refuse it by name.
 Outcome<void, SelectionError> applySelection(std::vector<ScanItem>& items, const SelectionRequest& request);
 
 /// Those that are marked, in their order.

@@ -77,13 +77,9 @@ class TrashGuard {
   std::map<Mount, std::optional<FilePath>> trashes_;
 };
 
-inline constexpr auto protectedKey = "cleanup.failure.protected";
-
-inline RemovalRefusal protectedRefusal() { return {protectedKey, CleanupFailureCategory::protected_}; }
 /// Why a path could not be opened; something else standing in the place of one of its folders is a change.
 RemovalRefusal refusalOfPath(PosixError error);
 /// Why a tree that was not seen as a whole, or while nobody changed it, cannot be told from another one.
 std::optional<RemovalRefusal> refusalOfUnproved(const TreeMeasurement& tree);
-inline RemovalRefusal mountRefusal() { return {"cleanup.failure.mountPoint", CleanupFailureCategory::protected_}; }
 
 }  // namespace quorvane

@@ -8,6 +8,10 @@ namespace quorvane {
 
 RemovalRefusal refusalOf(const MoveFailure& failure) { return {messageKey(failure), categoryOf(failure)}; }
 
+RemovalRefusal protectedRefusal() { return {"cleanup.failure.protected", CleanupFailureCategory::protected_}; }
+
+RemovalRefusal mountRefusal() { return {"cleanup.failure.mountPoint", CleanupFailureCategory::protected_}; }
+
 Remover::Remover(RemovalServices services, const FilePath& home, const FilePath& applicationSupport)
     : services_(services), home_(home), applicationSupport_(applicationSupport) {}
 

@@ -37,6 +37,10 @@ struct RemovalRefusal {
 };
 
 RemovalRefusal refusalOf(const MoveFailure& failure);
+/// "cleanup.failure.protected": whoever asks, this is not removed.
+RemovalRefusal protectedRefusal();
+/// "cleanup.failure.mountPoint"
+RemovalRefusal mountRefusal();
 
 /// What a caller checks beyond the rules that hold for every removal. Given the index of the request.
 struct RemovalChecks {

@@ -20,11 +20,6 @@ ScanCoverageReason reasonOfLowerBound(const TreeMeasurement& tree) {
   return tree.mountsInside.empty() ? ScanCoverageReason::changing : ScanCoverageReason::mountPoint;
 }
 
-FilePath cachesRootOf(const ScanSettings& settings) {
-  return settings.layout == HomeLayout::macos ? joined(settings.folders.home, "Library/Caches")
-                                              : settings.folders.cache;
-}
-
 }  // namespace
 
 ScanRun::ScanRun(const ScanServices& services, const ScanSettings& settings, const ScanRequest& request,
@@ -34,16 +29,10 @@ ScanRun::ScanRun(const ScanServices& services, const ScanSettings& settings, con
       request_(request),
       control_(control),
       progress_(progress),
-      table_(locationTable(settings.layout)),
-      folders_(settings, services.fileSystem),
-      now_(services.clock.now()),
-      scope_(scanScope(services, settings, coverage_.notices)),
-      finder_(services.fileSystem, table_, folders_, scope_, now_),
-      policy_(services.fileSystem, cleaningRules(settings, folders_)),
-      judge_(services, settings, now_) {}
+      ground_(services, settings, coverage_.notices) {}
 
 Outcome<ScanResult, ScanFault> ScanRun::perform() {
-  const Date startedAt = now_;
+  const Date startedAt = ground_.now;
   const auto home = services_.fileSystem.openStartingFolder(settings_.folders.home);
   if (!home) return failure(ScanFault::homeUnreadable);
   if (const auto status = services_.fileSystem.status(home->number())) homeOwner_ = status->owner;
@@ -70,16 +59,16 @@ bool ScanRun::performStep(ScanStep step) {
 
 std::vector<ScanRun::Found> ScanRun::findAll(ScanStep step) {
   std::vector<Found> all;
-  for (const LocationRule& rule : table_.rules) {
+  for (const LocationRule& rule : ground_.table.rules) {
     if (rule.step != step) continue;
     if (!asksFor(rule)) {
-      coverage_.entries.push_back({.path = joined(folders_.at(rule.base), rule.path),
+      coverage_.entries.push_back({.path = joined(ground_.folders.at(rule.base), rule.path),
                                    .category = rule.category,
                                    .status = ScanCoverageStatus::skipped,
                                    .reason = ScanCoverageReason::categoryNotAsked});
       continue;
     }
-    LocationFindings findings = finder_.find(rule);
+    LocationFindings findings = ground_.finder.find(rule);
     for (ScanCandidate& candidate : findings.candidates)
       all.push_back({std::move(candidate), coverage_.entries.size()});
     coverage_.entries.push_back(std::move(findings.location));
@@ -152,7 +141,7 @@ void ScanRun::keep(const Found& found, const TreeOutcome& outcome) {
 
 ScanItem ScanRun::item(const Found& found, const TreeMeasurement& tree) {
   const ScanCandidate& candidate = found.candidate;
-  ItemJudgement judgement = judge_.judge(candidate, tree, control_.stopToken());
+  ItemJudgement judgement = ground_.judge.judge(candidate, tree, control_.stopToken());
   std::ranges::move(judgement.notes, std::back_inserter(coverage_.entries[found.location].notes));
   ScanItem made{.id = services_.random.uuid(),
                 .url = {candidate.path()},
@@ -166,7 +155,8 @@ ScanItem ScanRun::item(const Found& found, const TreeMeasurement& tree) {
                 .backupMetadata = std::move(judgement.backupMetadata)};
   if (made.backupMetadata && made.backupMetadata->deviceName) made.displayName = *made.backupMetadata->deviceName;
   const bool startsUnselected = candidate.rule->kind == LocationKind::worktree;
-  made.isSelected = made.safety == SafetyLevel::safe && !startsUnselected && policy_.allowsCleaning(made.url.path);
+  made.isSelected =
+      made.safety == SafetyLevel::safe && !startsUnselected && ground_.policy.allowsCleaning(made.url.path);
   return made;
 }
 
@@ -198,14 +188,14 @@ void ScanRun::verify() {
   if (std::ranges::none_of(items_, isAtRisk)) return;
   items_ = ScanSelectionPreflight::checked(
       std::move(items_),
-      {.now = now_,
-       .cachesRoot = cachesRootOf(settings_),
+      {.now = ground_.now,
+       .cachesRoot = ground_.cachesRoot,
        .latestModification = [this](const FilePath& path) { return inspected_.at(path).latestModification; },
-       .isInUse = [this](const FilePath& path) { return judge_.isInUse(inspected_.at(path).canonicalPath); }});
+       .isInUse = [this](const FilePath& path) { return ground_.judge.isInUse(inspected_.at(path).canonicalPath); }});
 }
 
 ScanResult ScanRun::finished(Date startedAt) {
-  std::ranges::move(judge_.notices(), std::back_inserter(coverage_.notices));
+  std::ranges::move(ground_.judge.notices(), std::back_inserter(coverage_.notices));
   std::vector<FilePath> unreadable;
   std::set<FilePath> known;  // one folder can be the way to many locations
   for (const ScanCoverageEntry& entry : coverage_.entries)

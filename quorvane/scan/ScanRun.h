@@ -1,9 +1,7 @@
 #pragma once
 
-#include "quorvane/scan/CleaningSafetyPolicy.h"
 #include "quorvane/scan/DiskScanner.h"
-#include "quorvane/scan/ItemJudge.h"
-#include "quorvane/scan/LocationFinder.h"
+#include "quorvane/scan/ScanGround.h"
 
 #include <atomic>
 #include <cstddef>
@@ -63,13 +61,7 @@ class ScanRun {
   std::vector<ScanItem> items_;
   std::map<FilePath, Inspected> inspected_;
 
-  const LocationTable& table_;
-  LocationFolders folders_;
-  Date now_;
-  ScanScope scope_;
-  LocationFinder finder_;
-  CleaningSafetyPolicy policy_;
-  ItemJudge judge_;
+  ScanGround ground_;
   std::optional<std::uint32_t> homeOwner_;
 
   std::atomic<std::int64_t> inspectedItemCount_ = 0;

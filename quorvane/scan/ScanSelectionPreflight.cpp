@@ -16,6 +16,10 @@ bool isSystemCache(const FilePath& location, const FilePath& cachesRoot) {
   return parentOf(place) == standardised(cachesRoot) && leafOf(place).starts_with("com.apple.");
 }
 
+}  // namespace
+
+std::string reasonKey(Demotion demotion) { return "reason.preflight." + std::string(caseName(demotion)); }
+
 std::optional<Demotion> demotionOf(const ScanItem& item, const Observation& observation) {
   if (!item.isSelected || item.safety != SafetyLevel::safe) return std::nullopt;
   const FilePath& location = item.url.path;
@@ -24,10 +28,6 @@ std::optional<Demotion> demotionOf(const ScanItem& item, const Observation& obse
   if (isSystemCache(location, observation.cachesRoot)) return Demotion::systemService;
   return std::nullopt;
 }
-
-}  // namespace
-
-std::string reasonKey(Demotion demotion) { return "reason.preflight." + std::string(caseName(demotion)); }
 
 std::vector<ScanItem> checked(std::vector<ScanItem> items, const Observation& observation) {
   for (ScanItem& item : items) {

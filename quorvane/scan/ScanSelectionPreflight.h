@@ -34,6 +34,9 @@ struct Observation {
   std::function<bool(const FilePath&)> isInUse;
 };
 
+/// Why a selected, safe item has become risky; nothing for any other.
+std::optional<Demotion> demotionOf(const ScanItem& item, const Observation& observation);
+
 /// The same items in the same order. A selected, safe one that has become risky is now `review`, not selected, and has
 /// the reason of its demotion; everything else stays as it is.
 std::vector<ScanItem> checked(std::vector<ScanItem> items, const Observation& observation);
