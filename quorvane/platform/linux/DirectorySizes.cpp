@@ -18,9 +18,10 @@ constexpr std::size_t longestFile = 4 << 20;
 std::optional<std::int64_t> takeNumber(std::string_view& rest) {
   const std::size_t end = rest.find(' ');
   if (end == std::string_view::npos) return std::nullopt;
+  const std::string_view word = rest.substr(0, end);
   std::int64_t number = 0;
-  const auto [stop, error] = std::from_chars(rest.data(), rest.data() + end, number);
-  if (error != std::errc() || stop != rest.data() + end) return std::nullopt;
+  const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+  if (error != std::errc() || stop != word.data() + word.size()) return std::nullopt;
   rest.remove_prefix(end + 1);
   return number;
 }
@@ -47,7 +48,7 @@ class SizeTable {
  public:
   SizeTable(FileSystem& fileSystem, int info) : fileSystem_(fileSystem), info_(info) {}
 
-  void keep(DirectorySize size) {
+  void keep(const DirectorySize& size) {
     if (noteOf(size.leaf)) lines_.insert_or_assign(size.leaf, directorySizeLine(size));
   }
 
@@ -96,10 +97,10 @@ void addDirectorySizes(FileSystem& fileSystem, RandomSource& random, int trash, 
                        const std::vector<TrashFolder::Size>& sizes) {
   const auto before = writtenText(fileSystem, trash);
   if (!before) return;
-  auto written = directorySizesFromText(*before);
+  const auto written = directorySizesFromText(*before);
   if (!written) return;
   SizeTable table(fileSystem, info);
-  for (DirectorySize& size : *written) table.keep(std::move(size));
+  for (const DirectorySize& size : *written) table.keep(size);
   for (const TrashFolder::Size& size : sizes) table.add(size);
   const std::string text = table.text();
   if (text == *before || text.size() > longestFile) return;
