@@ -2,6 +2,7 @@
 
 #include "quorvane/app/cli/CommandLine.h"
 
+#include <cerrno>
 #include <functional>
 #include <string>
 #include <vector>
@@ -34,6 +35,34 @@ class KeepingChannel final : public OutputChannel {
   Kind kind_;
 };
 
+/// Answers that were prepared, in their order; then the input is at its end.
+class PreparedInput final : public InputChannel {
+ public:
+  struct Kind {
+    bool isTerminal = false;
+    std::vector<std::string> lines = {};
+    std::string content = {};  ///< for who reads all of it
+  };
+
+  explicit PreparedInput(Kind kind) : kind_(std::move(kind)) {}
+
+  bool isTerminal() const override { return kind_.isTerminal; }
+
+  std::optional<std::string> readLine() override {
+    if (next_ == kind_.lines.size()) return std::nullopt;
+    return kind_.lines[next_++];
+  }
+
+  Outcome<std::string, PosixError> readAll(std::size_t limit) override {
+    if (kind_.content.size() > limit) return failure(PosixError{EFBIG});
+    return kind_.content;
+  }
+
+ private:
+  Kind kind_;
+  std::size_t next_ = 0;
+};
+
 /// What one run said, and how it ended.
 struct CommandLineRun {
   struct Setting {
@@ -41,12 +70,15 @@ struct CommandLineRun {
     KeepingChannel::Kind output = {};
     KeepingChannel::Kind errors = {};
     std::optional<FilePath> workingFolder = FilePath{"/nonexistent"};
+    PreparedInput::Kind input = {};
   };
 
   explicit CommandLineRun(const std::vector<std::string>& arguments) : CommandLineRun(arguments, Setting()) {}
   CommandLineRun(const std::vector<std::string>& arguments, const Setting& setting) {
     KeepingChannel outputChannel(setting.output), errorChannel(setting.errors);
-    code = runCommandLine(arguments, {outputChannel, errorChannel}, {setting.variables, setting.workingFolder});
+    PreparedInput inputChannel(setting.input);
+    code = runCommandLine(arguments, {inputChannel, outputChannel, errorChannel},
+                          {setting.variables, setting.workingFolder});
     output = outputChannel.text;
     errors = errorChannel.text;
   }

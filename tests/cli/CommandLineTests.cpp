@@ -35,7 +35,9 @@ TEST(CommandLineTests, refusesWrongUsageWithAHint) {
     const char* text;
   } cases[] = {
       {{"scna"}, "cli.error.unknownCommand", "There is no command \"scna\". Did you mean \"scan\"?"},
-      {{"frobnicate"}, "cli.error.unknownCommand", "It can be one of: scan, ignore."},
+      {{"frobnicate"},
+       "cli.error.unknownCommand",
+       "It can be one of: scan, clean, trash, history, restore, undo, ignore."},
       {{"ignore"}, "cli.error.missingCommand", "It can be one of: list, add, remove."},
       {{"ignore", "rm"}, "cli.error.unknownCommand", "\"rm\""},
       {{"ignore", "add"}, "cli.error.missingArgument", "`quorvane ignore add` needs PATH."},
@@ -60,7 +62,19 @@ TEST(CommandLineTests, refusesWrongUsageWithAHint) {
       {{"scan", "--jsn"}, "cli.error.unknownOption", "Did you mean \"--json\"?"},
       {{"scan", "-x"}, "cli.error.unknownOption", "\"-x\""},
       {{"\x1b[2J"}, "cli.error.unknownCommand", "\\x1b[2J"},
-      {{"clean"}, "cli.error.unknownCommand", "\"clean\""},
+      {{"history", "shwo"}, "cli.error.unknownCommand", "Did you mean \"show\"?"},
+      {{"history", "--limit", "0"}, "cli.error.noCount", "--limit needs a whole number from 1 on, not \"0\"."},
+      {{"history", "show"}, "cli.error.missingArgument", "`quorvane history show` needs ID."},
+      {{"restore"}, "cli.error.nothingToRestore", "--last or --all"},
+      {{"restore", "--last", "--all"}, "cli.error.restoreEither", "exclude each other"},
+      {{"restore", "6F9619FF", "--last"}, "cli.error.restoreEither", "exclude each other"},
+      {{"undo", "--on-conflict", "keepboth"}, "cli.error.unknownConflictPolicy", "Did you mean \"keep-both\"?"},
+      {{"undo", "this"}, "cli.error.unexpectedArgument", "\"this\""},
+      {{"trash"}, "cli.error.missingArgument", "`quorvane trash` needs PATH."},
+      {{"trash", "a", ""}, "cli.error.missingArgument", "`quorvane trash` needs PATH."},
+      {{"clean", "logs"}, "cli.error.unexpectedArgument", "\"logs\""},
+      {{"clean", "--select="}, "cli.error.missingValue", "--select needs a value."},
+      {{"scan", "--yes"}, "cli.error.unknownOption", "\"--yes\""},
   };
   for (const auto& [arguments, key, text] : cases) {
     Words withJson = arguments;
@@ -95,9 +109,20 @@ TEST(CommandLineTests, understandsItsArguments) {
   EXPECT_EQ(understood({"--home", "a", "scan", "--home", "b", "--layout", "macos", "--layout", "auto"}),
             (Invocation{.command = CommandName::scan, .options = {.home = "b"}}));
   for (const std::string path : {"list", "scan", "[x]", "a b", "-", "\xFF"})
-    EXPECT_EQ(understood({"ignore", "add", path}), (Invocation{.command = CommandName::ignoreAdd, .subject = path}));
+    EXPECT_EQ(understood({"ignore", "add", path}), (Invocation{.command = CommandName::ignoreAdd, .subjects = {path}}));
+  EXPECT_EQ(understood({"clean", "--select", "[a,b]", "--yes", "--select=-", "--unselect", "x", "--from", "-"}),
+            (Invocation{.command = CommandName::clean,
+                        .removal = {.from = "-", .select = {"[a,b]", "-"}, .unselect = {"x"}, .isConfirmed = true}}));
+  EXPECT_EQ(
+      understood({"trash", "[x]", "--dry-run", "history", "--", "--yes"}),
+      (Invocation{
+          .command = CommandName::trash, .removal = {.isRehearsal = true}, .subjects = {"[x]", "history", "--yes"}}));
+  EXPECT_EQ(
+      understood({"undo", "--on-conflict", "keep-both"}),
+      (Invocation{.command = CommandName::undo, .restore = {RestoreChoice::lastRun, RestoreConflictPolicy::keepBoth}}));
+  EXPECT_EQ(understood({"history", "--limit", "7"}), (Invocation{.command = CommandName::history, .limit = 7}));
   EXPECT_EQ(understood({"ignore", "add", "--", "--json"}),
-            (Invocation{.command = CommandName::ignoreAdd, .subject = "--json"}));
+            (Invocation{.command = CommandName::ignoreAdd, .subjects = {"--json"}}));
 }
 
 TEST(CommandLineTests, explainsEachCommandWithAnExample) {

@@ -1,10 +1,13 @@
 // The catalogue and the sources agree: no key is used without a text, no text stands there without a use.
 #include "quorvane/app/messages/MessageCatalogue.h"
+#include "quorvane/core/AppPaths.h"
 #include "quorvane/core/FileProtectionError.h"
 #include "quorvane/core/IgnoreRuleStore.h"
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/core/ScanCoverage.h"
+#include "quorvane/removal/CleaningHistory.h"
+#include "quorvane/removal/RecoveryStoreError.h"
 #include "quorvane/scan/DiskScanner.h"
 #include "quorvane/scan/ScanSelectionPreflight.h"
 
@@ -55,7 +58,7 @@ std::string familyOf(std::string_view key) { return std::string(key.substr(0, ke
 
 // A text is told to be a key by its family, or by a word that only keys have in them.
 bool isKeyOf(const Keys& families, std::string_view text) {
-  if (!looksLikeKey(text)) return false;
+  if (!looksLikeKey(text) || text == AppPaths::historyName) return false;
   const auto holds = [&](std::string_view word) { return text.contains(word); };
   constexpr std::string_view words[] = {".error.", ".reason.", ".status.", ".note.", ".notice.", ".failure."};
   return families.contains(familyOf(text)) || std::ranges::any_of(words, holds);
@@ -80,6 +83,10 @@ Keys derivedKeys() {
   addCases<IgnoreRuleFault>(keys, "ignore.error.");
   addCases<ScanFault>(keys, "scan.error.");
   addCases<ScanSelectionPreflight::Demotion>(keys, "reason.preflight.");
+  addCases<CleanupFailureCategory>(keys, "cleanup.failure.category.");
+  addCases<RecoveryFailure>(keys, "recovery.failure.");
+  addCases<RecoveryStoreFault>(keys, "history.error.");
+  addCases<JsonFault>(keys, "json.fault.");
   addCases<ScanCoverageReason>(keys, "coverage.reason.");
   for (const char* untold : {"read", "missing", "categoryNotAsked"})
     keys.erase(std::string("coverage.reason.") + untold);

@@ -18,6 +18,10 @@ ScanSettings settingsFor(const FilePath& home) {
   return scanSettings({*folders, HomeLayout::linux, true});
 }
 
+RecordTexts recordTexts() {
+  return [](std::string_view key) { return std::string(key); };
+}
+
 /// Runs one scan on a loop of its own, and holds what came of it.
 struct ScanRun {
   MainLoop loop;
@@ -25,7 +29,7 @@ struct ScanRun {
   std::vector<CleaningScanProgressUpdate> updates;
   std::optional<Outcome<ScanResult, ScanFault>> outcome;
 
-  explicit ScanRun(const FilePath& home) : model(settingsFor(home), loop) {}
+  explicit ScanRun(const FilePath& home) : model(settingsFor(home), recordTexts(), loop) {}
 
   void start() {
     outcome.reset();
@@ -95,7 +99,7 @@ TEST(AppModelTests, mayEndWhileItWorks) {
   for (int i = 0; i < 200; ++i) home.write(".cache/folder" + std::to_string(i) + "/file", "content");
   MainLoop loop;
   {
-    AppModel model(settingsFor(home.path()), loop);
+    AppModel model(settingsFor(home.path()), recordTexts(), loop);
     model.scan({}, {.progressed = [](const auto&) { ADD_FAILURE() << "nobody listens any more"; },
                     .finished = [](const auto&) { ADD_FAILURE() << "nobody listens any more"; }});
   }

@@ -1,7 +1,7 @@
 #include "quorvane/app/cli/Arguments.h"
 
 #include "quorvane/app/cli/NearestWord.h"
-#include "quorvane/app/cli/ScannedCategories.h"
+#include "quorvane/app/cli/ReadInvocation.h"
 
 #include <CLI/CLI.hpp>
 
@@ -12,30 +12,13 @@ namespace quorvane {
 
 namespace {
 
-using Words = std::vector<std::string>;
+std::string lastWord(std::string_view words) { return std::string(words.substr(words.rfind(' ') + 1)); }
 
-CommandError wrongUsage(Message message, std::optional<Message> hint) {
-  return {ExitCode::wrongUsage, std::move(message), std::move(hint)};
-}
-
-Message seeHelp(const CommandDescription& command) { return {"cli.hint.seeHelp", {{"command", fullName(command)}}}; }
-
-Message choiceOf(const Words& choices) { return {"cli.hint.choices", {{"choices", MessageList{choices}}}}; }
-
-// The word that was probably meant, or else the whole choice.
-Message hintFor(std::string_view given, const Words& choices) {
-  if (const auto word = nearestWord(given, choices)) return {"cli.hint.didYouMean", {{"word", *word}}};
-  return choiceOf(choices);
-}
-
-template <NamedEnumeration E>
-Words namesOf() {
+Words namesBelow(const CommandDescription& command) {
   Words names;
-  for (const E value : allCases<E>()) names.emplace_back(caseName(value));
+  for (const CommandDescription* below : commandsBelow(command)) names.push_back(lastWord(below->words));
   return names;
 }
-
-std::string lastWord(std::string_view words) { return std::string(words.substr(words.rfind(' ') + 1)); }
 
 // How many words stand before "--".
 std::size_t asFarAsOptions(const Words& arguments) {
@@ -91,24 +74,18 @@ class ArgumentParser {
 
  private:
   CLI::App* addCommand(const CommandDescription& description);
+  void addOption(CLI::App& command, const OptionDescription& option);
   const CommandDescription& reached() const;
-  CommandError missingValue(std::string_view option) const;
+  CommandError seeingHelp(Message message) const;
   std::optional<CommandError> emptyValue() const;
-  void takeSubject();
-  std::optional<CommandError> leftOver() const;
+  std::optional<CommandError> takeSubjects();
+  CommandError unexpected(const std::string& given) const;
   CommandError unknownOption(const std::string& given) const;
-  Request invocation() const;
-  std::optional<CommandError> readLayout(GlobalOptions& options) const;
-  std::optional<CommandError> readCategories(std::vector<ScanCategory>& categories) const;
 
   CLI::App app_;
   std::map<std::string_view, CLI::App*> commands_;  // by their words
-  std::string home_, dataDirectory_, layout_, subject_;
-  CLI::Option* homeOption_;
-  CLI::Option* dataDirectoryOption_;
-  CLI::Option* layoutOption_;
-  bool json_ = false, isQuiet_ = false, hasNoColours_ = false;
-  Words categories_;
+  OptionValues values_;
+  Words subjects_;
   Words operands_;  // what stands behind "--", whatever it looks like
 };
 
@@ -119,16 +96,10 @@ ArgumentParser::ArgumentParser() {
   app_.fallthrough();
   app_.require_subcommand(0, 1);
   app_.set_version_flag("--version", std::string());
-  const auto takeLast = CLI::MultiOptionPolicy::TakeLast;
-  homeOption_ = app_.add_option("--home", home_)->multi_option_policy(takeLast);
-  dataDirectoryOption_ = app_.add_option("--data-dir", dataDirectory_)->multi_option_policy(takeLast);
-  layoutOption_ = app_.add_option("--layout", layout_)->multi_option_policy(takeLast);
-  app_.add_flag("--json", json_)->disable_flag_override();
-  app_.add_flag("--quiet", isQuiet_)->disable_flag_override();
-  app_.add_flag("--no-color", hasNoColours_)->disable_flag_override();
+  for (const OptionDescription& option : globalOptionDescriptions())
+    if (option.name != "--version" && option.name != "--help") addOption(app_, option);
   for (const CommandDescription& description : commandDescriptions())
     commands_[description.words] = addCommand(description);
-  commands_.at("scan")->add_option("--category", categories_)->allow_extra_args(false);
 }
 
 CLI::App* ArgumentParser::addCommand(const CommandDescription& description) {
@@ -137,8 +108,18 @@ CLI::App* ArgumentParser::addCommand(const CommandDescription& description) {
   CLI::App* parent = space == std::string_view::npos ? &app_ : commands_.at(description.words.substr(0, space));
   CLI::App* command = parent->add_subcommand(lastWord(description.words));
   command->require_subcommand(0, 1);
-  if (!description.arguments.empty()) command->add_option("subject", subject_);
+  for (const OptionDescription& option : description.options) addOption(*command, option);
   return command;
+}
+
+// Of an option that is given several times and does not repeat, the last value holds.
+void ArgumentParser::addOption(CLI::App& command, const OptionDescription& option) {
+  const std::string name(option.name);
+  if (option.value.empty()) {
+    command.add_flag(name, values_.flags[option.name])->disable_flag_override();
+  } else {
+    command.add_option(name, values_.texts[option.name])->allow_extra_args(false);
+  }
 }
 
 Request ArgumentParser::parse(const Words& arguments) {
@@ -153,13 +134,12 @@ Request ArgumentParser::parse(const Words& arguments) {
   } catch (const CLI::CallForVersion&) {
     return VersionRequest{};
   } catch (const CLI::ParseError& error) {
-    if (!mistake) return missingValue(optionIn(error.what()));
+    if (!mistake) return seeingHelp(valueMissing(optionIn(error.what())));
   }
-  if (mistake) return wrongUsage(*mistake, seeHelp(reached()));
+  if (mistake) return seeingHelp(*mistake);
   if (auto empty = emptyValue()) return *std::move(empty);
-  takeSubject();
-  if (auto tooMuch = leftOver()) return *std::move(tooMuch);
-  return invocation();
+  if (auto wrong = takeSubjects()) return *std::move(wrong);
+  return invocationOf(reached(), values_, subjects_);
 }
 
 // The command that the words led to.
@@ -170,47 +150,44 @@ const CommandDescription& ArgumentParser::reached() const {
   return *found;
 }
 
-CommandError ArgumentParser::missingValue(std::string_view option) const {
-  return wrongUsage(valueMissing(option), seeHelp(reached()));
+CommandError ArgumentParser::seeingHelp(Message message) const {
+  return wrongUsage(std::move(message), seeHelp(reached()));
 }
 
 // An empty value is none: most often it is a variable of a script that was not set.
 std::optional<CommandError> ArgumentParser::emptyValue() const {
-  for (const auto& [option, value] : {std::pair(homeOption_, &home_), std::pair(dataDirectoryOption_, &dataDirectory_),
-                                      std::pair(layoutOption_, &layout_)})
-    if (option->count() > 0 && value->empty()) return missingValue(option->get_name());
-  if (std::ranges::find(categories_, "") != categories_.end()) return missingValue("--category");
+  for (const auto& [name, given] : values_.texts)
+    if (std::ranges::find(given, "") != given.end()) return seeingHelp(valueMissing(name));
   return std::nullopt;
 }
 
-void ArgumentParser::takeSubject() {
-  if (operands_.empty() || reached().arguments.empty() || !subject_.empty()) return;
-  subject_ = operands_.front();
-  operands_.erase(operands_.begin());
-}
-
-std::optional<CommandError> ArgumentParser::leftOver() const {
-  const Words rest = app_.remaining(true);
+std::optional<CommandError> ArgumentParser::takeSubjects() {
+  subjects_ = app_.remaining(true);
   const CommandDescription& command = reached();
-  const auto tooMany = [&](const std::string& given) {
-    return wrongUsage({"cli.error.unexpectedArgument", {{"given", given}}}, seeHelp(command));
-  };
-  Words names;
-  for (const CommandDescription* below : commandsBelow(command)) names.push_back(lastWord(below->words));
-  if (!rest.empty()) {
-    const std::string& given = rest.front();
-    if (given.size() > 1 && given.starts_with('-')) return unknownOption(given);
-    if (names.empty()) return tooMany(given);
-    return wrongUsage({"cli.error.unknownCommand", {{"given", given}}}, hintFor(given, names));
+  const bool takesSeveral = !command.arguments.empty() && command.arguments.front().repeats;
+  const std::size_t most = command.arguments.empty() ? 0 : takesSeveral ? std::string::npos : 1;
+  for (std::size_t i = 0; i < subjects_.size(); ++i) {
+    const bool isOption = subjects_[i].size() > 1 && subjects_[i].starts_with('-');
+    if (isOption) return unknownOption(subjects_[i]);
+    if (i >= most) return unexpected(subjects_[i]);
   }
-  if (command.command == CommandName::ignore)
+  if (command.onlyLeadsToOthers) {
+    Words names = namesBelow(command);
     return wrongUsage({"cli.error.missingCommand", {{"command", fullName(command)}}}, choiceOf(names));
-  if (!operands_.empty()) return tooMany(operands_.front());
-  if (!command.arguments.empty() && subject_.empty())
-    return wrongUsage({"cli.error.missingArgument",
-                       {{"command", fullName(command)}, {"argument", std::string(command.arguments.front().name)}}},
-                      seeHelp(command));
+  }
+  subjects_.insert(subjects_.end(), operands_.begin(), operands_.end());
+  if (subjects_.size() > most) return seeingHelp({"cli.error.unexpectedArgument", {{"given", subjects_[most]}}});
+  const bool isMissing = subjects_.empty() && most > 0 && !command.arguments.front().isOptional;
+  if (isMissing || std::ranges::find(subjects_, "") != subjects_.end())
+    return seeingHelp({"cli.error.missingArgument",
+                       {{"command", fullName(command)}, {"argument", std::string(command.arguments.front().name)}}});
   return std::nullopt;
+}
+
+CommandError ArgumentParser::unexpected(const std::string& given) const {
+  const Words names = namesBelow(reached());
+  if (names.empty()) return seeingHelp({"cli.error.unexpectedArgument", {{"given", given}}});
+  return wrongUsage({"cli.error.unknownCommand", {{"given", given}}}, hintFor(given, names));
 }
 
 CommandError ArgumentParser::unknownOption(const std::string& given) const {
@@ -220,41 +197,6 @@ CommandError ArgumentParser::unknownOption(const std::string& given) const {
   for (const OptionDescription& option : reached().options) names.emplace_back(option.name);
   const auto word = nearestWord(name, names);
   return wrongUsage({"cli.error.unknownOption", {{"given", name}}}, word ? hintFor(name, names) : seeHelp(reached()));
-}
-
-Request ArgumentParser::invocation() const {
-  Invocation asked;
-  asked.command = reached().command;
-  asked.subject = subject_;
-  asked.options.json = json_;
-  asked.options.isQuiet = isQuiet_;
-  asked.options.hasNoColours = hasNoColours_;
-  if (homeOption_->count() > 0) asked.options.home = home_;
-  if (dataDirectoryOption_->count() > 0) asked.options.dataDirectory = dataDirectory_;
-  if (auto mistake = readLayout(asked.options)) return *std::move(mistake);
-  if (auto mistake = readCategories(asked.categories)) return *std::move(mistake);
-  return asked;
-}
-
-std::optional<CommandError> ArgumentParser::readLayout(GlobalOptions& options) const {
-  constexpr std::string_view automatic = "auto";
-  if (layoutOption_->count() == 0 || layout_ == automatic) return std::nullopt;
-  options.layout = caseFromName<HomeLayout>(layout_);
-  if (options.layout) return std::nullopt;
-  Words names = namesOf<HomeLayout>();
-  names.insert(names.begin(), std::string(automatic));
-  return wrongUsage({"cli.error.unknownLayout", {{"given", layout_}}}, hintFor(layout_, names));
-}
-
-std::optional<CommandError> ArgumentParser::readCategories(std::vector<ScanCategory>& categories) const {
-  const std::vector<ScanCategory> known = scannedCategories();
-  for (const std::string& name : categories_) {
-    const auto category = std::ranges::find(known, name, [](ScanCategory each) { return caseName(each); });
-    if (category == known.end())
-      return wrongUsage({"cli.error.unknownCategory", {{"given", name}}}, hintFor(name, scannedCategoryNames()));
-    if (std::ranges::find(categories, *category) == categories.end()) categories.push_back(*category);
-  }
-  return std::nullopt;
 }
 
 bool asksForJson(const Words& arguments) {

@@ -2,8 +2,10 @@
 
 #include "quorvane/app/cli/CommandError.h"
 #include "quorvane/core/ScanCategory.h"
+#include "quorvane/removal/Recovery.h"
 #include "quorvane/scan/ScanSettings.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,7 +15,20 @@
 
 namespace quorvane {
 
-enum class CommandName { overview, scan, ignore, ignoreList, ignoreAdd, ignoreRemove };
+enum class CommandName {
+  overview,
+  scan,
+  clean,
+  trash,
+  history,
+  historyShow,
+  restore,
+  undo,
+  ignore,
+  ignoreList,
+  ignoreAdd,
+  ignoreRemove,
+};
 
 /// What every command understands.
 struct GlobalOptions {
@@ -27,12 +42,36 @@ struct GlobalOptions {
   bool operator==(const GlobalOptions&) const = default;
 };
 
+/// What `clean` and `trash` are told of a removal.
+struct RemovalArguments {
+  std::optional<std::string> from = std::nullopt;  ///< a file with a reviewed result; "-" for standard input
+  std::vector<std::string> select = {};
+  std::vector<std::string> unselect = {};
+  bool isConfirmed = false;
+  bool isRehearsal = false;
+
+  bool operator==(const RemovalArguments&) const = default;
+};
+
+/// Which items `restore` puts back.
+enum class RestoreChoice { named, lastRun, everything };
+
+struct RestoreArguments {
+  RestoreChoice choice = RestoreChoice::named;
+  RestoreConflictPolicy onConflict = RestoreConflictPolicy::skip;
+
+  bool operator==(const RestoreArguments&) const = default;
+};
+
 /// One command that a person asked for.
 struct Invocation {
   CommandName command = CommandName::overview;
   GlobalOptions options = {};
   std::vector<ScanCategory> categories = {};
-  std::string subject = {};  ///< PATH, or PATH-OR-ID
+  RemovalArguments removal = {};
+  RestoreArguments restore = {};
+  std::optional<std::int64_t> limit = std::nullopt;
+  std::vector<std::string> subjects = {};  ///< the arguments without a dash: PATH, ID, PATH-OR-ID
 
   bool operator==(const Invocation&) const = default;
 };
@@ -59,9 +98,11 @@ ParsedArguments parseArguments(const std::vector<std::string>& arguments);
 
 /// An option, or an argument without a dash.
 struct OptionDescription {
-  std::string_view name;   ///< "--home"
-  std::string_view value;  ///< "DIR"; empty for a flag
-  std::string_view key;    ///< message key of its description
+  std::string_view name;    ///< "--home"
+  std::string_view value;   ///< "DIR"; empty for a flag
+  std::string_view key;     ///< message key of its description
+  bool repeats = false;     ///< it may be given several times
+  bool isOptional = false;  ///< of an argument: the command may do without
 };
 
 struct CommandDescription {
@@ -71,6 +112,7 @@ struct CommandDescription {
   std::string_view exampleKey;
   std::span<const OptionDescription> options;
   std::span<const OptionDescription> arguments;
+  bool onlyLeadsToOthers = false;
 };
 
 /// Every command, those that only lead to others included; the one without words is the first.

@@ -9,11 +9,34 @@ namespace {
 
 constexpr std::array<OptionDescription, 0> none{};
 
+constexpr OptionDescription confirmed{"--yes", "", "cli.option.yes"};
+constexpr OptionDescription rehearsal{"--dry-run", "", "cli.option.dryRun"};
+constexpr OptionDescription onConflict{"--on-conflict", "WHAT", "cli.option.onConflict"};
+
 constexpr std::array scanOptions{
-    OptionDescription{"--category", "C", "cli.option.category"},
+    OptionDescription{"--category", "C", "cli.option.category", true},
 };
+constexpr std::array cleanOptions{
+    OptionDescription{"--from", "FILE", "cli.option.from"},
+    OptionDescription{"--select", "S", "cli.option.select", true},
+    OptionDescription{"--unselect", "S", "cli.option.unselect", true},
+    confirmed,
+    rehearsal,
+};
+constexpr std::array trashOptions{confirmed, rehearsal};
+constexpr std::array historyOptions{OptionDescription{"--limit", "N", "cli.option.limit"}};
+constexpr std::array restoreOptions{
+    OptionDescription{"--last", "", "cli.option.last"},
+    OptionDescription{"--all", "", "cli.option.all"},
+    onConflict,
+};
+constexpr std::array undoOptions{onConflict};
+
 constexpr std::array pathArgument{OptionDescription{"PATH", "PATH", "cli.argument.path"}};
+constexpr std::array trashArgument{OptionDescription{"PATH", "PATH", "cli.argument.trashPath", true}};
 constexpr std::array ruleArgument{OptionDescription{"PATH-OR-ID", "PATH-OR-ID", "cli.argument.pathOrId"}};
+constexpr std::array entryArgument{OptionDescription{"ID", "ID", "cli.argument.entryId"}};
+constexpr std::array entriesArgument{OptionDescription{"ID", "ID", "cli.argument.entryIds", true, true}};
 
 constexpr std::array globalOptions{
     OptionDescription{"--home", "DIR", "cli.option.home"},
@@ -29,7 +52,17 @@ constexpr std::array globalOptions{
 constexpr std::array commands{
     CommandDescription{CommandName::overview, "", "cli.command.root", "cli.example.root", none, none},
     CommandDescription{CommandName::scan, "scan", "cli.command.scan", "cli.example.scan", scanOptions, none},
-    CommandDescription{CommandName::ignore, "ignore", "cli.command.ignore", "cli.example.ignore", none, none},
+    CommandDescription{CommandName::clean, "clean", "cli.command.clean", "cli.example.clean", cleanOptions, none},
+    CommandDescription{CommandName::trash, "trash", "cli.command.trash", "cli.example.trash", trashOptions,
+                       trashArgument},
+    CommandDescription{CommandName::history, "history", "cli.command.history", "cli.example.history", historyOptions,
+                       none},
+    CommandDescription{CommandName::historyShow, "history show", "cli.command.history.show", "cli.example.history.show",
+                       none, entryArgument},
+    CommandDescription{CommandName::restore, "restore", "cli.command.restore", "cli.example.restore", restoreOptions,
+                       entriesArgument},
+    CommandDescription{CommandName::undo, "undo", "cli.command.undo", "cli.example.undo", undoOptions, none},
+    CommandDescription{CommandName::ignore, "ignore", "cli.command.ignore", "cli.example.ignore", none, none, true},
     CommandDescription{CommandName::ignoreList, "ignore list", "cli.command.ignore.list", "cli.example.ignore.list",
                        none, none},
     CommandDescription{CommandName::ignoreAdd, "ignore add", "cli.command.ignore.add", "cli.example.ignore.add", none,

@@ -37,6 +37,12 @@ class RequestRunner {
     switch (invocation.command) {
       case CommandName::overview: return runOverview(context);
       case CommandName::scan: return runScan(context);
+      case CommandName::clean: return runClean(context);
+      case CommandName::trash: return runTrash(context);
+      case CommandName::history: return runHistory(context);
+      case CommandName::historyShow: return runHistoryShow(context);
+      case CommandName::restore:
+      case CommandName::undo: return runRestore(context);
       case CommandName::ignoreList: return runIgnoreList(context);
       case CommandName::ignoreAdd: return runIgnoreAdd(context);
       case CommandName::ignoreRemove: return runIgnoreRemove(context);

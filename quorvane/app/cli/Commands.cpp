@@ -46,6 +46,15 @@ std::optional<bool> leadsInside(FileSystem& fileSystem, const FilePath& path, co
   return isAtOrBelow(*realPath, *realHome);
 }
 
+/// The path, if a run that may only touch one home may touch what `place` leads to.
+Outcome<FilePath, CommandError> confined(const CommandContext& context, AppModel& model, const FilePath& path,
+                                         const FilePath& place) {
+  const FilePath& home = model.settings().folders.home;
+  if (!context.invocation.options.home) return path;
+  if (leadsInside(model.fileSystem(), place, home).value_or(false)) return path;
+  return failure(CommandError{ExitCode::refused, {"cli.error.outsideHome", {{"path", path}, {"home", home}}}});
+}
+
 /// A home that was asked for may keep the program's own folder behind a link: a run must not follow it there. What
 /// cannot be told now fails when it is opened.
 bool keepsOwnDataInside(const GlobalOptions& options, AppModel& model) {
@@ -61,7 +70,8 @@ CommandOutcome withModel(const CommandContext& context,
   auto settings = requestedSettings(context);
   if (!settings) return failure(std::move(settings.error()));
   MainLoop loop;
-  AppModel model(*std::move(settings), loop);
+  const auto texts = [&console = context.console](std::string_view key) { return console.catalogue().text(key); };
+  AppModel model(*std::move(settings), texts, loop);
   if (keepsOwnDataInside(context.invocation.options, model)) return command(loop, model);
   const ApplicationFolders& folders = model.settings().folders;
   return failure(
@@ -69,12 +79,19 @@ CommandOutcome withModel(const CommandContext& context,
                    {"cli.error.dataOutsideHome", {{"path", folders.applicationSupport}, {"home", folders.home}}}});
 }
 
-Outcome<FilePath, CommandError> pathArgument(const CommandContext& context, FileSystem& fileSystem,
-                                             const FilePath& home) {
-  auto path = absolutePath(context.invocation.subject, context.environment);
-  if (!path || !context.invocation.options.home) return path;
-  if (leadsInside(fileSystem, *path, home).value_or(false)) return path;
-  return failure(CommandError{ExitCode::refused, {"cli.error.outsideHome", {{"path", *path}, {"home", home}}}});
+Outcome<FilePath, CommandError> absoluteArgument(const CommandContext& context, const std::string& given) {
+  return absolutePath(given, context.environment);
+}
+
+Outcome<FilePath, CommandError> pathArgument(const CommandContext& context, AppModel& model, const std::string& given) {
+  auto path = absolutePath(given, context.environment);
+  return path ? confined(context, model, *path, *path) : path;
+}
+
+Outcome<FilePath, CommandError> objectArgument(const CommandContext& context, AppModel& model,
+                                               const std::string& given) {
+  auto path = absolutePath(given, context.environment);
+  return path ? confined(context, model, *path, parentOf(*path)) : path;
 }
 
 CommandError homeUnreadable(const FilePath& home) {

@@ -5,7 +5,6 @@
 #include "quorvane/app/model/AppModel.h"
 #include "quorvane/app/model/MainLoop.h"
 #include "quorvane/base/Outcome.h"
-#include "quorvane/platform/FileSystem.h"
 
 #include <functional>
 
@@ -22,6 +21,11 @@ using CommandOutcome = Outcome<ExitCode, CommandError>;
 
 CommandOutcome runOverview(const CommandContext& context);
 CommandOutcome runScan(const CommandContext& context);
+CommandOutcome runClean(const CommandContext& context);
+CommandOutcome runTrash(const CommandContext& context);
+CommandOutcome runHistory(const CommandContext& context);
+CommandOutcome runHistoryShow(const CommandContext& context);
+CommandOutcome runRestore(const CommandContext& context);
 CommandOutcome runIgnoreList(const CommandContext& context);
 CommandOutcome runIgnoreAdd(const CommandContext& context);
 CommandOutcome runIgnoreRemove(const CommandContext& context);
@@ -31,9 +35,15 @@ CommandOutcome runIgnoreRemove(const CommandContext& context);
 CommandOutcome withModel(const CommandContext& context,
                          const std::function<CommandOutcome(MainLoop&, AppModel&)>& command);
 
-/// A path argument made absolute and standardised; with --home refused when it leads out of that home, also by a link.
-Outcome<FilePath, CommandError> pathArgument(const CommandContext& context, FileSystem& fileSystem,
-                                             const FilePath& home);
+/// A path that a person gave, made absolute and standardised.
+Outcome<FilePath, CommandError> absoluteArgument(const CommandContext& context, const std::string& given);
+
+/// The same; with --home refused when it leads out of that home, also by a link.
+Outcome<FilePath, CommandError> pathArgument(const CommandContext& context, AppModel& model, const std::string& given);
+
+/// The same for the object itself that has this path: a link at its end is not followed.
+Outcome<FilePath, CommandError> objectArgument(const CommandContext& context, AppModel& model,
+                                               const std::string& given);
 
 /// That home cannot be opened.
 CommandError homeUnreadable(const FilePath& home);

@@ -19,7 +19,7 @@ Console::Console(CommandLineStreams streams, const EnvironmentVariables& environ
 }
 
 const MessageCatalogue& Console::catalogue() {
-  if (!catalogue_) catalogue_ = MessageCatalogue::english();
+  std::call_once(catalogueOnce_, [this] { catalogue_ = MessageCatalogue::english(); });
   return *catalogue_;
 }
 
@@ -47,14 +47,36 @@ std::string Console::errorText(const CommandError& error, const MessageStyle& st
   return whole;
 }
 
-void Console::report(const CommandError& error) {
+void Console::writeErrorLine(const std::string& text, const std::string& key) {
   const TextStyle style = errorStyle();
-  streams_.errors.write(fmt::format("{}: {} {}\n", toned("quorvane", Tone::bad, style),
-                                    errorText(error, messageStyle(style)),
-                                    toned(fmt::format("[{}]", error.message.key), Tone::faint, style)));
+  streams_.errors.write(fmt::format("{}: {} {}\n", toned("quorvane", Tone::bad, style), text,
+                                    toned(fmt::format("[{}]", key), Tone::faint, style)));
+}
+
+void Console::tell(const CommandError& error) {
+  writeErrorLine(errorText(error, messageStyle(errorStyle())), error.message.key);
+}
+
+void Console::tellItem(const FilePath& path, const Message& reason) {
+  const MessageStyle style = messageStyle(errorStyle());
+  const std::string text = catalogue().text(reason, style);
+  const std::string key = harmlessText(reason.key, style.characters);
+  writeErrorLine(catalogue().text({"cli.error.ofItem", {{"path", path}, {"text", text}}}, style), key);
+}
+
+void Console::report(const CommandError& error) {
+  tell(error);
   if (!wantsJson_) return;
   const Json content{{"key", error.message.key}, {"message", errorText(error, MessageStyle{home_})}};
   print(printedJson(Json{{"error", content}}));
+}
+
+std::optional<std::string> Console::ask(const Message& question) {
+  const TextStyle style = errorStyle();
+  show(toned(catalogue().text(question, messageStyle(style)), Tone::strong, style) + " ");
+  auto answer = streams_.input.readLine();
+  if (!answer) show("\n");
+  return answer;
 }
 
 ExitCode Console::finish(ExitCode code) {

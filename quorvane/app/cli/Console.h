@@ -2,17 +2,21 @@
 
 #include "quorvane/app/cli/Arguments.h"
 #include "quorvane/app/cli/CommandError.h"
+#include "quorvane/app/cli/InputChannel.h"
 #include "quorvane/app/cli/OutputChannel.h"
+#include "quorvane/app/cli/ReportText.h"
 #include "quorvane/app/messages/MessageCatalogue.h"
 
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace quorvane {
 
-/// The two channels of a run.
+/// The channels of a run.
 struct CommandLineStreams {
+  InputChannel& input;
   OutputChannel& output;
   OutputChannel& errors;
 };
@@ -29,7 +33,7 @@ class Console {
   bool wantsJson() const { return wantsJson_; }
   bool isQuiet() const { return isQuiet_; }
 
-  /// The texts, read when the first one is asked for.
+  /// The texts, read when the first one is asked for. On any thread.
   const MessageCatalogue& catalogue();
   std::string text(const Message& message);
   std::string pathText(const FilePath& path) const;
@@ -37,6 +41,9 @@ class Console {
   TextStyle outputStyle() const;
   TextStyle errorStyle() const;
   OutputChannel& errors() { return streams_.errors; }
+  InputChannel& input() { return streams_.input; }
+  ReportStyle outputReport() { return {catalogue(), home_, outputStyle()}; }
+  ReportStyle errorReport() { return {catalogue(), home_, errorStyle()}; }
 
   /// Writes to the output, as it is.
   void print(std::string_view text) { streams_.output.write(text); }
@@ -44,6 +51,18 @@ class Console {
 
   /// "quorvane: TEXT [message.key]" on the error channel, and its JSON document where JSON was asked for.
   void report(const CommandError& error);
+
+  /// The same line alone: of what is told in the result as well.
+  void tell(const CommandError& error);
+  /// "quorvane: PATH: TEXT [message.key]": an item that could not be done.
+  void tellItem(const FilePath& path, const Message& reason);
+
+  /// Whether a question can be put to a person.
+  bool canAsk() const { return streams_.input.isTerminal() && streams_.errors.isTerminal(); }
+  /// Puts a question beside the result and waits for the answer. Nothing when none will come.
+  std::optional<std::string> ask(const Message& question);
+  /// Writes beside the result, as it is.
+  void show(std::string_view text) { streams_.errors.write(text); }
 
   /// How the run ends: as the command did, unless its result could not be written. That the reader or the terminal has
   /// gone away is not a failure.
@@ -53,6 +72,7 @@ class Console {
   TextStyle styleOf(const OutputChannel& channel) const;
   MessageStyle messageStyle(const TextStyle& style) const { return {home_, style.characters}; }
   std::string errorText(const CommandError& error, const MessageStyle& style);
+  void writeErrorLine(const std::string& text, const std::string& key);
 
   CommandLineStreams streams_;
   const EnvironmentVariables& environment_;
@@ -60,6 +80,7 @@ class Console {
   bool isQuiet_ = false;
   bool hasNoColours_ = false;
   std::optional<FilePath> home_;
+  std::once_flag catalogueOnce_;
   std::optional<MessageCatalogue> catalogue_;
 };
 

@@ -23,7 +23,14 @@ class HelpWriter {
   }
 
   void usage(const CommandDescription& command) {
-    text_ += toned(catalogue_.text("cli.help.usage"), Tone::strong, style_) + "  " + usageOf(command) + "\n\n";
+    const std::string title = catalogue_.text("cli.help.usage");
+    const std::size_t indent = displayWidth(title) + 2;
+    std::string start = toned(title, Tone::strong, style_) + "  ";
+    for (const std::string& line : wrapped(usageOf(command), width_ - std::min(width_, indent))) {
+      text_ += start + line + "\n";
+      start = std::string(indent, ' ');
+    }
+    text_ += "\n";
   }
 
   void title(std::string_view key) { text_ += "\n" + toned(catalogue_.text(key), Tone::strong, style_) + "\n"; }
@@ -64,11 +71,17 @@ class HelpWriter {
 
   static std::string usageOf(const CommandDescription& command) {
     std::string usage = fullName(command);
-    if (!commandsBelow(command).empty()) usage += command.words.empty() ? " [COMMAND]" : " COMMAND";
-    for (const OptionDescription& option : command.options) usage += fmt::format(" [{}]...", spelling(option));
+    if (!commandsBelow(command).empty()) usage += command.onlyLeadsToOthers ? " COMMAND" : " [COMMAND]";
+    for (const OptionDescription& option : command.options)
+      usage += fmt::format(" [{}]{}", spelling(option), option.repeats ? "..." : "");
     usage += " [OPTIONS]";
-    for (const OptionDescription& argument : command.arguments) usage += fmt::format(" {}", argument.name);
+    for (const OptionDescription& argument : command.arguments) usage += " " + argumentUsage(argument);
     return usage;
+  }
+
+  static std::string argumentUsage(const OptionDescription& argument) {
+    const std::string name = argument.isOptional ? fmt::format("[{}]", argument.name) : std::string(argument.name);
+    return argument.repeats ? name + "..." : name;
   }
 
   void entry(const OptionDescription& row, std::size_t indent) {

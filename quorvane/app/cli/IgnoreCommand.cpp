@@ -1,23 +1,9 @@
 #include "quorvane/app/cli/Commands.h"
-
-#include <utility>
+#include "quorvane/app/cli/ServiceErrors.h"
 
 namespace quorvane {
 
 namespace {
-
-ExitCode exitCodeOf(IgnoreRuleFault fault) {
-  switch (fault) {
-    case IgnoreRuleFault::notFound:
-    case IgnoreRuleFault::invalidPath: return ExitCode::wrongUsage;
-    case IgnoreRuleFault::untrusted:
-    case IgnoreRuleFault::unreadable:
-    case IgnoreRuleFault::undecodable:
-    case IgnoreRuleFault::busy:
-    case IgnoreRuleFault::notWritten: return ExitCode::refused;
-  }
-  std::unreachable();
-}
 
 /// The three commands about ignore rules.
 class IgnoreCommand {
@@ -39,7 +25,7 @@ class IgnoreCommand {
   }
 
   CommandOutcome add() {
-    const auto path = pathArgument(context_, model_.fileSystem(), model_.settings().folders.home);
+    const auto path = pathArgument(context_, model_, context_.invocation.subjects.front());
     if (!path) return failure(path.error());
     const auto rule = rules_.add(*path);
     if (!rule) return refused(rule.error());
@@ -47,9 +33,9 @@ class IgnoreCommand {
   }
 
   CommandOutcome remove() {
-    const std::string& which = context_.invocation.subject;
+    const std::string& which = context_.invocation.subjects.front();
     if (uuidFromText(which)) return removed(rules_.remove(which));
-    const auto path = pathArgument(context_, model_.fileSystem(), model_.settings().folders.home);
+    const auto path = pathArgument(context_, model_, context_.invocation.subjects.front());
     if (!path) return failure(path.error());
     auto rule = rules_.remove(path->bytes);
     // A place has one rule, whatever links lead to it, and may have been given by another one when that was made.
@@ -80,11 +66,8 @@ class IgnoreCommand {
   }
 
   CommandOutcome refused(const IgnoreRuleError& error) const {
-    return failure(CommandError{exitCodeOf(error.fault),
-                                {messageKey(error.fault),
-                                 {{"file", error.file},
-                                  {"path", FilePath{context_.invocation.subject}},
-                                  {"what", systemReason(error.reason.code)}}}});
+    const auto& subjects = context_.invocation.subjects;
+    return failure(commandError(error, subjects.empty() ? std::string() : subjects.front()));
   }
 
   const CommandContext& context_;

@@ -7,11 +7,7 @@ namespace quorvane {
 namespace {
 
 CommandOutcome scan(const CommandContext& context, MainLoop& loop, AppModel& model) {
-  const CleaningScanProgressUpdate beginning{0, "scan.status.appCaches", std::nullopt};
-  const auto result =
-      runToEnd<ScanResult>(context.console, loop, model, beginning, [&](AppModel::Handlers<ScanResult> handlers) {
-        model.scan({context.invocation.categories}, std::move(handlers));
-      });
+  const auto result = scanToEnd(context.console, loop, model, {context.invocation.categories});
   if (!result) return failure(result.error());
 
   Console& console = context.console;

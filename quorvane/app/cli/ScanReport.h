@@ -13,4 +13,7 @@ namespace quorvane {
 std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const std::optional<FilePath>& home,
                        const TextStyle& style);
 
+/// What a note of a scan says, without the place it is about.
+Message contentOf(const ScanCoverageNote& note);
+
 }  // namespace quorvane

@@ -30,7 +30,9 @@ Tone toneOf(SafetyLevel safety) {
 }
 
 // Everything before the name.
-std::size_t startWidth(const ScanColumns& columns) { return indent + 1 + 1 + columns.size + gap; }
+std::size_t startWidth(const ScanColumns& columns) {
+  return indent + (columns.number > 0 ? columns.number + 1 : 0) + 1 + 1 + columns.size + gap;
+}
 
 std::size_t reasonStart(const ScanColumns& columns) {
   if (columns.isReasonBelow) return startWidth(columns);
@@ -40,7 +42,8 @@ std::size_t reasonStart(const ScanColumns& columns) {
 }  // namespace
 
 ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style) {
-  ScanColumns columns{.size = widest(rows, &ScanRow::size),
+  ScanColumns columns{.number = widest(rows, &ScanRow::number),
+                      .size = widest(rows, &ScanRow::size),
                       .name = widest(rows, &ScanRow::name),
                       .safety = widest(rows, &ScanRow::safetyTitle),
                       .reason = widest(rows, &ScanRow::reason),
@@ -70,6 +73,7 @@ ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style
 std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextStyle& style) {
   const Glyphs& shown = glyphs(style.characters);
   std::string text(indent, ' ');
+  if (columns.number > 0) text += paddedLeft(row.number, columns.number) + " ";
   text += row.isSelected ? toned(shown.selected, Tone::good, style) : " ";
   text += " " + paddedLeft(row.size, columns.size) + std::string(gap, ' ');
   const std::string name = style.isTerminal ? shortened(row.name, columns.name, shown.ellipsis) : row.name;

@@ -11,6 +11,7 @@ namespace quorvane {
 
 /// One item of a scan in words; all texts are harmless.
 struct ScanRow {
+  std::string number = {};  ///< what a person calls it by; empty in a table without numbers
   bool isSelected = false;
   std::string size;
   std::string name;
@@ -22,6 +23,7 @@ struct ScanRow {
 
 /// How many columns each part of a row takes.
 struct ScanColumns {
+  std::size_t number = 0;  ///< 0: there is no such column
   std::size_t size = 0;
   std::size_t name = 0;
   std::size_t safety = 0;

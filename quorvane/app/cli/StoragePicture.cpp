@@ -75,7 +75,7 @@ std::string storagePicture(const StorageSnapshot& storage, const MessageCatalogu
   if (storage.isPartial)
     for (const std::string& line : wrapped(catalogue.text("cli.overview.isPartial"), style.columns))
       text += line + "\n";
-  return text + catalogue.text("cli.overview.next") + "\n";
+  return text;
 }
 
 }  // namespace quorvane

@@ -40,7 +40,8 @@ std::optional<FilePath> workingFolder() {
 int main(int count, char** values, char** environment) {
   keepStandardChannelsTaken();
   ::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is seen where it is written to
+  DescriptorInput input(STDIN_FILENO);
   DescriptorChannel output(STDOUT_FILENO), errors(STDERR_FILENO);
   const std::vector<std::string> arguments(values + (count > 0 ? 1 : 0), values + count);
-  return runCommandLine(arguments, {output, errors}, {variablesOf(environment), workingFolder()});
+  return runCommandLine(arguments, {input, output, errors}, {variablesOf(environment), workingFolder()});
 }

@@ -2,34 +2,75 @@
 
 #include "quorvane/base/Assert.h"
 
+#include <type_traits>
+
 namespace quorvane {
 
 namespace {
 
 constexpr std::chrono::milliseconds progressInterval{100};
 
+// Tells how many of so many things are done, and which one is in hand.
+void report(const ScanProgressSink& progress, std::string statusKey, std::size_t done, std::size_t count,
+            const std::string& location = {}) {
+  if (!progress || count == 0) return;
+  const double fraction = static_cast<double>(done) / static_cast<double>(count);
+  progress({fraction, std::move(statusKey), ScanActivitySnapshot{location, 0}});
+}
+
+RemovalOptions removalOptions(AppModel::RemovalKind kind, ScanPauseControl& control, const ScanProgressSink& progress) {
+  RemovalOptions options;
+  options.isRehearsal = kind == AppModel::RemovalKind::rehearsal;
+  options.stop = control.stopToken();
+  options.progressed = [&progress, isRehearsal = options.isRehearsal](std::size_t done, std::size_t count,
+                                                                      const FilePath& path) {
+    report(progress, isRehearsal ? "cleanup.status.checking" : "cleanup.status.moving", done, count, path.bytes);
+  };
+  return options;
+}
+
 }  // namespace
 
-/// Everything that only a measurement needs.
-struct AppModel::Engine {
-  explicit Engine(AppModel& model)
+/// What the history needs.
+struct AppModel::Records {
+  explicit Records(AppModel& model)
       : volumes(makeSystemVolumes()),
-        processTable(makeSystemProcessTable()),
-        walker(*model.fileSystem_),
-        scanner(ScanServices{*model.fileSystem_, *volumes, *processTable, processRunner, clock, model.random_, walker,
-                             model.ignoreRules_},
-                model.settings_) {}
+        trash(makeSystemTrash(*model.fileSystem_, model.random_, model.settings_.folders)),
+        moves{*model.fileSystem_, *volumes, *trash, model.clock_, model.texts_},
+        history(moves, model.random_, model.settings_.folders.applicationSupport) {}
 
   std::unique_ptr<Volumes> volumes;
-  std::unique_ptr<ProcessTable> processTable;
-  SafeProcessRunner processRunner;
-  SystemClock clock;
-  TreeWalker walker;
-  Serialised<DiskScanner> scanner;
+  std::unique_ptr<Trash> trash;
+  MoveServices moves;
+  HistoryStore history;
 };
 
-AppModel::AppModel(ScanSettings settings, Dispatcher& mainThread)
+/// Everything that only an operation needs.
+struct AppModel::Services {
+  explicit Services(AppModel& model)
+      : records(model.records()),
+        processTable(makeSystemProcessTable()),
+        walker(*model.fileSystem_),
+        scanServices{*model.fileSystem_, *records.volumes, *processTable, processRunner,
+                     model.clock_,       model.random_,    walker,        model.ignoreRules_},
+        scanner(scanServices, model.settings_),
+        remover({records.moves, *processTable, walker, model.ignoreRules_, records.history, model.random_},
+                model.settings_.folders.home, model.settings_.folders.applicationSupport),
+        cleaner(scanServices, model.settings_, remover) {}
+
+  Records& records;
+  std::unique_ptr<ProcessTable> processTable;
+  SafeProcessRunner processRunner;
+  TreeWalker walker;
+  ScanServices scanServices;
+  DiskScanner scanner;
+  Remover remover;
+  CleanerService cleaner;
+};
+
+AppModel::AppModel(ScanSettings settings, RecordTexts texts, Dispatcher& mainThread)
     : settings_(std::move(settings)),
+      texts_(std::move(texts)),
       mainThread_(mainThread),
       fileSystem_(makeSystemFileSystem()),
       ignoreRules_(*fileSystem_, random_, settings_.folders.applicationSupport),
@@ -46,16 +87,73 @@ void AppModel::scan(ScanRequest request, Handlers<ScanResult> handlers) {
     leaveScanning(outcome);
     finished(std::move(outcome));
   };
-  start<ScanResult>([request = std::move(request)](
-                        DiskScanner& scanner, ScanPauseControl& control,
-                        const ScanProgressSink& progress) { return scanner.scan(request, control, progress); },
-                    std::move(handlers));
+  const auto operation = [request = std::move(request)](Services& services, OperationControl control) {
+    return services.scanner.scan(request, control.pausing, control.progress);
+  };
+  start(operation, std::move(handlers));
 }
 
 void AppModel::measureStorage(Handlers<StorageSnapshot> handlers) {
-  start<StorageSnapshot>([](DiskScanner& scanner, ScanPauseControl& control,
-                            const ScanProgressSink& progress) { return scanner.storageSummary(control, progress); },
-                         std::move(handlers));
+  const auto operation = [](Services& services, OperationControl control) {
+    return services.scanner.storageSummary(control.pausing, control.progress);
+  };
+  start(operation, std::move(handlers));
+}
+
+void AppModel::clean(std::vector<ScanItem> items, RemovalKind kind, Handlers<RemovalReport, RemovalError> handlers) {
+  phase_ = scanPhase::Cleaning{};
+  handlers.finished = [this, kind,
+                       finished = std::move(handlers.finished)](Outcome<RemovalReport, RemovalError> outcome) {
+    leaveCleaning(outcome, kind);
+    finished(std::move(outcome));
+  };
+  const auto operation = [items = std::move(items), kind](Services& services, OperationControl control) {
+    return services.cleaner.clean(items, removalOptions(kind, control.pausing, control.progress));
+  };
+  start(operation, std::move(handlers));
+}
+
+void AppModel::reviewPaths(std::vector<FilePath> paths, Handlers<std::vector<ReviewedPath>, RemovalError> handlers) {
+  const auto operation = [paths = std::move(paths), &random = random_](
+                             Services& services,
+                             OperationControl control) -> Outcome<std::vector<ReviewedPath>, RemovalError> {
+    std::vector<ReviewedPath> reviewed;
+    for (const FilePath& path : paths) {
+      if (control.pausing.stopToken().stopRequested()) break;
+      report(control.progress, "cleanup.status.reviewing", reviewed.size(), paths.size(), path.bytes);
+      auto outcome = services.remover.review(path, control.pausing.stopToken());
+      const Uuid id = outcome ? outcome->id : random.uuid();
+      reviewed.push_back({id, path, std::move(outcome)});
+    }
+    return reviewed;
+  };
+  start(operation, std::move(handlers));
+}
+
+void AppModel::trash(std::vector<RemovalRequest> requests, RemovalKind kind,
+                     Handlers<RemovalReport, RemovalError> handlers) {
+  const auto operation = [requests = std::move(requests), kind](Services& services, OperationControl control) {
+    return services.remover.remove(requests, {}, removalOptions(kind, control.pausing, control.progress));
+  };
+  start(operation, std::move(handlers));
+}
+
+void AppModel::restore(std::vector<RecoveryReference> references, RestoreConflictPolicy onConflict,
+                       Handlers<RecoveryBatchResult, RecoveryStoreError> handlers) {
+  const auto operation = [references = std::move(references), onConflict](Services& services,
+                                                                          OperationControl control) {
+    const auto progressed = [&](std::size_t done, std::size_t count) {
+      report(control.progress, "restore.status.restoring", done, count);
+    };
+    return services.records.history.restore(
+        references, {.onConflict = onConflict, .stop = control.pausing.stopToken(), .progressed = progressed});
+  };
+  start(operation, std::move(handlers));
+}
+
+Outcome<HistoryView, RecoveryStoreError> AppModel::history() {
+  require(!control_, "the history is read while an operation runs");
+  return records().history.load();
 }
 
 void AppModel::pause() {
@@ -70,8 +168,10 @@ void AppModel::cancel() {
   if (control_) control_->cancel();
 }
 
-template <class Result, class Operation>
-void AppModel::start(Operation operation, Handlers<Result> handlers) {
+template <class Result, class Failure, class Operation>
+void AppModel::start(Operation operation, Handlers<Result, Failure> handlers) {
+  static_assert(
+      std::is_same_v<std::invoke_result_t<const Operation&, Services&, OperationControl>, Outcome<Result, Failure>>);
   require(!control_, "one operation at a time");
   control_ = std::make_shared<ScanPauseControl>();
   progressed_ = std::move(handlers.progressed);
@@ -85,20 +185,27 @@ void AppModel::start(Operation operation, Handlers<Result> handlers) {
     finished(std::move(outcome));
   };
   const auto work = [operation = std::move(operation), control = control_, delivery = delivery_, operationID, finish,
-                     &mainThread = mainThread_](DiskScanner& scanner) {
-    const auto report = [&](CleaningScanProgressUpdate update) { delivery->submit(operationID, std::move(update)); };
-    auto outcome = std::make_shared<Outcome<Result, ScanFault>>(operation(scanner, *control, report));
+                     &mainThread = mainThread_](Services& services) {
+    const ScanProgressSink sink = [&](CleaningScanProgressUpdate update) {
+      delivery->submit(operationID, std::move(update));
+    };
+    auto outcome = std::make_shared<Outcome<Result, Failure>>(operation(services, OperationControl{*control, sink}));
     mainThread.post([finish, outcome] { finish(std::move(*outcome)); });
   };
-  engine().scanner.perform(work);
+  services().perform(work);
 }
 
-AppModel::Engine& AppModel::engine() {
-  if (!engine_) {
+AppModel::Records& AppModel::records() {
+  if (!records_) records_ = std::make_unique<Records>(*this);
+  return *records_;
+}
+
+Serialised<AppModel::Services>& AppModel::services() {
+  if (!services_) {
     raiseDescriptorLimit();
-    engine_ = std::make_unique<Engine>(*this);
+    services_ = std::make_unique<Serialised<Services>>(*this);
   }
-  return *engine_;
+  return *services_;
 }
 
 void AppModel::leaveScanning(const Outcome<ScanResult, ScanFault>& outcome) {
@@ -109,6 +216,28 @@ void AppModel::leaveScanning(const Outcome<ScanResult, ScanFault>& outcome) {
   } else {
     phase_ = scanPhase::Failed{messageKey(outcome.error())};
   }
+}
+
+void AppModel::leaveCleaning(const Outcome<RemovalReport, RemovalError>& outcome, RemovalKind kind) {
+  if (!outcome) {
+    phase_ = scanPhase::Failed{messageKey(outcome.error())};
+  } else if (kind == RemovalKind::rehearsal) {
+    phase_ = scanPhase::Review{};
+  } else {
+    phase_ = scanPhase::Completed{};
+  }
+}
+
+namespace {
+
+std::string keyOf(const RecoveryStoreError& error) { return messageKey(error.fault); }
+std::string keyOf(const IgnoreRuleError& error) { return messageKey(error.fault); }
+std::string keyOf(const PosixError&) { return "error.cleaningUnavailable"; }
+
+}  // namespace
+
+std::string messageKey(const RemovalError& error) {
+  return std::visit([](const auto& each) { return keyOf(each); }, error);
 }
 
 }  // namespace quorvane

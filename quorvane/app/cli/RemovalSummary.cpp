@@ -1,0 +1,201 @@
+#include "quorvane/app/cli/RemovalSummary.h"
+
+#include "quorvane/app/cli/Glyphs.h"
+#include "quorvane/app/cli/ItemTable.h"
+#include "quorvane/app/messages/ByteFormat.h"
+#include "quorvane/app/messages/TextLayout.h"
+#include "quorvane/core/FileTreeSnapshot.h"
+#include "quorvane/removal/HistoryJson.h"
+
+#include <algorithm>
+#include <set>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t namesShown = 3;
+constexpr std::size_t sizeColumns = 9;
+
+Json failureJson(const FailedItem& failed) {
+  return Json{{"id", toJson(failed.id)},
+              {"path", toJson(failed.path)},
+              {"category", toJson(failed.refusal.category)},
+              {"reasonKey", toJson(failed.refusal.reasonKey)}};
+}
+
+Json plannedJson(const ScanItem& item) { return toJson(item); }
+
+Json plannedJson(const RemovalRequest& request) {
+  Json json{{"id", toJson(request.id)},
+            {"url", toJson(FileUrl{request.path})},
+            {"displayName", toJson(request.name)},
+            {"size", toJson(request.size)}};
+  if (request.snapshot) json["snapshot"] = toJson(*request.snapshot);
+  return json;
+}
+
+/// Writes a summary for people.
+class RemovalReportWriter {
+ public:
+  RemovalReportWriter(const RemovalSummary& summary, const ReportStyle& style, bool isOwnTrash)
+      : summary_(summary), style_(style), isOwnTrash_(isOwnTrash), text_(style) {}
+
+  std::string text() {
+    if (summary_.isRehearsal) {
+      writePlanned();
+    } else {
+      writeMoved();
+    }
+    writeFailures();
+    if (!summary_.isRehearsal && summary_.movedCount > 0) writeWhatNow();
+    return text_.take();
+  }
+
+ private:
+  void writePlanned() {
+    std::visit([this](const auto& planned) { writePlanned(planned); }, summary_.wouldMove);
+  }
+
+  void writePlanned(const std::vector<ScanItem>& items) {
+    writeItemTable(text_, groupedByCategory(items), style_);
+    writePlannedSum(items);
+  }
+
+  void writePlanned(const std::vector<RemovalRequest>& requests) {
+    for (const RemovalRequest& request : requests) writeItem(request.size, request.path);
+    if (!requests.empty()) text_.blank();
+    writePlannedSum(requests);
+  }
+
+  template <class Planned>
+  void writePlannedSum(const std::vector<Planned>& planned) {
+    if (planned.empty()) return text_.line({"cli.clean.wouldMoveNothing", {}});
+    std::int64_t bytes = 0;
+    for (const Planned& each : planned) bytes += each.size;
+    text_.line({"cli.clean.wouldMove", {{"count", std::ssize(planned)}, {"size", ByteCount{bytes}}}});
+  }
+
+  void writeMoved() {
+    if (summary_.movedCount == 0) return text_.line({"cli.clean.movedNothing", {}});
+    text_.heading(
+        text_.say({"cli.clean.moved", {{"count", summary_.movedCount}, {"size", ByteCount{summary_.movedBytes}}}}));
+    for (const CleaningHistoryEntry& entry : summary_.entries)
+      for (const CleaningHistoryItem& item : entry.items)
+        if (item.outcome == CleaningHistoryItemOutcome::movedToTrash) writeItem(item.size, item.originalPath);
+  }
+
+  void writeItem(std::int64_t size, const FilePath& path) {
+    const std::string amount = paddedLeft(ByteFormat::text(style_.catalogue, size), sizeColumns);
+    text_.fitted(amount + "  " + text_.path(path), 2);
+  }
+
+  void writeFailures() {
+    if (summary_.failures.empty()) return;
+    text_.blank();
+    text_.line({"error.cleaningPartialFailure.header", {{"count", std::ssize(summary_.failures)}}});
+    for (const CleanupFailureCategory category : allCases<CleanupFailureCategory>()) writeFailures(category);
+    if (hasFailed(CleanupFailureCategory::inUse)) text_.line({"error.cleaningPartialFailure.busyHint", {}});
+    if (hasFailed(CleanupFailureCategory::permission)) text_.line({"error.cleaningPartialFailure.fdaHint", {}});
+    text_.line({"error.cleaningPartialFailure.footer", {}});
+  }
+
+  bool hasFailed(CleanupFailureCategory category) const {
+    return std::ranges::any_of(summary_.failures,
+                               [&](const FailedItem& failed) { return failed.refusal.category == category; });
+  }
+
+  void writeFailures(CleanupFailureCategory category) {
+    std::int64_t count = 0;
+    MessageList names;
+    for (const FailedItem& failed : summary_.failures) {
+      if (failed.refusal.category != category) continue;
+      if (++count <= std::int64_t{namesShown}) names.texts.push_back(failed.name);
+    }
+    if (count == 0) return;
+    if (count > std::int64_t{namesShown}) names.texts.emplace_back(glyphs(style_.text.characters).ellipsis);
+    text_.line({"error.cleaningPartialFailure.line",
+                {{"category", MessageKey{titleKey(category)}}, {"count", count}, {"names", names}}},
+               2, 2);
+  }
+
+  void writeWhatNow() {
+    text_.blank();
+    text_.line({"cli.clean.inTrash", {{"size", ByteCount{summary_.movedBytes}}}});
+    if (isOwnTrash_) {
+      text_.line({"cli.clean.howToEmpty", {}});
+    } else {
+      for (const FilePath& folder : trashFolders()) text_.line({"cli.clean.liesIn", {{"path", folder}}});
+    }
+    writeAvailable();
+    text_.line({"cli.clean.howToUndo", {}});
+  }
+
+  void writeAvailable() {
+    if (!summary_.availableBytesDelta) return;
+    const std::int64_t delta = *summary_.availableBytesDelta;
+    const ByteCount size{delta < 0 ? -std::max(delta, -INT64_MAX) : delta};
+    const char* key = delta == 0  ? "cli.clean.available.same"
+                      : delta > 0 ? "cli.clean.available.more"
+                                  : "cli.clean.available.less";
+    text_.line({key, {{"size", size}}});
+  }
+
+  std::set<FilePath> trashFolders() const {
+    std::set<FilePath> folders;
+    for (const CleaningHistoryEntry& entry : summary_.entries)
+      for (const CleaningHistoryItem& item : entry.items)
+        if (item.trashedPath) folders.insert(parentOf(*item.trashedPath));
+    return folders;
+  }
+
+  const RemovalSummary& summary_;
+  const ReportStyle& style_;
+  const bool isOwnTrash_;
+  ReportText text_;
+};
+
+}  // namespace
+
+std::string jsonText(const RemovalSummary& summary) {
+  Json failures = Json::array();
+  for (const FailedItem& failed : summary.failures) failures.push_back(failureJson(failed));
+  Json json{{"entries", toJson(summary.entries)},
+            {"movedCount", summary.movedCount},
+            {"failedCount", std::ssize(summary.failures)},
+            {"reclaimedBytes", summary.movedBytes},
+            {"failures", failures}};
+  if (summary.isRehearsal) {
+    json["dryRun"] = true;
+    json["wouldMove"] = std::visit(
+        [](const auto& planned) {
+          Json list = Json::array();
+          for (const auto& each : planned) list.push_back(plannedJson(each));
+          return list;
+        },
+        summary.wouldMove);
+  }
+  return printedJson(json);
+}
+
+std::string removalReport(const RemovalSummary& summary, const ReportStyle& style, bool isOwnTrash) {
+  return RemovalReportWriter(summary, style, isOwnTrash).text();
+}
+
+ExitCode printSummary(Console& console, const RemovalSummary& summary, std::optional<ExitCode> cancelled) {
+  if (console.wantsJson()) {
+    console.print(jsonText(summary));
+  } else {
+    // Only without another home the Trash is the one that the desktop shows.
+    console.print(removalReport(summary, console.outputReport(), console.home().has_value()));
+  }
+  for (const FailedItem& failed : summary.failures) console.tellItem(failed.path, {failed.refusal.reasonKey, {}});
+  if (cancelled) {
+    const std::string key = summary.movedCount > 0 ? "cli.clean.stopped" : "cli.clean.stoppedBefore";
+    console.tell({*cancelled, {key, {{"count", summary.movedCount}}}});
+    return *cancelled;
+  }
+  return summary.failures.empty() ? ExitCode::done : ExitCode::someNotDone;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,90 @@
+#include "quorvane/app/cli/Commands.h"
+#include "quorvane/app/cli/NamedEntry.h"
+#include "quorvane/app/cli/RestoreReport.h"
+#include "quorvane/app/cli/RunningOperation.h"
+#include "quorvane/app/cli/ServiceErrors.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+using References = std::vector<RecoveryReference>;
+
+void addOnce(References& references, const RecoveryReference& added) {
+  if (std::ranges::find(references, added) == references.end()) references.push_back(added);
+}
+
+// What one identifier stands for: the item, or what is in the Trash of an entry. Of an entry with nothing there all
+// items are named, for each to be refused with its reason.
+References referencesOf(const CleaningHistoryEntry& entry, const Uuid& id) {
+  if (id != entry.id) return {{entry.id, id}};
+  References references = inTrash({&entry});
+  if (references.empty())
+    for (const CleaningHistoryItem& item : entry.items) references.push_back({entry.id, item.id});
+  return references;
+}
+
+Outcome<References, CommandError> namedReferences(const std::vector<CleaningHistoryEntry>& entries,
+                                                  const std::vector<std::string>& given) {
+  References references;
+  for (const std::string& each : given) {
+    const auto entry = namedEntry(entries, each);
+    if (!entry) return failure(entry.error());
+    for (const RecoveryReference& reference : referencesOf(**entry, *uuidFromText(each)))
+      addOnce(references, reference);
+  }
+  return references;
+}
+
+References everythingInTrash(const std::vector<CleaningHistoryEntry>& entries) {
+  std::vector<const CleaningHistoryEntry*> all;
+  for (const CleaningHistoryEntry& entry : entries) all.push_back(&entry);
+  return inTrash(all);
+}
+
+Outcome<References, CommandError> chosen(const Invocation& asked, const std::vector<CleaningHistoryEntry>& entries) {
+  References references;
+  switch (asked.restore.choice) {
+    case RestoreChoice::named: return namedReferences(entries, asked.subjects);
+    case RestoreChoice::lastRun: references = lastRunInTrash(entries); break;
+    case RestoreChoice::everything: references = everythingInTrash(entries); break;
+  }
+  if (references.empty()) return failure(CommandError{ExitCode::wrongUsage, {"cli.error.nothingToPutBack", {}}});
+  return references;
+}
+
+CommandOutcome restore(const CommandContext& context, MainLoop& loop, AppModel& model) {
+  Console& console = context.console;
+  const auto history = model.history();
+  if (!history) return failure(commandError(history.error()));
+  const auto references = chosen(context.invocation, history->entries);
+  if (!references) return failure(references.error());
+
+  const CleaningScanProgressUpdate beginning{0, "restore.status.restoring", std::nullopt};
+  using Handlers = AppModel::Handlers<RecoveryBatchResult, RecoveryStoreError>;
+  const auto [outcome, cancelled] =
+      runOperation<RecoveryBatchResult, RecoveryStoreError>(console, loop, model, beginning, [&](Handlers handlers) {
+        model.restore(*references, context.invocation.restore.onConflict, std::move(handlers));
+      });
+  if (!outcome) return failure(commandError(outcome.error()));
+  const RestoreSummary summary = restoreSummary(history->entries, *references, *outcome);
+  console.print(console.wantsJson() ? jsonText(*outcome) : restoreReport(summary, console.outputReport()));
+  for (const RestoreSummary::Failed& failed : summary.failed) console.tellItem(failed.path, failed.reason);
+  const auto attempted = outcome->restoredCount + outcome->failedCount;
+  if (cancelled && attempted < std::ssize(*references)) {
+    console.tell({*cancelled, {"cli.restore.stopped", {{"count", outcome->restoredCount}}}});
+    return *cancelled;
+  }
+  return outcome->failedCount == 0 ? ExitCode::done : ExitCode::someNotDone;
+}
+
+}  // namespace
+
+CommandOutcome runRestore(const CommandContext& context) {
+  return withModel(context, [&](MainLoop& loop, AppModel& model) { return restore(context, loop, model); });
+}
+
+}  // namespace quorvane

@@ -1,0 +1,109 @@
+#include "quorvane/app/cli/ReviewDialogue.h"
+
+#include "quorvane/app/cli/ItemEvidence.h"
+#include "quorvane/app/cli/ReviewSelection.h"
+
+#include <optional>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+using namespace reviewAnswer;
+
+std::string wordsOf(const Part& part) {
+  if (const auto* word = std::get_if<Word>(&part)) return word->word;
+  const auto& [first, last] = std::get<Numbers>(part);
+  return first == last ? std::to_string(first) : std::to_string(first) + "-" + std::to_string(last);
+}
+
+std::string_view keyOf(ReviewSelection::Change change) {
+  switch (change) {
+    case ReviewSelection::Change::selected: return "cli.review.selected";
+    case ReviewSelection::Change::unselected: return "cli.review.unselected";
+    case ReviewSelection::Change::onlyBlocked: return "cli.review.onlyBlocked";
+    case ReviewSelection::Change::unknown: return "cli.review.unknown";
+  }
+  std::unreachable();
+}
+
+class ReviewDialogue {
+ public:
+  ReviewDialogue(Console& console, ScanResult& result)
+      : console_(console), result_(result), selection_(result.items), style_(console.errorReport()) {}
+
+  bool run() {
+    showGroups(selection_.selected());
+    showHint();
+    while (true) {
+      const ItemSum sum = selection_.selectedSum();
+      const auto line = console_.ask(sumMessage("cli.review.question", sum, style_));
+      if (!line) return false;
+      if (const auto answer = std::visit(*this, reviewAnswerFrom(*line))) return *answer;
+    }
+  }
+
+  // What each kind of answer does; a value ends the dialogue.
+  std::optional<bool> operator()(Yes) {
+    if (selection_.selectedSum().count > 0) return true;
+    say({"cli.review.nothingSelected", {}});
+    return std::nullopt;
+  }
+
+  std::optional<bool> operator()(No) { return false; }
+
+  std::optional<bool> operator()(ShowAll) {
+    showGroups(selection_.all());
+    return std::nullopt;
+  }
+
+  std::optional<bool> operator()(Help) {
+    say({"cli.review.help", {}});
+    return std::nullopt;
+  }
+
+  std::optional<bool> operator()(Evidence wanted) {
+    if (const ScanItem* item = selection_.itemNumbered(wanted.number)) {
+      console_.show(itemEvidence(*item, result_, style_));
+    } else {
+      say({"cli.review.unknown", {{"what", std::to_string(wanted.number)}}});
+    }
+    return std::nullopt;
+  }
+
+  std::optional<bool> operator()(const Change& change) {
+    for (const Part& part : change.parts) say({std::string(keyOf(selection_.apply(part))), {{"what", wordsOf(part)}}});
+    return std::nullopt;
+  }
+
+ private:
+  void say(const Message& message) {
+    ReportText text(style_);
+    text.line(message);
+    console_.show(text.take());
+  }
+
+  void showGroups(const std::vector<ItemGroup>& groups) {
+    ReportText text(style_);
+    writeItemTable(text, groups, style_);
+    console_.show(text.take());
+  }
+
+  void showHint() {
+    const auto others = std::int64_t(selection_.count()) - selection_.selectedSum().count;
+    if (others > 0) say({"cli.review.others", {{"count", others}}});
+    say({"cli.review.hint", {}});
+  }
+
+  Console& console_;
+  ScanResult& result_;
+  ReviewSelection selection_;
+  const ReportStyle style_;
+};
+
+}  // namespace
+
+bool isConfirmed(Console& console, ScanResult& result) { return ReviewDialogue(console, result).run(); }
+
+}  // namespace quorvane

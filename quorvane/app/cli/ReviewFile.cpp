@@ -1,0 +1,59 @@
+#include "quorvane/app/cli/ReviewFile.h"
+
+#include "quorvane/cleaning/CleaningSelection.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t sizeLimit = std::size_t{64} * 1024 * 1024;
+
+// The person named it, so links on the way and at its end are followed.
+Outcome<std::string, PosixError> contentOf(FileSystem& fileSystem, const FilePath& path) {
+  const auto place = fileSystem.resolved(path);
+  if (!place) return failure(place.error());
+  const auto folder = fileSystem.openStartingFolder(parentOf(*place));
+  if (!folder) return failure(folder.error());
+  const auto file = fileSystem.openFile(folder->number(), std::string(leafOf(*place)).c_str());
+  if (!file) return failure(file.error());
+  return readToEnd(fileSystem, file->number(), sizeLimit);
+}
+
+CommandError refused(std::string key, const std::string& name, MessageArgument argument) {
+  return {ExitCode::refused, {std::move(key), {{"file", name}, std::move(argument)}}};
+}
+
+Outcome<std::string, CommandError> givenText(const CommandContext& context, AppModel& model, const std::string& from) {
+  Outcome<std::string, PosixError> text;
+  if (from == "-") {
+    text = context.console.input().readAll(sizeLimit);
+  } else {
+    const auto path = absoluteArgument(context, from);
+    if (!path) return failure(path.error());
+    text = contentOf(model.fileSystem(), *path);
+  }
+  if (text) return *std::move(text);
+  return failure(refused("cli.error.reviewUnreadable", from, {"what", systemReason(text.error().code)}));
+}
+
+CommandError undecodable(const std::string& from, const JsonError& error) {
+  const std::string key = error.path.empty() ? "cli.error.reviewUndecodable" : "cli.error.reviewUndecodableAt";
+  CommandError refusal = refused(key, from, {"place", error.path});
+  refusal.message.arguments.push_back({"fault", MessageKey{"json.fault." + std::string(caseName(error.fault))}});
+  return refusal;
+}
+
+}  // namespace
+
+Outcome<ScanResult, CommandError> reviewedResult(const CommandContext& context, AppModel& model) {
+  const std::string& from = context.invocation.removal.from.value();
+  const auto text = givenText(context, model, from);
+  if (!text) return failure(text.error());
+  auto result = scanResultFromJson(*text);
+  if (!result) return failure(undecodable(from, result.error()));
+  if (const auto stale = staleSelection(*result, model.clock().now()))
+    return failure(refused("cli.error.staleReview", from, {"date", stale->finishedAt}));
+  return *std::move(result);
+}
+
+}  // namespace quorvane

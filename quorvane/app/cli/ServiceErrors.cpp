@@ -1,0 +1,47 @@
+#include "quorvane/app/cli/ServiceErrors.h"
+
+#include "quorvane/app/cli/Console.h"
+
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+ExitCode exitCodeOf(IgnoreRuleFault fault) {
+  switch (fault) {
+    case IgnoreRuleFault::notFound:
+    case IgnoreRuleFault::invalidPath: return ExitCode::wrongUsage;
+    case IgnoreRuleFault::untrusted:
+    case IgnoreRuleFault::unreadable:
+    case IgnoreRuleFault::undecodable:
+    case IgnoreRuleFault::busy:
+    case IgnoreRuleFault::notWritten: return ExitCode::refused;
+  }
+  std::unreachable();
+}
+
+CommandError removalError(const IgnoreRuleError& error) { return commandError(error); }
+CommandError removalError(const RecoveryStoreError& error) { return commandError(error); }
+CommandError removalError(PosixError error) {
+  return {ExitCode::refused, {messageKey(RemovalError(error)), {{"what", systemReason(error.code)}}}};
+}
+
+}  // namespace
+
+CommandError commandError(const IgnoreRuleError& error, const std::string& path) {
+  return {exitCodeOf(error.fault),
+          {messageKey(error.fault),
+           {{"file", error.file}, {"path", FilePath{path}}, {"what", systemReason(error.reason.code)}}}};
+}
+
+CommandError commandError(const RecoveryStoreError& error) {
+  return {ExitCode::refused,
+          {messageKey(error.fault), {{"file", error.file}, {"what", systemReason(error.reason.code)}}}};
+}
+
+CommandError commandError(const RemovalError& error) {
+  return std::visit([](const auto& each) { return removalError(each); }, error);
+}
+
+}  // namespace quorvane

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "quorvane/app/cli/CommandError.h"
+#include "quorvane/app/model/AppModel.h"
+
+#include <string>
+
+namespace quorvane {
+
+/// What a person is told when a service refuses as a whole.
+CommandError commandError(const IgnoreRuleError& error, const std::string& path = {});
+CommandError commandError(const RecoveryStoreError& error);
+CommandError commandError(const RemovalError& error);
+
+}  // namespace quorvane
