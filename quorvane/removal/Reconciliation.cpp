@@ -9,8 +9,8 @@ namespace quorvane {
 
 namespace {
 
-TrashNote noteOf(const CleaningHistoryItem& item, Date deletedAt) {
-  return {.originalPath = item.originalPath, .deletedAt = deletedAt, .move = item.id};
+TrashNote noteOf(const CleaningHistoryItem& item, Date date) {
+  return {.originalPath = item.originalPath, .deletedAt = date, .move = item.id};
 }
 
 /// Hard links of one file are the same object, so any of them is the item; its own name says most.
@@ -43,7 +43,7 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
     CleaningHistoryEntry settled = entry;
     bool isChanged = false;
     for (CleaningHistoryItem& item : settled.items) {
-      if (item.pendingCleanup && settleMove(item)) {
+      if (item.pendingCleanup && settleMove(item, entry.date)) {
         isChanged = true;
         if (entry.isCleanupReceipt) countMoved(settled);
       }
@@ -55,7 +55,7 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
   return history_.write(std::move(change));
 }
 
-bool Reconciliation::settleMove(CleaningHistoryItem& item) {
+bool Reconciliation::settleMove(CleaningHistoryItem& item, Date date) {
   const CleanupMoveIntent& intent = *item.pendingCleanup;
   const auto source = readIdentity(services_.fileSystem, item.originalPath);
   if (!source && !source.error().isMissing()) return false;
@@ -65,10 +65,10 @@ bool Reconciliation::settleMove(CleaningHistoryItem& item) {
     auto lookup = lookup_.find(intent);
     auto* files = std::get_if<TrashLookup::Files>(&lookup);
     if (files == nullptr) return false;
-    if (!files->leaves.empty()) return settleInTrash(item, *files);
+    if (!files->leaves.empty()) return settleInTrash(item, *files, date);
   }
   if (intent.externalMoveRequested.value_or(false)) return false;
-  forgetUnfinished(item);
+  forgetUnfinished(item, date);
   item.pendingCleanup.reset();
   if (!source) {
     item.failureReason = services_.texts(messageKey(MoveFailure(source.error())));
@@ -77,20 +77,20 @@ bool Reconciliation::settleMove(CleaningHistoryItem& item) {
   return true;
 }
 
-bool Reconciliation::settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files) {
+bool Reconciliation::settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files, Date date) {
   const std::string& leaf = bestOf(files.leaves, leafOf(item.originalPath));
   TrashFolder& trash = *files.trash.folder;
   const auto status = services_.fileSystem.status(trash.descriptor(), leaf.c_str());
   if (!status) return false;
-  (void)trash.ensureNote(leaf, noteOf(item, services_.clock.now()));  // the item itself is safe without
+  (void)trash.ensureNote(leaf, noteOf(item, date));  // the item itself is safe without
   markMovedToTrash(item, joined(trash.directory(), leaf), identityOf(*status));
   return true;
 }
 
-void Reconciliation::forgetUnfinished(const CleaningHistoryItem& item) {
+void Reconciliation::forgetUnfinished(const CleaningHistoryItem& item, Date date) {
   const CleanupMoveIntent& intent = *item.pendingCleanup;
   const auto trash = lookup_.open(intent.trashDirectory, intent.trashLocation);
-  if (trash) trash->folder->forgetUnfinished(std::string(leafOf(item.originalPath)), noteOf(item, {}));
+  if (trash) trash->folder->forgetUnfinished(std::string(leafOf(item.originalPath)), noteOf(item, date));
 }
 
 bool Reconciliation::settleRestore(CleaningHistoryItem& item) {

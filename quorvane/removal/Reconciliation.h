@@ -16,12 +16,12 @@ class Reconciliation {
   Outcome<void, RecoveryStoreError> perform();
 
  private:
-  /// Both say whether they changed the item.
-  bool settleMove(CleaningHistoryItem& item);
+  /// Both say whether they changed the item; `date` is that of its entry.
+  bool settleMove(CleaningHistoryItem& item, Date date);
   bool settleRestore(CleaningHistoryItem& item);
 
-  bool settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files);
-  void forgetUnfinished(const CleaningHistoryItem& item);
+  bool settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files, Date date);
+  void forgetUnfinished(const CleaningHistoryItem& item, Date date);
 
   const MoveServices& services_;
   OpenHistory& history_;
