@@ -10,10 +10,12 @@ class ManualClock final : public Clock {
   explicit ManualClock(Date now) : now_(now) {}
   void set(Date now) { now_ = now; }
   Date now() const override { return now_; }
-  std::chrono::steady_clock::time_point uptime() const override { return {}; }
+  void advanceUptime(std::chrono::nanoseconds time) { uptime_ += time; }
+  std::chrono::steady_clock::time_point uptime() const override { return uptime_; }
 
  private:
   Date now_;
+  std::chrono::steady_clock::time_point uptime_;
 };
 
 }  // namespace quorvane

@@ -1,0 +1,444 @@
+#include "quorvane/removal/Remover.h"
+
+#include "tests/support/CleaningHome.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quorvane {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::SizeIs;
+using Fates = std::map<std::string, std::string>;
+
+class RemoverTests : public testing::Test {
+ protected:
+  std::string fateOf(const RemovalRequest& request) {
+    const RemovalReport report = home.remove({request});
+    if (report.failures.empty()) return report.movedCount == 1 ? "moved" : "nothing";
+    EXPECT_EQ(report.movedCount, 0);
+    return textOf(report.failures.front().refusal);
+  }
+
+  /// Makes the n-th call of this kind fail, from now on.
+  void failAt(FileCall call, std::size_t number, FaultSpan span = FaultSpan::once, int code = EIO) {
+    home.fileSystem.countOnly({call});
+    home.fileSystem.failAt(home.fileSystem.calls() + number, span, code);
+  }
+
+  CleaningHome home;
+};
+
+TEST_F(RemoverTests, movesWhatIsUnchanged) {
+  home.write("file");
+  home.write("folder/deep/file", std::string(10'000, 'x'));
+  home.write("bad \xff name");
+  home.write("target/kept");
+  home.folder.makeLink("link", home.at("target").bytes);
+  ASSERT_EQ(::mkfifo(home.at("pipe").bytes.c_str(), 0600), 0);
+  const auto requests = home.requests({"file", "folder", "bad \xff name", "link", "pipe"});
+  const RemovalReport report = home.remove(requests);
+  EXPECT_THAT(report.failures, SizeIs(0));
+  EXPECT_EQ(report.movedCount, 5);
+  EXPECT_FALSE(report.wasStopped);
+  EXPECT_TRUE(report.availableBytesDelta.has_value());
+  std::int64_t bytes = 0;
+  ASSERT_THAT(report.entries, SizeIs(5));
+  for (std::size_t i = 0; i < 5; ++i) {
+    const CleaningHistoryItem& item = report.entries[i].items.front();
+    EXPECT_EQ(item.id, requests[i].id);
+    EXPECT_EQ(item.originalPath, requests[i].path);
+    EXPECT_EQ(item.size, requests[i].size);
+    EXPECT_EQ(item.outcome, CleaningHistoryItemOutcome::movedToTrash);
+    EXPECT_EQ(report.entries[i].date, report.entries[0].date);
+    EXPECT_FALSE(home.hasEntry(requests[i].path.bytes.substr(home.folder.path().bytes.size() + 1)));
+    bytes += item.size;
+  }
+  EXPECT_EQ(report.movedBytes, bytes);
+  EXPECT_EQ(home.folder.read(".local/share/Trash/files/folder/deep/file").size(), 10'000U);
+  EXPECT_TRUE(home.hasEntry(".local/share/Trash/files/link"));
+  EXPECT_TRUE(home.holds("target/kept"));
+  EXPECT_THAT(home.recorded(), SizeIs(5));
+  EXPECT_EQ(home.processes.readings, 1) << "one reading of the process table serves a whole second";
+}
+
+TEST_F(RemoverTests, recordsThePathWithLinksAboveResolved) {
+  home.write("real/item");
+  home.folder.makeLink("way", "real");
+  RemovalRequest request = home.request("real/item");
+  request.path = home.at("way/item");
+  const RemovalReport report = home.remove({request});
+  ASSERT_THAT(report.entries, SizeIs(1));
+  EXPECT_EQ(report.entries[0].items[0].originalPath, home.at("real/item"));
+  EXPECT_FALSE(home.holds("real/item"));
+  EXPECT_TRUE(home.hasEntry("way"));
+}
+
+TEST_F(RemoverTests, refusesByThePathAlone) {
+  home.write("ignored/inner/file");
+  home.write("holder/ignored/file");
+  home.write("holder/other");
+  home.write("mounted/volume/file");
+  home.write("plain");
+  home.write(".local/share/Quorvane/own");
+  home.write(".local/share/Trash/files/old");
+  home.write(".local/share/Trash/info/old.trashinfo");
+  home.folder.makeLink("link-to-ignored", "ignored/inner");
+  home.folder.makeLink("data", ".local/share");
+  ASSERT_TRUE(home.ignoreStore->add(home.at("ignored")));
+  ASSERT_TRUE(home.ignoreStore->add(home.at("holder/ignored")));
+  home.madeVolumes.made = std::vector{home.at("mounted/volume")};
+  const std::string root = home.folder.path().bytes;
+  const std::string protectedText = "cleanup.failure.protected protected";
+  const std::string ignored = "protection.error.ignored protected";
+  const std::string mount = "cleanup.failure.mountPoint protected";
+  const std::pair<std::string, std::string> cases[] = {
+      {"", protectedText},
+      {"plain", protectedText},
+      {"../" + root + "/plain", protectedText},
+      {"/", protectedText},
+      {"//", protectedText},
+      {root + "/plain/", protectedText},
+      {root + "//plain", protectedText},
+      {root + "/./plain", protectedText},
+      {root + "/holder/../plain", protectedText},
+      {root + "/plain" + std::string(1, '\0'), protectedText},
+      {root, protectedText},
+      {parentOf({root}).bytes, protectedText},
+      {root + "/.local", protectedText},
+      {root + "/.local/share/Quorvane", protectedText},
+      {root + "/.local/share/Quorvane/own", protectedText},
+      {root + "/data/Quorvane/own", protectedText},
+      {root + "/.local/share/Trash", protectedText},
+      {root + "/.local/share/Trash/files", protectedText},
+      {root + "/.local/share/Trash/files/old", protectedText},
+      {root + "/.local/share/Trash/info/old.trashinfo", protectedText},
+      {root + "/ignored", ignored},
+      {root + "/ignored/inner/file", ignored},
+      {root + "/holder", ignored},
+      {root + "/link-to-ignored", ignored},
+      {root + "/mounted", mount},
+      {root + "/mounted/volume", mount},
+      {root + "/absent", "cleanup.failure.missing missing"},
+      {root + "/absent/too", "cleanup.failure.missing missing"},
+      {root + "/plain/inside", "protection.error.changed changedAfterScan"},
+      {root + "/" + std::string(300, 'n'), "cleanup.failure.system other"},
+  };
+  for (const auto& [path, refusal] : cases) {
+    RemovalRequest request{.id = home.random.uuid(), .name = "n", .path = {path}, .snapshot = {}};
+    // A true snapshot, so that nothing else can be the reason.
+    const auto canonical = isAbsolute(path) ? home.fileSystem.resolved(standardised({path})) : failure(PosixError{});
+    if (canonical && isBelow(*canonical, home.folder.path()))
+      request.snapshot = home.request(relativeTo(home.folder.path(), *canonical)).snapshot;
+    if (path.ends_with("link-to-ignored")) request.snapshot = home.request("link-to-ignored").snapshot;
+    EXPECT_EQ(fateOf(request), refusal) << path;
+  }
+  for (const char* kept : {"plain", "holder/other", ".local/share/Trash/files/old", "mounted/volume/file"})
+    EXPECT_TRUE(home.holds(kept)) << kept;
+  EXPECT_EQ(fateOf(home.request("holder/other")), "moved") << "beside an ignored place";
+}
+
+TEST_F(RemoverTests, refusesItsOwnPlacesUnderTheNameOfABindMount) {
+  home.write(".local/share/Quorvane/own");
+  home.folder.makeFolders("again");
+  const std::string local = home.at(".local").bytes, again = home.at("again").bytes;
+  if (::mount(local.c_str(), again.c_str(), nullptr, MS_BIND, nullptr) != 0)
+    GTEST_SKIP() << "skipped: mounting is not permitted";
+  const std::string share = fateOf(home.request("again/share")), own = fateOf(home.request("again/share/Quorvane"));
+  ASSERT_EQ(::umount(again.c_str()), 0);
+  EXPECT_EQ(share, "cleanup.failure.protected protected");
+  EXPECT_EQ(own, "cleanup.failure.protected protected");
+}
+
+TEST_F(RemoverTests, refusesAMountThatNobodyListed) {
+  home.write("item/inner/file");
+  const std::string point = home.at("item/inner").bytes;
+  const RemovalRequest request = home.request("item");
+  if (::mount("none", point.c_str(), "tmpfs", 0, "size=1m") != 0) GTEST_SKIP() << "skipped: mounting is not permitted";
+  const std::string fate = fateOf(request);
+  ASSERT_EQ(::umount(point.c_str()), 0);
+  EXPECT_EQ(fate, "cleanup.failure.mountPoint protected");
+}
+
+TEST_F(RemoverTests, refusesWhatIsNotWhatWasReviewed) {
+  const std::string changed = "protection.error.changed changedAfterScan";
+  struct Case {
+    std::string what;
+    std::function<void(RemovalRequest&)> change;
+    std::string fate;
+  };
+  const auto exchange = [this](const std::string& one, const std::string& other) {
+    std::filesystem::rename(home.at(one).bytes, home.at("aside").bytes);
+    std::filesystem::rename(home.at(other).bytes, home.at(one).bytes);
+  };
+  const std::vector<Case> cases = {
+      {"nothing", [](RemovalRequest&) {}, "moved"},
+      {"a file written in place", [this](RemovalRequest&) { home.write("in/item/deep/file", "CONTENT"); }, changed},
+      {"a file more", [this](RemovalRequest&) { home.write("in/item/deep/new"); }, changed},
+      {"a file less", [this](auto&) { std::filesystem::remove(home.at("in/item/deep/file").bytes); }, changed},
+      {"permissions", [this](auto&) { ::chmod(home.at("in/item/deep").bytes.c_str(), 0711); }, changed},
+      {"another folder", [&](RemovalRequest&) { exchange("in/item", "like it"); }, changed},
+      {"a link in its place",
+       [&](RemovalRequest&) {
+         home.folder.makeLink("a link", home.at("like it").bytes);
+         exchange("in/item", "a link");
+       },
+       changed},
+      {"a link above it",
+       [this](RemovalRequest&) {
+         std::filesystem::rename(home.at("in").bytes, home.at("moved").bytes);
+         home.folder.makeLink("in", "moved");
+       },
+       changed},
+      {"gone", [this](auto&) { std::filesystem::remove_all(home.at("in/item").bytes); },
+       "cleanup.failure.missing missing"},
+      {"no snapshot", [](RemovalRequest& request) { request.snapshot.reset(); }, changed},
+      {"another's path", [this](auto& request) { request.snapshot->canonicalPath = home.at("like it"); }, changed},
+      {"another digest", [](RemovalRequest& request) { request.snapshot->digest.clear(); }, changed},
+      {"another identity", [](RemovalRequest& request) { ++request.snapshot->identity.inode; }, changed},
+  };
+  for (const Case& each : cases) {
+    for (const char* old : {"in", "moved", "aside", "like it", "a link"})
+      std::filesystem::remove_all(home.at(old).bytes);
+    home.write("in/item/deep/file");
+    home.write("like it/deep/file");
+    RemovalRequest request = home.request("in/item");
+    ASSERT_TRUE(request.snapshot);
+    each.change(request);
+    EXPECT_EQ(fateOf(request), each.fate) << each.what;
+    EXPECT_EQ(home.hasEntry("in/item"), each.fate != "moved" && each.what != "gone") << each.what;
+  }
+}
+
+TEST_F(RemoverTests, refusesWhatCannotBeReadAsAWhole) {
+  home.write("item/inner/file");
+  RemovalRequest request = home.request("item");
+  failAt(FileCall::list, 2, FaultSpan::fromThereOn, EACCES);
+  EXPECT_EQ(fateOf(request), "protection.error.changed changedAfterScan") << "it could be read when it was reviewed";
+  request.snapshot.reset();
+  request.id = home.random.uuid();
+  EXPECT_EQ(fateOf(request), "cleanup.failure.permission permission");
+  EXPECT_TRUE(home.holds("item/inner/file"));
+}
+
+TEST_F(RemoverTests, refusesWhatAProcessUses) {
+  home.write("item/file");
+  const RunningProcess opens{
+      .program = "p", .isInspectable = true, .workingFolder = {}, .openPaths = {home.at("item/file")}};
+  const RunningProcess stands{.program = "p", .isInspectable = true, .workingFolder = home.at("item"), .openPaths = {}};
+  for (const RunningProcess& process : {opens, stands}) {
+    home.processes.processes = std::vector{process};
+    EXPECT_EQ(fateOf(home.request("item")), "protection.error.fileInUse inUse");
+  }
+  home.processes.processes = failure(PosixError{EACCES});
+  EXPECT_EQ(fateOf(home.request("item")), "protection.error.fileUseUnavailable inUse");
+  home.processes.processes = std::vector<RunningProcess>{};
+  EXPECT_EQ(fateOf(home.request("item")), "moved");
+}
+
+TEST_F(RemoverTests, looksAnewAtWhatIsUsedAfterASecond) {
+  for (const char* name : {"a", "b"}) home.write(name);
+  const auto requests = home.requests({"a", "b"});
+  RemovalChecks checks;
+  checks.measured = [&](std::size_t index, const TreeMeasurement&) -> std::optional<RemovalRefusal> {
+    if (index == 0) return std::nullopt;
+    home.processes.processes = std::vector{
+        RunningProcess{.program = "p", .isInspectable = true, .workingFolder = {}, .openPaths = {home.at("b")}}};
+    home.clock.advanceUptime(1001ms);
+    return std::nullopt;
+  };
+  EXPECT_EQ(fates(home, requests, home.remove(requests, {}, checks)),
+            (Fates{{"a", "moved"}, {"b", "protection.error.fileInUse inUse"}}));
+}
+
+TEST_F(RemoverTests, asksItsCallerBeforeAndAfterMeasuring) {
+  for (const char* name : {"a", "b", "c"}) home.write(name);
+  const auto requests = home.requests({"a", "b", "c"});
+  const auto refusing = [](std::size_t refused, const std::string& key) {
+    return [=](std::size_t index) {
+      return index == refused ? std::optional(RemovalRefusal{key, CleanupFailureCategory::other}) : std::nullopt;
+    };
+  };
+  std::vector<std::int64_t> sizes;
+  RemovalChecks checks;
+  checks.before = refusing(0, "first");
+  checks.measured = [&](std::size_t index, const TreeMeasurement& tree) {
+    sizes.push_back(tree.allocatedBytes);
+    return refusing(1, "second")(index);
+  };
+  EXPECT_EQ(fates(home, requests, home.remove(requests, {}, checks)),
+            (Fates{{"a", "first other"}, {"b", "second other"}, {"c", "moved"}}));
+  EXPECT_THAT(sizes, ElementsAre(requests[1].size, requests[2].size));
+}
+
+TEST_F(RemoverTests, looksAgainAtWhatOverlaps) {
+  const auto made = [this] {
+    home.write("tree/inner/file");
+    home.write("twice");
+    home.write("same/one");
+    home.write("same/two");
+    home.write("wide/inner/file");
+    auto requests =
+        home.requests({"tree/inner", "tree", "twice", "same/one", "same/two", "wide", "wide/inner", "wide/inner/file"});
+    requests.insert(requests.begin() + 3, requests[2]);
+    requests[3].id = home.random.uuid();
+    requests[5].id = requests[4].id;
+    return requests;
+  };
+  const auto requests = made();
+  const auto expected = [&](const std::string& moved) {
+    const std::string changed = "protection.error.changed changedAfterScan", gone = "cleanup.failure.missing missing";
+    return std::vector<std::string>{moved, changed, moved, gone, moved, changed, moved, gone, gone};
+  };
+  const auto listed = [&](const RemovalReport& report, const std::string& passed) {
+    std::vector<std::string> all(requests.size(), passed);
+    for (const RemovalFailure& each : report.failures) all[each.index] = textOf(each.refusal);
+    return all;
+  };
+  const RemovalReport rehearsal = home.remove(requests, {.isRehearsal = true});
+  EXPECT_EQ(listed(rehearsal, "would move"), expected("would move"));
+  EXPECT_THAT(rehearsal.wouldMove, ElementsAre(0, 2, 4, 6));
+  const RemovalReport report = home.remove(requests);
+  EXPECT_EQ(listed(report, "moved"), expected("moved"));
+  EXPECT_EQ(report.movedCount, 4);
+  EXPECT_TRUE(home.holds("tree"));
+  EXPECT_TRUE(home.holds("same/two"));
+}
+
+TEST_F(RemoverTests, aRehearsalLeavesNothingBehind) {
+  home.write("good/file");
+  home.write("changed");
+  const auto requests = home.requests({"good", "changed"});
+  home.write("changed", "something else");
+  const auto before = home.everything();
+  const RemovalReport report = home.remove(requests, {.isRehearsal = true});
+  EXPECT_EQ(fates(home, requests, report),
+            (Fates{{"good", "would move"}, {"changed", "protection.error.changed changedAfterScan"}}));
+  EXPECT_EQ(home.everything(), before);
+  EXPECT_THAT(report.entries, SizeIs(0));
+  const auto locked = home.history.open();
+  ASSERT_TRUE(locked);
+  EXPECT_THAT(home.remove(requests, {.isRehearsal = true}).wouldMove, ElementsAre(0)) << "it takes no lock";
+}
+
+TEST_F(RemoverTests, aRunThatCannotBeGuardedIsRefusedAsAWhole) {
+  home.write("item");
+  const auto requests = home.requests({"item"});
+  const auto refusal = [&] { return home.remover.remove(requests, {}, {}).error(); };
+  {
+    const auto other = home.history.open();
+    ASSERT_TRUE(other);
+    EXPECT_EQ(std::get<RecoveryStoreError>(refusal()).fault, RecoveryStoreFault::busy);
+  }
+  home.madeVolumes.made = failure(PosixError{EIO});
+  EXPECT_EQ(std::get<PosixError>(refusal()), PosixError{EIO});
+  home.madeVolumes.made = std::vector<FilePath>{};
+  home.write(".local/share/Quorvane/ignored-paths.json", "no rules");
+  EXPECT_EQ(std::get<IgnoreRuleError>(refusal()).fault, IgnoreRuleFault::undecodable);
+  EXPECT_TRUE(home.holds("item"));
+  EXPECT_THAT(home.recorded(), SizeIs(0));
+}
+
+TEST_F(RemoverTests, stopsAfterTheItemInHand) {
+  for (const char* name : {"a", "b", "c"}) home.write(name);
+  const auto requests = home.requests({"a", "b", "c"});
+  StopSource stop;
+  RemovalOptions options;
+  options.stop = stop.token();
+  options.progressed = [&](std::size_t done, std::size_t count, const FilePath& path) {
+    EXPECT_EQ(done, 1U);
+    EXPECT_EQ(count, 3U);
+    EXPECT_EQ(path, home.at("a"));
+    stop.requestStop();
+  };
+  const RemovalReport report = home.remove(requests, options);
+  EXPECT_EQ(fates(home, requests, report), (Fates{{"a", "moved"}}));
+  EXPECT_TRUE(report.wasStopped);
+  EXPECT_THAT(home.recorded(), SizeIs(1)) << "what was announced and never tried is no failure";
+  EXPECT_TRUE(home.holds("b"));
+}
+
+TEST_F(RemoverTests, provesABatchShortlyBeforeItsMoves) {
+  constexpr std::size_t count = CleanupMoveJournal::mostMoves + 2;
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < count; ++i) names.push_back("item" + std::to_string(i));
+  for (const std::string& name : names) home.write(name);
+  auto requests = home.requests(names);
+  requests[0].size = requests[1].size = std::int64_t{1} << 40;  // each fills a batch of its own
+  requests[2].size = -5;
+  RemovalOptions options;
+  options.progressed = [&](std::size_t done, std::size_t, const FilePath&) {
+    if (done == 1) home.write("item1", "written after the first batch");
+    if (done == 3) home.write("item" + std::to_string(count - 1), "written while its batch is moved");
+  };
+  const RemovalReport report = home.remove(requests, options);
+  EXPECT_EQ(report.movedCount, static_cast<std::int64_t>(count) - 1);
+  ASSERT_THAT(report.failures, SizeIs(1));
+  EXPECT_EQ(report.failures[0].index, 1U);
+  const auto recorded = home.recorded();
+  ASSERT_THAT(recorded, SizeIs(count - 1));
+  EXPECT_EQ(recorded.front().items[0].originalPath, requests[count - 1].path) << "newest first";
+  for (const CleaningHistoryEntry& entry : recorded) EXPECT_EQ(entry.date, recorded.front().date);
+}
+
+TEST_F(RemoverTests, movesNothingThatItCannotAnnounceOrRecord) {
+  for (const char* name : {"a", "b", "c"}) home.write(name);
+  auto requests = home.requests({"a", "b", "c"});
+  requests[0].size = requests[1].size = std::int64_t{1} << 40;  // each fills a batch of its own
+  failAt(FileCall::renameReplacing, 1);                         // the announcement of the first
+  const auto unannounced = home.remover.remove(requests, {}, {});
+  ASSERT_FALSE(unannounced);
+  EXPECT_EQ(std::get<RecoveryStoreError>(unannounced.error()).fault, RecoveryStoreFault::notWritten);
+  EXPECT_TRUE(home.holds("a"));
+
+  failAt(FileCall::renameReplacing, 2);  // the receipt of the first
+  const RemovalReport report = home.remove(requests);
+  EXPECT_EQ(fates(home, requests, report), (Fates{{"a", "cleanup.journal.unavailable other"},
+                                                  {"b", "history.error.notWritten other"},
+                                                  {"c", "history.error.notWritten other"}}));
+  EXPECT_EQ(report.movedCount, 1) << "it is in the Trash all the same";
+  ASSERT_THAT(report.entries, SizeIs(1));
+  EXPECT_EQ(report.entries[0].items[0].cleanupJournalUnavailable, true);
+  EXPECT_EQ(report.entries[0].items[0].failureReason, "text of cleanup.journal.unavailable");
+  EXPECT_TRUE(home.isInTrash("a"));
+  EXPECT_TRUE(home.holds("b"));
+}
+
+TEST_F(RemoverTests, laterBatchesStopAtAHistoryThatCannotBeWritten) {
+  for (const char* name : {"a", "b", "c"}) home.write(name);
+  auto requests = home.requests({"a", "b", "c"});
+  requests[0].size = std::int64_t{1} << 40;
+  failAt(FileCall::renameReplacing, 3, FaultSpan::fromThereOn, ENOSPC);  // the announcement of the second batch
+  EXPECT_EQ(fates(home, requests, home.remove(requests)),
+            (Fates{{"a", "moved"}, {"b", "history.error.notWritten other"}, {"c", "history.error.notWritten other"}}));
+  EXPECT_TRUE(home.holds("b"));
+}
+
+TEST_F(RemoverTests, reviewsAPathThatAPersonNames) {
+  home.write("folder/file", std::string(10'000, 'x'));
+  home.folder.makeLink("way", "folder");
+  const auto request = home.remover.review(home.at("way/file"), {});
+  ASSERT_TRUE(request);
+  const RemovalRequest same = home.request("folder/file");
+  EXPECT_EQ(request->path, home.at("way/file"));
+  EXPECT_EQ(request->snapshot, same.snapshot);
+  EXPECT_EQ(request->size, same.size);
+  EXPECT_NE(request->id, Uuid{});
+  EXPECT_EQ(home.remover.review(home.at("absent"), {}).error(), refusalOf(PosixError{ENOENT}));
+  EXPECT_EQ(home.remover.review(home.folder.path(), {}).error(), protectedRefusal());
+  home.write("odd \xff");
+  EXPECT_EQ(home.remover.review(home.at("odd \xff"), {})->name, "odd \xEF\xBF\xBD");
+  EXPECT_EQ(fateOf(*request), "moved");
+}
+
+}  // namespace
+}  // namespace quorvane
