@@ -98,7 +98,7 @@ std::string sizeText(const ScanItem& item, const ReportStyle& style) {
   return isPartlyMeasured(item) ? std::string(glyphs(style.text.characters).lowerBound) + " " + size : size;
 }
 
-void writeItemTable(ReportText& report, const std::vector<ItemGroup>& groups, const ReportStyle& style,
+bool writeItemTable(ReportText& report, const std::vector<ItemGroup>& groups, const ReportStyle& style,
                     const std::function<bool(ScanCategory)>& isSeenInPart) {
   Rows rows;
   for (const ItemGroup& group : groups) {
@@ -115,7 +115,12 @@ void writeItemTable(ReportText& report, const std::vector<ItemGroup>& groups, co
     for (const ScanRow& row : rows[i]) report.asIs(rowText(row, columns, style.text));
     report.blank();
   }
-  if (columns.path > 0 || groups.empty()) return;
+  return columns.path > 0 || groups.empty();
+}
+
+void writeScanTable(ReportText& report, const std::vector<ItemGroup>& groups, const ReportStyle& style,
+                    const std::function<bool(ScanCategory)>& isSeenInPart) {
+  if (writeItemTable(report, groups, style, isSeenInPart)) return;
   report.line({"cli.scan.pathsHidden", {}});
   report.blank();
 }

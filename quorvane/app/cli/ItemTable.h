@@ -51,8 +51,12 @@ std::string reasonText(const ScanItem& item, const ReportStyle& style);
 std::string sizeText(const ScanItem& item, const ReportStyle& style);
 
 /// Writes the groups, each under its title and sum. `isSeenInPart` tells the categories whose sums are lower bounds
-/// whatever their items say. Where there was no room for paths, a line says how to see them.
-void writeItemTable(ReportText& report, const std::vector<ItemGroup>& groups, const ReportStyle& style,
+/// whatever their items say. False when there was no room for the paths.
+bool writeItemTable(ReportText& report, const std::vector<ItemGroup>& groups, const ReportStyle& style,
+                    const std::function<bool(ScanCategory)>& isSeenInPart = {});
+
+/// The same, and where there was no room for the paths a line that says how to see them.
+void writeScanTable(ReportText& report, const std::vector<ItemGroup>& groups, const ReportStyle& style,
                     const std::function<bool(ScanCategory)>& isSeenInPart = {});
 
 }  // namespace quorvane

@@ -58,7 +58,7 @@ class RemovalReportWriter {
   }
 
   void writePlanned(const std::vector<ScanItem>& items) {
-    writeItemTable(text_, groupedByCategory(items), style_);
+    writeScanTable(text_, groupedByCategory(items), style_);
     writePlannedSum(items);
   }
 

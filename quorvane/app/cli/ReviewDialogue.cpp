@@ -67,13 +67,15 @@ class ReviewDialogue {
     if (const ScanItem* item = selection_.itemNumbered(wanted.number)) {
       console_.show(itemEvidence(*item, result_, style_));
     } else {
-      say({"cli.review.unknown", {{"what", std::to_string(wanted.number)}}});
+      say({"cli.review.noSuchNumber", {{"what", std::to_string(wanted.number)}}});
     }
     return std::nullopt;
   }
 
   std::optional<bool> operator()(const Change& change) {
-    for (const Part& part : change.parts) say({std::string(keyOf(selection_.apply(part))), {{"what", wordsOf(part)}}});
+    for (const Part& part : change.parts)
+      say({std::string(keyOf(selection_.apply(part))),
+           {{"what", wordsOf(part)}, {"categories", MessageList{selection_.categoryNames()}}}});
     return std::nullopt;
   }
 

@@ -50,6 +50,12 @@ std::vector<ItemGroup> ReviewSelection::selected() const {
   return groups;
 }
 
+std::vector<std::string> ReviewSelection::categoryNames() const {
+  std::vector<std::string> names;
+  for (const ItemGroup& group : groups_) names.emplace_back(caseName(group.category));
+  return names;
+}
+
 ItemSum ReviewSelection::selectedSum() const { return sumOf(items_, &ScanItem::isSelected); }
 
 }  // namespace quorvane

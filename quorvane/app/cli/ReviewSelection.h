@@ -29,6 +29,8 @@ class ReviewSelection {
   std::vector<ItemGroup> all() const { return groups_; }
   std::vector<ItemGroup> selected() const;
   ItemSum selectedSum() const;
+  /// The categories that there are, as a person types them.
+  std::vector<std::string> categoryNames() const;
   std::size_t count() const { return byNumber_.size(); }
 
  private:

@@ -62,7 +62,7 @@ class ReportWriter {
       : result_(result), gaps_(result), style_(style), report_(style_) {}
 
   std::string text() {
-    writeItemTable(report_, groupedByCategory(result_.items), style_,
+    writeScanTable(report_, groupedByCategory(result_.items), style_,
                    [this](ScanCategory category) { return gaps_.areIn(category); });
     writeNotes();
     writeUnreadable();

@@ -1,0 +1,186 @@
+#include "tests/cli/CleanHome.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace quorvane {
+namespace {
+
+using testing::HasSubstr;
+using Names = std::vector<std::string>;
+
+constexpr const char* historyFile = ".local/share/Quorvane/history.json";
+
+TEST(HistoryCommandTests, saysThatThereIsNoneAndMakesNothing) {
+  const CleanHome home;
+  EXPECT_EQ(home.run({"history"}).output, "Nothing was moved so far.\n");
+  EXPECT_EQ(home.json({"history"}), Json::array());
+  EXPECT_EQ(home.run({"undo"}).code, 2);
+  EXPECT_EQ(home.run({"restore", "--all"}).code, 2);
+  for (const char* id : {"6F9619FF-8B86-4011-B42D-00C04FC964FF", "nonsense"}) {
+    EXPECT_THAT(home.run({"restore", id}).errors, HasSubstr("[cli.error.noSuchEntry]"));
+    EXPECT_EQ(home.run({"history", "show", id}).code, 2);
+  }
+  EXPECT_FALSE(home.folder().holds(".local"));
+}
+
+TEST(HistoryCommandTests, listsRunsAndUndoesTheLastOne) {
+  const CleanHome home;
+  ASSERT_EQ(home.run({"clean", "--yes"}).code, 0);
+  ASSERT_EQ(home.run({"clean", "--select", "review", "--yes"}).code, 0);
+  const Json entries = home.json({"history"});
+  ASSERT_EQ(entries.size(), 3U);
+  EXPECT_THAT(entries[0]["items"][0]["originalPath"].get<std::string>(), HasSubstr("unknown")) << "newest first";
+  EXPECT_EQ(entries[1]["date"], entries[2]["date"]) << "one run has one date";
+  EXPECT_NE(entries[0]["date"], entries[1]["date"]);
+  EXPECT_EQ(home.json({"history", "--limit", "2"}).size(), 2U);
+  EXPECT_EQ(home.json({"history", "show", entries[1]["id"].get<std::string>()}), entries[1]);
+  EXPECT_EQ(home.json({"history", "show", entries[1]["items"][0]["id"].get<std::string>()}), entries[1]);
+  const std::string people = home.run({"history", "--limit", "1"}).output;
+  EXPECT_THAT(people, HasSubstr("moved 1 item"));
+  EXPECT_THAT(people, HasSubstr("and 1 older run"));
+  EXPECT_THAT(people, HasSubstr("in the Trash"));
+  EXPECT_THAT(home.run({"history", "show", entries[0]["id"].get<std::string>()}).output, HasSubstr("In the Trash"));
+
+  const Json undone = home.json({"undo"});
+  EXPECT_EQ(undone["restoredCount"], 1);
+  EXPECT_EQ(undone["failedCount"], 0);
+  EXPECT_EQ(undone["remainingCount"], 0);
+  ASSERT_EQ(undone["entries"].size(), 1U);
+  EXPECT_TRUE(home.hasCache("unknown"));
+  const CommandLineRun second = home.run({"restore", "--last"});
+  EXPECT_EQ(second.code, 0);
+  EXPECT_THAT(second.output, HasSubstr("Put back 2 items:\n  " + home.at(".cache/")));
+  EXPECT_EQ(home.caches().size(), 4U);
+  EXPECT_EQ(home.run({"undo"}).code, 2);
+  EXPECT_THAT(home.run({"history"}).output, HasSubstr("2 put back"));
+}
+
+TEST(HistoryCommandTests, tellsWhatCannotBePutBackAndWhatToDo) {
+  const CleanHome home;
+  ASSERT_EQ(home.run({"clean", "--yes"}).code, 0);
+  home.folder().write(".cache/thumbnails/file", "made again meanwhile");
+  const CommandLineRun conflict = home.run({"undo"});
+  EXPECT_EQ(conflict.code, 1);
+  EXPECT_THAT(conflict.errors,
+              HasSubstr("quorvane: " + home.at(".cache/thumbnails") + ": Something stands at its old place."));
+  EXPECT_THAT(conflict.errors, HasSubstr("[recovery.failure.conflict]"));
+  EXPECT_THAT(conflict.output, HasSubstr("--on-conflict keep-both"));
+  EXPECT_THAT(conflict.output, HasSubstr("Put back 1 item:"));
+  EXPECT_EQ(home.folder().read(".cache/thumbnails/file"), "made again meanwhile");
+
+  const CommandLineRun both = home.run({"undo", "--on-conflict", "keep-both"});
+  EXPECT_EQ(both.code, 0) << both.errors;
+  EXPECT_THAT(both.output, HasSubstr("thumbnails (restored "));
+
+  ASSERT_EQ(home.run({"clean", "--select", home.at(".cache/unknown"), "--yes"}).code, 0);
+  const std::string id = home.json({"history"})[0]["id"];
+  std::filesystem::rename(home.at(".cache"), home.at("elsewhere"));
+  const CommandLineRun orphan = home.run({"restore", id});
+  EXPECT_EQ(orphan.code, 1);
+  EXPECT_THAT(orphan.output, HasSubstr("The folder " + home.at(".cache") + " is gone: make it first"));
+  std::filesystem::rename(home.at("elsewhere"), home.at(".cache"));
+  EXPECT_EQ(home.run({"restore", id, id}).code, 0);
+  const CommandLineRun again = home.run({"restore", id});
+  EXPECT_EQ(again.code, 1);
+  EXPECT_THAT(again.errors, HasSubstr("[recovery.failure.unsupported]"));
+}
+
+TEST(HistoryCommandTests, refusesAHistoryThatIsDamagedOrLocked) {
+  const CleanHome home;
+  ASSERT_EQ(home.run({"clean", "--yes"}).code, 0);
+  const std::string history = home.folder().read(historyFile);
+  const Names commands[] = {{"clean", "--select", "review", "--yes"}, {"undo"}};
+  {
+    const auto fileSystem = makeSystemFileSystem();
+    const auto folder = openFolderBelow(*fileSystem, home.folder().descriptor(), ".local/share/Quorvane");
+    ASSERT_TRUE(folder.has_value());
+    const auto lock = fileSystem->lockFile(folder->number(), "history.json.lock");
+    ASSERT_TRUE(lock.has_value());
+    for (const Names& command : commands) {
+      const CommandLineRun refused = home.run(command);
+      EXPECT_EQ(refused.code, 3);
+      EXPECT_THAT(refused.errors, HasSubstr("[history.error.busy]"));
+    }
+    EXPECT_EQ(home.run({"history"}).code, 0) << "looking needs no lock";
+  }
+  std::filesystem::remove(home.at(historyFile));
+  home.folder().write(historyFile, "damaged");
+  for (const Names& command : {commands[0], commands[1], Names{"history"}}) {
+    const CommandLineRun refused = home.run(command);
+    EXPECT_EQ(refused.code, 3);
+    EXPECT_EQ(std::ranges::count(refused.errors, '\n'), 1) << refused.errors;
+  }
+  const CommandLineRun overview = home.run({});
+  EXPECT_EQ(overview.code, 1) << "the disk is shown all the same";
+  EXPECT_THAT(overview.output, HasSubstr("Free"));
+  EXPECT_EQ(home.folder().read(historyFile), "damaged");
+  EXPECT_TRUE(home.hasCache("unknown"));
+}
+
+TEST(HistoryCommandTests, areInTheOverview) {
+  const CleanHome home;
+  const Json before = home.json({});
+  EXPECT_EQ(before["history"], (Json{{"entryCount", 0}, {"reclaimedBytes", 0}}));
+  EXPECT_EQ(before["pendingCount"], 0);
+  EXPECT_THAT(home.run({}).output, HasSubstr("quorvane clean"));
+  const Json done = home.json({"clean", "--yes"});
+  const Json after = home.json({});
+  EXPECT_EQ(after["history"]["entryCount"], 2);
+  EXPECT_EQ(after["history"]["reclaimedBytes"], done["reclaimedBytes"]);
+  EXPECT_EQ(after["history"]["lastRunAt"], done["entries"][0]["date"]);
+  EXPECT_THAT(home.run({}).output, HasSubstr("Moved to the Trash so far: "));
+}
+
+TEST(TrashCommandTests, movesWhatIsNamedAfterAReview) {
+  const CleanHome home;
+  home.folder().write("documents/letter", "content");
+  home.folder().write("documents/draft", "content");
+  home.folder().makeLink("documents/link", "/");
+  const std::string letter = home.at("documents/letter");
+
+  const Json planned = home.json({"trash", letter, "--dry-run"});
+  ASSERT_EQ(planned["wouldMove"].size(), 1U);
+  for (const char* member : {"id", "url", "displayName", "size", "snapshot"})
+    EXPECT_TRUE(planned["wouldMove"][0].contains(member)) << member;
+  EXPECT_EQ(home.answered({"trash", letter}, {"n"}).code, 0);
+  EXPECT_TRUE(home.folder().holds("documents/letter"));
+  const CommandLineRun asked = home.answered({"trash", letter, letter, home.at("documents/missing")}, {"y"});
+  EXPECT_EQ(asked.code, 1);
+  EXPECT_THAT(asked.errors, HasSubstr("Move this 1 item ("));
+  EXPECT_THAT(asked.errors, HasSubstr("documents/missing: "));
+  EXPECT_FALSE(home.folder().holds("documents/letter"));
+
+  const Json done = home.json({"trash", home.at("documents/draft"), home.at("documents/link"), "--yes"});
+  EXPECT_EQ(done["movedCount"], 2) << "a link goes itself, wherever it leads";
+  EXPECT_EQ(home.json({"undo"})["restoredCount"], 2);
+  EXPECT_TRUE(home.folder().holds("documents/draft"));
+}
+
+TEST(TrashCommandTests, neverMovesWhatItMustNot) {
+  const CleanHome home;
+  const struct {
+    std::string path;
+    int code;
+    const char* key;
+  } cases[] = {
+      {"/etc/hostname", 3, "cli.error.outsideHome"},
+      {home.at("../somewhere"), 3, "cli.error.outsideHome"},
+      {home.at(".cache/nothing"), 1, "cleanup.failure.missing"},
+      {home.at("."), 3, "cli.error.outsideHome"},
+      {home.at(".local/share"), 1, "cleanup.failure"},
+  };
+  home.folder().makeFolders(".local/share/Quorvane");
+  for (const auto& [path, code, key] : cases) {
+    const CommandLineRun refused = home.run({"trash", path, "--yes"});
+    EXPECT_EQ(refused.code, code) << path << refused.errors;
+    EXPECT_THAT(refused.errors, HasSubstr(std::string("[") + key));
+  }
+  EXPECT_TRUE(home.folder().holds(".local/share/Quorvane"));
+}
+
+}  // namespace
+}  // namespace quorvane
