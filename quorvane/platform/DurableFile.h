@@ -4,6 +4,7 @@
 #include "quorvane/base/Uuid.h"
 #include "quorvane/platform/FileSystem.h"
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -16,10 +17,13 @@ namespace quorvane {
 ///
 /// Writes a temporary sibling (exclusive, no link followed, permissions 0600), brings it to the disk, renames it over
 /// `name`, and brings the folder to the disk. After a failure the old file stands, or the new one if only the last step
-/// failed; the temporary is taken away, unless the process is killed meanwhile: then a file named `name` + ".writing-" +
-/// `identifier` stays, for `removeAbandonedTemporaries`.
+/// failed; the temporary is taken away, unless the process is killed meanwhile: then a file named `name` + ".writing-"
+/// + `identifier` stays, for `removeAbandonedTemporaries`.
+///
+/// `beforeRename`, if given, is called when the temporary is on the disk; its failure leaves the old file.
 Outcome<void, PosixError> replaceFile(FileSystem& fileSystem, int folder, const std::string& name,
-                                      std::span<const std::string_view> pieces, const Uuid& identifier);
+                                      std::span<const std::string_view> pieces, const Uuid& identifier,
+                                      const std::function<Outcome<void, PosixError>()>& beforeRename = {});
 Outcome<void, PosixError> replaceFile(FileSystem& fileSystem, int folder, const std::string& name,
                                       std::string_view bytes, const Uuid& identifier);
 
@@ -48,8 +52,8 @@ struct TrustError {
   bool operator==(const TrustError&) const = default;
 };
 
-/// Whether a folder, as opened, could have been filled by somebody else: owned by another user than the effective one, or
-/// writable by group or others.
+/// Whether a folder, as opened, could have been filled by somebody else: owned by another user than the effective one,
+/// or writable by group or others.
 std::optional<TrustFault> faultOfFolder(const FileStatus& folder);
 
 /// Takes a lock as `FileSystem::lockFile` does. A file that somebody else could have made, or that is not empty, is

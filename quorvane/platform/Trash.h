@@ -57,8 +57,9 @@ class TrashFolder {
   /// items that are gone is dropped. Only a help: what cannot be written is left out.
   virtual void tellSizes(const std::vector<Size>& folders) = 0;
 
-  /// Brings everything that was received or forgotten to the disk.
-  virtual Outcome<void, PosixError> synchronise() = 0;
+  /// The folders to be brought to the disk after something was received or forgotten; open as long as this object
+  /// lives.
+  virtual std::vector<int> changedFolders() const = 0;
 };
 
 /// Finds the Trash folders of one user.

@@ -104,7 +104,7 @@ class CleanupMoveJournal::Transaction {
   MoveFailure failed(Move& move, MoveFailure failure, bool isSettled);
   bool putBack(Move& move, const ItemPlace& place);
   void noteEmptied(const FilePath& path, FileDescriptor folder);
-  Outcome<void, PosixError> synchronise();
+  std::vector<int> changedFolders();
   Outcome<void, MoveFailure> change(std::size_t index, const std::function<bool(CleaningHistoryItem&)>& apply);
 
   const MoveServices& services_;

@@ -1,7 +1,7 @@
 #include "quorvane/removal/CleanupMoveJournal.h"
 
 #include <algorithm>
-#include <set>
+#include <iterator>
 #include <utility>
 
 namespace quorvane {
@@ -89,28 +89,27 @@ Outcome<CleaningHistoryItem, MoveFailure> Transaction::complete(std::size_t inde
   return move.item();
 }
 
-Outcome<void, PosixError> Transaction::synchronise() {
+/// The folders that the moves changed, having told the Trash folders what they received.
+std::vector<int> Transaction::changedFolders() {
   std::map<TrashFolder*, std::vector<TrashFolder::Size>> received;
   for (const Move& move : moves_) {
     if (!move.isFinished) continue;
     auto& folders = received[move.trash.get()];
     if (isFolder(move.identity)) folders.push_back({move.leaf, move.item().size});
   }
+  std::vector<int> changed;
   for (const auto& [trash, folders] : received) {
     if (!folders.empty()) trash->tellSizes(folders);
-    if (auto done = trash->synchronise(); !done) return done;
+    std::ranges::copy(trash->changedFolders(), std::back_inserter(changed));
   }
-  for (const auto& [path, folder] : emptiedFolders_)
-    if (auto done = services_.fileSystem.synchronise(folder.number()); !done) return done;
-  return {};
+  for (const auto& [path, folder] : emptiedFolders_) changed.push_back(folder.number());
+  return changed;
 }
 
 Outcome<std::vector<CleaningHistoryEntry>, RecoveryStoreError> Transaction::finish(
     std::optional<std::int64_t> observedAvailableBytesDelta) {
-  // A receipt must not reach the disk before the move that it tells of.
-  if (const auto done = synchronise(); !done)
-    return failure(RecoveryStoreError{RecoveryStoreFault::notWritten, history_->fileURL(), done.error()});
   OpenHistory::Change change;
+  change.changedFolders = changedFolders();
   std::vector<CleaningHistoryEntry> receipts;
   for (Move& move : moves_) {
     if (!move.isAnnounced) continue;
@@ -124,7 +123,6 @@ Outcome<std::vector<CleaningHistoryEntry>, RecoveryStoreError> Transaction::fini
     if (move.isSettled) change.replaced.push_back(move.receipt);
     receipts.push_back(move.receipt);
   }
-  if (change.replaced.empty() && change.erased.empty()) return receipts;
   if (auto written = history_->write(std::move(change)); !written) return failure(written.error());
   return receipts;
 }

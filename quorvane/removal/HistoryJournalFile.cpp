@@ -62,11 +62,12 @@ Outcome<std::optional<std::string>, RecoveryStoreError> HistoryJournalFile::read
   return readIn(*fileSystem_, directory_.number(), fileURL_);
 }
 
-Outcome<void, RecoveryStoreError> HistoryJournalFile::write(std::span<const std::string_view> pieces) {
+Outcome<void, RecoveryStoreError> HistoryJournalFile::write(
+    std::span<const std::string_view> pieces, const std::function<Outcome<void, PosixError>()>& beforeRename) {
   std::size_t size = 0;
   for (const std::string_view piece : pieces) size += piece.size();
   if (size > largestFile) return refused(RecoveryStoreFault::tooLarge, fileURL_);
-  const auto written = replaceFile(*fileSystem_, directory_.number(), name_, pieces, random_->uuid());
+  const auto written = replaceFile(*fileSystem_, directory_.number(), name_, pieces, random_->uuid(), beforeRename);
   if (!written) return refused(RecoveryStoreFault::notWritten, fileURL_, written.error());
   return {};
 }

@@ -5,6 +5,7 @@
 #include "quorvane/removal/RecoveryStoreError.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -29,7 +30,8 @@ class HistoryJournalFile {
   Outcome<std::optional<std::string>, RecoveryStoreError> read();
 
   /// Replaces the content by the pieces, one behind the other, as `replaceFile` does.
-  Outcome<void, RecoveryStoreError> write(std::span<const std::string_view> pieces);
+  Outcome<void, RecoveryStoreError> write(std::span<const std::string_view> pieces,
+                                          const std::function<Outcome<void, PosixError>()>& beforeRename = {});
 
   /// What stands there now; nothing when that cannot be told, or is nothing.
   std::optional<FileStatus> status();

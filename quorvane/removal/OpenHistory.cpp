@@ -1,5 +1,7 @@
 #include "quorvane/removal/OpenHistory.h"
 
+#include "quorvane/platform/FolderSync.h"
+
 #include <algorithm>
 
 namespace quorvane {
@@ -10,7 +12,7 @@ Outcome<std::shared_ptr<OpenHistory>, RecoveryStoreError> OpenHistory::open(File
                                                                             HistoryCache& cache) {
   auto journal = HistoryJournalFile::open(fileSystem, random, fileURL);
   if (!journal) return failure(journal.error());
-  const std::shared_ptr<OpenHistory> history(new OpenHistory(*std::move(journal), cache));
+  const std::shared_ptr<OpenHistory> history(new OpenHistory(fileSystem, *std::move(journal), cache));
   if (auto loaded = history->load(); !loaded) return failure(loaded.error());
   return history;
 }
@@ -31,6 +33,13 @@ Outcome<void, RecoveryStoreError> OpenHistory::load() {
 }
 
 Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
+  FolderSync folders(fileSystem_, std::move(change.changedFolders));
+  const auto foldersAreDurable = [&] { return folders.wait(); };
+  if (change.isEmpty()) {
+    if (const auto done = folders.wait(); !done)
+      return failure(RecoveryStoreError{RecoveryStoreFault::notWritten, journal_.fileURL(), done.error()});
+    return {};
+  }
   // Untouched since it was loaded, unless a write failed: then what the file holds now is not known.
   if (auto loaded = load(); !loaded) return loaded;
   HistoryDocument& document = cache_.document;
@@ -41,7 +50,7 @@ Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
   for (const Uuid& entry : change.erased) document.erase(entry);
   for (const CleaningHistoryEntry& entry : change.replaced) document.replace(entry);
   document.insertFront(std::move(change.inserted));
-  const auto written = journal_.write(document.pieces());
+  const auto written = journal_.write(document.pieces(), foldersAreDurable);
   cache_.file = written ? journal_.status() : std::nullopt;
   return written;
 }

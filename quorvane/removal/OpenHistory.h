@@ -31,18 +31,23 @@ class OpenHistory {
     std::vector<CleaningHistoryEntry> inserted = {};  ///< at the front, in this order
     std::vector<CleaningHistoryEntry> replaced = {};  ///< by their identifiers
     std::vector<Uuid> erased = {};
+    std::vector<int> changedFolders = {};  ///< open; what the change tells of them has to be on the disk before it is
+
+    bool isEmpty() const { return inserted.empty() && replaced.empty() && erased.empty(); }
   };
 
-  /// Applies a change and replaces the file with the result, in one write. Refused as untrusted when somebody who does
-  /// not heed the lock took entries away that are to be changed. After a failure nothing of the change counts,
-  /// though the file may hold it; it is read anew before anything else.
+  /// Applies a change and replaces the file with the result, in one write. An empty change only waits for its folders.
+  /// Refused as untrusted when somebody who does not heed the lock took entries away that are to be changed. After a
+  /// failure nothing of the change counts, though the file may hold it; it is read anew before anything else.
   Outcome<void, RecoveryStoreError> write(Change change);
 
  private:
-  OpenHistory(HistoryJournalFile journal, HistoryCache& cache) : journal_(std::move(journal)), cache_(cache) {}
+  OpenHistory(FileSystem& fileSystem, HistoryJournalFile journal, HistoryCache& cache)
+      : fileSystem_(fileSystem), journal_(std::move(journal)), cache_(cache) {}
 
   Outcome<void, RecoveryStoreError> load();
 
+  FileSystem& fileSystem_;
   HistoryJournalFile journal_;
   HistoryCache& cache_;
 };

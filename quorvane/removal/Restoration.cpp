@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 namespace quorvane {
 
@@ -66,9 +67,10 @@ Outcome<void, RecoveryStoreError> Restoration::restore(std::span<const RecoveryR
     ++doneCount_;
     if (options_.progressed) options_.progressed(doneCount_, count_);
   }
-  if (const auto durable = synchronise(batch); !durable)
-    return failure(RecoveryStoreError{RecoveryStoreFault::notWritten, history_.fileURL(), durable.error()});
-  return record(batch);
+  auto recorded = record(batch);
+  filledFolders_.clear();
+  destinations_.clear();
+  return recorded;
 }
 
 Restoration::Return Restoration::plan(const RecoveryReference& reference) {
@@ -157,19 +159,18 @@ std::optional<RecoveryFailure> Restoration::verify(const CleaningHistoryItem& it
   return std::nullopt;
 }
 
-Outcome<void, PosixError> Restoration::synchronise(const std::vector<Return>& batch) {
+/// The folders that the batch changed, having told the Trash folders that items left.
+std::vector<int> Restoration::changedFolders(const std::vector<Return>& batch) {
   std::set<TrashFolder*> emptied;
   for (const Return& each : batch)
     if (each.isDone) emptied.insert(each.trash.folder.get());
-  for (const auto& [path, folder] : filledFolders_)
-    if (auto done = services_.fileSystem.synchronise(folder.number()); !done) return done;
+  std::vector<int> changed;
+  for (const auto& [path, folder] : filledFolders_) changed.push_back(folder.number());
   for (TrashFolder* trash : emptied) {
     trash->tellSizes({});
-    if (auto done = trash->synchronise(); !done) return done;
+    std::ranges::copy(trash->changedFolders(), std::back_inserter(changed));
   }
-  filledFolders_.clear();
-  destinations_.clear();
-  return {};
+  return changed;
 }
 
 Outcome<void, RecoveryStoreError> Restoration::record(const std::vector<Return>& batch) {
@@ -189,7 +190,7 @@ Outcome<void, RecoveryStoreError> Restoration::record(const std::vector<Return>&
   }
   OpenHistory::Change change;
   for (auto& [id, entry] : changed) change.replaced.push_back(std::move(entry));
-  if (change.replaced.empty()) return {};
+  change.changedFolders = changedFolders(batch);
   return history_.write(std::move(change));
 }
 

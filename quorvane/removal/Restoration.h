@@ -48,7 +48,7 @@ class Restoration {
   std::optional<RecoveryFailure> checkInTrash(const CleaningHistoryItem& item, const Return& planned) const;
 
   Outcome<void, RecoveryStoreError> announce(std::vector<Return>& batch);
-  Outcome<void, PosixError> synchronise(const std::vector<Return>& batch);
+  std::vector<int> changedFolders(const std::vector<Return>& batch);
   Outcome<void, RecoveryStoreError> record(const std::vector<Return>& batch);
 
   const CleaningHistoryItem* itemOf(const RecoveryReference& reference) const;

@@ -145,11 +145,4 @@ void OpenTrash::tellSizes(const std::vector<Size>& folders) {
   addDirectorySizes(fileSystem_, random_, folders_.trash.number(), info(), folders);
 }
 
-/// The notes come first: after a power cut no item is without one.
-Outcome<void, PosixError> OpenTrash::synchronise() {
-  auto notes = fileSystem_.synchronise(info());
-  auto items = fileSystem_.synchronise(descriptor());
-  return notes ? items : notes;
-}
-
 }  // namespace quorvane

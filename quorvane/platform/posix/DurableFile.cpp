@@ -36,9 +36,11 @@ Outcome<void, PosixError> writePieces(FileSystem& fileSystem, int file, std::spa
 
 Outcome<void, PosixError> writeAndRename(FileSystem& fileSystem, int folder, const FileDescriptor& file,
                                          const std::string& temporary, const std::string& name,
-                                         std::span<const std::string_view> pieces) {
+                                         std::span<const std::string_view> pieces,
+                                         const std::function<Outcome<void, PosixError>()>& beforeRename) {
   auto done = writePieces(fileSystem, file.number(), pieces);
   if (done) done = fileSystem.synchronise(file.number());
+  if (done && beforeRename) done = beforeRename();
   if (done) done = fileSystem.renameReplacing(folder, temporary.c_str(), folder, name.c_str());
   return done;
 }
@@ -71,11 +73,12 @@ std::optional<TrustFault> faultOfFile(const FileStatus& status, std::size_t limi
 }  // namespace
 
 Outcome<void, PosixError> replaceFile(FileSystem& fileSystem, int folder, const std::string& name,
-                                      std::span<const std::string_view> pieces, const Uuid& identifier) {
+                                      std::span<const std::string_view> pieces, const Uuid& identifier,
+                                      const std::function<Outcome<void, PosixError>()>& beforeRename) {
   const std::string temporary = temporaryPrefix(name) + uuidText(identifier);
   const auto file = fileSystem.createFile(folder, temporary.c_str());
   if (!file) return failure(file.error());
-  if (auto done = writeAndRename(fileSystem, folder, *file, temporary, name, pieces); !done) {
+  if (auto done = writeAndRename(fileSystem, folder, *file, temporary, name, pieces, beforeRename); !done) {
     (void)fileSystem.removeFile(folder, temporary.c_str());  // what failed first is what the caller is told
     return done;
   }
