@@ -52,6 +52,12 @@ bool isRunning(const std::string& processNumber) {
   return file >> number >> name >> state && state != "Z";
 }
 
+/// On a busy machine some time passes between a signal and its effect.
+bool endsSoon(const std::string& processNumber) {
+  for (int i = 0; i < 100 && isRunning(processNumber); ++i) std::this_thread::sleep_for(20ms);
+  return !isRunning(processNumber);
+}
+
 std::uint64_t signalsIn(std::string_view status, std::string_view label) {
   const std::size_t at = status.find(label);
   return at == std::string_view::npos ? ~0ull
@@ -179,7 +185,7 @@ TEST(SafeProcessRunnerTests, everythingInTheSessionEndsWithTheChild) {
   const SafeProcessResult result = resultOf(shell("sleep 30 & echo $!; wait", 200ms));
   EXPECT_TRUE(result.didTimeOut);
   EXPECT_TRUE(result.isOutputComplete);
-  EXPECT_FALSE(isRunning(result.standardOutput));
+  EXPECT_TRUE(endsSoon(result.standardOutput));
 }
 
 TEST(SafeProcessRunnerTests, aGrandchildInAnotherSessionCannotHoldTheRun) {
