@@ -13,7 +13,7 @@ namespace quorvane {
 namespace {
 
 ScanSettings settingsFor(const FilePath& home) {
-  const auto folders = applicationFolders({home, std::nullopt, {}});
+  const auto folders = applicationFolders({home, std::nullopt, {}, "Quorvane"});
   EXPECT_TRUE(folders.has_value());
   return scanSettings({*folders, HomeLayout::linux, true});
 }
@@ -105,6 +105,88 @@ TEST(AppModelTests, mayEndWhileItWorks) {
   }
   loop.postAfter(std::chrono::milliseconds(150), [&] { loop.stop(); });
   loop.run();
+}
+
+/// Runs one operation of a model to its end.
+template <class Result, class Failure, class Start>
+Outcome<Result, Failure> ended(MainLoop& loop, Start start) {
+  std::optional<Outcome<Result, Failure>> outcome;
+  start(AppModel::Handlers<Result, Failure>{.progressed = {}, .finished = [&](Outcome<Result, Failure> done) {
+                                              outcome = std::move(done);
+                                              loop.stop();
+                                            }});
+  loop.run();
+  return *std::move(outcome);
+}
+
+TEST(AppModelTests, cleansAndPutsBack) {
+  const TempFolder home;
+  home.write(".cache/unknown/a", "content");
+  MainLoop loop;
+  AppModel model(settingsFor(home.path()), recordTexts(), loop);
+  const auto scanned = ended<ScanResult, ScanFault>(loop, [&](auto handlers) { model.scan({}, std::move(handlers)); });
+  ASSERT_TRUE(scanned && scanned->items.size() == 1);
+  const auto clean = [&](AppModel::RemovalKind kind) {
+    auto report = ended<RemovalReport, RemovalError>(loop, [&](auto handlers) {
+      model.clean(scanned->items, kind, std::move(handlers));
+      EXPECT_EQ(model.phase(), ScanPhase(scanPhase::Cleaning{}));
+    });
+    EXPECT_TRUE(report.has_value());
+    return *std::move(report);
+  };
+  EXPECT_EQ(clean(AppModel::RemovalKind::rehearsal).wouldMove.size(), 1U);
+  EXPECT_EQ(model.phase(), ScanPhase(scanPhase::Review{}));
+  EXPECT_EQ(clean(AppModel::RemovalKind::real).movedCount, 1);
+  EXPECT_EQ(model.phase(), ScanPhase(scanPhase::Completed{}));
+  EXPECT_FALSE(home.holds(".cache/unknown/a"));
+
+  const auto history = model.history();
+  ASSERT_TRUE(history && history->entries.size() == 1);
+  const CleaningHistoryEntry& entry = history->entries.front();
+  const auto restored = ended<RecoveryBatchResult, RecoveryStoreError>(loop, [&](auto handlers) {
+    model.restore({{entry.id, entry.items.front().id}}, RestoreConflictPolicy::skip, std::move(handlers));
+  });
+  ASSERT_TRUE(restored.has_value());
+  EXPECT_EQ(restored->restoredCount, 1);
+  EXPECT_TRUE(home.holds(".cache/unknown/a"));
+}
+
+TEST(AppModelTests, reviewsPathsAndMovesThem) {
+  const TempFolder home;
+  home.write("letter", "content");
+  MainLoop loop;
+  AppModel model(settingsFor(home.path()), recordTexts(), loop);
+  const auto reviewed = ended<std::vector<ReviewedPath>, RemovalError>(loop, [&](auto handlers) {
+    model.reviewPaths({home.at("letter"), home.at("missing"), home.path()}, std::move(handlers));
+  });
+  ASSERT_TRUE(reviewed && reviewed->size() == 3);
+  ASSERT_TRUE((*reviewed)[0].outcome.has_value());
+  EXPECT_EQ((*reviewed)[0].id, (*reviewed)[0].outcome->id);
+  EXPECT_EQ((*reviewed)[1].outcome.error().category, CleanupFailureCategory::missing);
+  EXPECT_EQ((*reviewed)[2].outcome.error().category, CleanupFailureCategory::protected_);
+  const auto report = ended<RemovalReport, RemovalError>(loop, [&](auto handlers) {
+    model.trash({*(*reviewed)[0].outcome}, AppModel::RemovalKind::real, std::move(handlers));
+  });
+  ASSERT_TRUE(report.has_value());
+  EXPECT_EQ(report->movedCount, 1);
+  EXPECT_FALSE(home.holds("letter"));
+}
+
+TEST(AppModelTests, tellsWhyNothingCouldBeCleaned) {
+  const TempFolder home;
+  home.write(".cache/unknown/a", "content");
+  home.write(".local/share/Quorvane/history.json", "damaged");
+  MainLoop loop;
+  AppModel model(settingsFor(home.path()), recordTexts(), loop);
+  const auto scanned = ended<ScanResult, ScanFault>(loop, [&](auto handlers) { model.scan({}, std::move(handlers)); });
+  ASSERT_TRUE(scanned.has_value());
+  const auto report = ended<RemovalReport, RemovalError>(
+      loop, [&](auto handlers) { model.clean(scanned->items, AppModel::RemovalKind::real, std::move(handlers)); });
+  ASSERT_FALSE(report.has_value());
+  EXPECT_EQ(messageKey(report.error()), "history.error.undecodable");
+  EXPECT_EQ(model.phase(), ScanPhase(scanPhase::Failed{"history.error.undecodable"}));
+  EXPECT_TRUE(home.holds(".cache/unknown/a"));
+  EXPECT_FALSE(model.history().has_value());
 }
 
 TEST(HomeSettingsTests, keepApplicationsInsideAGivenHome) {
