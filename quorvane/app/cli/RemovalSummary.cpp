@@ -47,8 +47,8 @@ class RemovalReportWriter {
     } else {
       writeMoved();
     }
-    writeFailures();
     if (!summary_.isRehearsal && summary_.movedCount > 0) writeWhatNow();
+    writeFailures();
     return text_.take();
   }
 
@@ -76,13 +76,15 @@ class RemovalReportWriter {
     text_.line({"cli.clean.wouldMove", {{"count", std::ssize(planned)}, {"size", ByteCount{bytes}}}});
   }
 
+  // The sum stands below the list, where it is still in sight after a long one.
   void writeMoved() {
     if (summary_.movedCount == 0) return text_.line({"cli.clean.movedNothing", {}});
-    text_.heading(
-        text_.say({"cli.clean.moved", {{"count", summary_.movedCount}, {"size", ByteCount{summary_.movedBytes}}}}));
     for (const CleaningHistoryEntry& entry : summary_.entries)
       for (const CleaningHistoryItem& item : entry.items)
         if (item.outcome == CleaningHistoryItemOutcome::movedToTrash) writeItem(item.size, item.originalPath);
+    text_.blank();
+    text_.heading(
+        text_.say({"cli.clean.moved", {{"count", summary_.movedCount}, {"size", ByteCount{summary_.movedBytes}}}}));
   }
 
   void writeItem(std::int64_t size, const FilePath& path) {
@@ -120,7 +122,6 @@ class RemovalReportWriter {
   }
 
   void writeWhatNow() {
-    text_.blank();
     text_.line({"cli.clean.inTrash", {{"size", ByteCount{summary_.movedBytes}}}});
     if (isOwnTrash_) {
       text_.line({"cli.clean.howToEmpty", {}});

@@ -41,15 +41,16 @@ RestoreSummary restoreSummary(const std::vector<CleaningHistoryEntry>& before,
 
 std::string restoreReport(const RestoreSummary& summary, const ReportStyle& style) {
   ReportText text(style);
-  if (summary.restored.empty()) {
-    text.line({"cli.restore.restoredNothing", {}});
-  } else {
-    text.heading(text.say({"cli.restore.restored", {{"count", std::ssize(summary.restored)}}}));
-  }
   for (const auto& [original, restored] : summary.restored) {
     const std::string place = text.path(restored);
     text.fitted(
         original == restored ? place : text.say({"cli.restore.beside", {{"path", original}, {"place", restored}}}), 2);
+  }
+  if (summary.restored.empty()) {
+    text.line({"cli.restore.restoredNothing", {}});
+  } else {
+    text.blank();
+    text.heading(text.say({"cli.restore.restored", {{"count", std::ssize(summary.restored)}}}));
   }
   if (!summary.failed.empty()) text.line({"cli.restore.notRestored", {{"count", std::ssize(summary.failed)}}});
   std::set<std::string> hints;
