@@ -19,7 +19,8 @@ Console::Console(CommandLineStreams streams, const EnvironmentVariables& environ
 }
 
 const MessageCatalogue& Console::catalogue() {
-  std::call_once(catalogueOnce_, [this] { catalogue_ = MessageCatalogue::english(); });
+  std::call_once(catalogueOnce_,
+                 [this] { catalogue_ = std::make_unique<const MessageCatalogue>(MessageCatalogue::english()); });
   return *catalogue_;
 }
 

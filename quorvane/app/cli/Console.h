@@ -7,6 +7,7 @@
 #include "quorvane/app/cli/ReportText.h"
 #include "quorvane/app/messages/MessageCatalogue.h"
 
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -81,7 +82,7 @@ class Console {
   bool hasNoColours_ = false;
   std::optional<FilePath> home_;
   std::once_flag catalogueOnce_;
-  std::optional<MessageCatalogue> catalogue_;
+  std::unique_ptr<const MessageCatalogue> catalogue_;
 };
 
 /// What the system says of one of its `errno` numbers.

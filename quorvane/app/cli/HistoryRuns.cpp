@@ -1,20 +1,23 @@
 #include "quorvane/app/cli/HistoryRuns.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <utility>
 
 namespace quorvane {
 
 std::vector<HistoryRun> historyRuns(const std::vector<CleaningHistoryEntry>& entries) {
-  std::vector<HistoryRun> runs;
-  std::map<std::pair<Date, CleaningHistorySource>, std::size_t> places;
+  std::map<std::pair<Date, CleaningHistorySource>, HistoryRun, std::greater<>> byDate;
   for (const CleaningHistoryEntry& entry : entries) {
-    const auto [place, isNew] = places.try_emplace({entry.date, entry.source}, runs.size());
-    if (isNew) runs.push_back({entry.date, entry.source, {}});
-    runs[place->second].entries.push_back(&entry);
+    HistoryRun& run = byDate[{entry.date, entry.source}];
+    run.date = entry.date;
+    run.source = entry.source;
+    run.entries.push_back(&entry);
   }
-  std::ranges::stable_sort(runs, std::ranges::greater(), &HistoryRun::date);
+  std::vector<HistoryRun> runs;
+  runs.reserve(byDate.size());
+  for (auto& [key, run] : byDate) runs.push_back(std::move(run));
   return runs;
 }
 

@@ -23,6 +23,7 @@ RemovalSummary summaryOf(const RemovalReport& report, const std::vector<Item>& i
   for (const RemovalFailure& failed : report.failures)
     summary.failures.push_back(failedItem(items.at(failed.index), failed.refusal));
   std::vector<Item> wouldMove;
+  wouldMove.reserve(report.wouldMove.size());
   for (const std::size_t index : report.wouldMove) wouldMove.push_back(items.at(index));
   summary.wouldMove = std::move(wouldMove);
   summary.movedCount = report.movedCount;

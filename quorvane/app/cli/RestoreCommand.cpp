@@ -33,14 +33,15 @@ Outcome<References, CommandError> namedReferences(const std::vector<CleaningHist
   for (const std::string& each : given) {
     const auto entry = namedEntry(entries, each);
     if (!entry) return failure(entry.error());
-    for (const RecoveryReference& reference : referencesOf(**entry, *uuidFromText(each)))
-      addOnce(references, reference);
+    const Uuid id = uuidFromText(each).value_or((*entry)->id);
+    for (const RecoveryReference& reference : referencesOf(**entry, id)) addOnce(references, reference);
   }
   return references;
 }
 
 References everythingInTrash(const std::vector<CleaningHistoryEntry>& entries) {
   std::vector<const CleaningHistoryEntry*> all;
+  all.reserve(entries.size());
   for (const CleaningHistoryEntry& entry : entries) all.push_back(&entry);
   return inTrash(all);
 }

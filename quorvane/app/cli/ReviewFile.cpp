@@ -46,7 +46,7 @@ CommandError undecodable(const std::string& from, const JsonError& error) {
 }  // namespace
 
 Outcome<ScanResult, CommandError> reviewedResult(const CommandContext& context, AppModel& model) {
-  const std::string& from = context.invocation.removal.from.value();
+  const std::string from = context.invocation.removal.from.value_or("-");
   const auto text = givenText(context, model, from);
   if (!text) return failure(text.error());
   auto result = scanResultFromJson(*text);

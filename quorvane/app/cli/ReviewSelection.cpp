@@ -52,6 +52,7 @@ std::vector<ItemGroup> ReviewSelection::selected() const {
 
 std::vector<std::string> ReviewSelection::categoryNames() const {
   std::vector<std::string> names;
+  names.reserve(groups_.size());
   for (const ItemGroup& group : groups_) names.emplace_back(caseName(group.category));
   return names;
 }

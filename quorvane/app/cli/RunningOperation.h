@@ -5,6 +5,7 @@
 #include "quorvane/app/cli/ProgressBar.h"
 #include "quorvane/app/model/AppModel.h"
 #include "quorvane/app/model/MainLoop.h"
+#include "quorvane/base/Assert.h"
 
 #include <optional>
 #include <utility>
@@ -45,6 +46,7 @@ EndedOperation<Result, Fault> runOperation(Console& console, MainLoop& loop, App
   loop.run();
   bar.clear();
   loop.setInterruptHandler(nullptr);
+  if (!outcome) abortOnBrokenInvariant("an operation ended without an outcome", std::source_location::current());
   return {*std::move(outcome), isCancelled ? std::optional(signal.exitCode()) : std::nullopt};
 }
 
