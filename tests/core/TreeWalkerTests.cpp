@@ -3,6 +3,7 @@
 #include "quorvane/platform/ProcessRunner.h"
 #include "quorvane/platform/SystemPlatform.h"
 #include "tests/support/FailingFileSystem.h"
+#include "tests/support/HostileTree.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -17,9 +18,7 @@
 
 #include <fcntl.h>
 #include <sys/mount.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -47,22 +46,6 @@ class TreeWalkerTests : public testing::Test {
     return result ? std::stoll(result->standardOutput) : -1;
   }
 
-  /// A chain of folders far longer than any path may be.
-  void makeDeep(const std::string& name, int depth) {
-    folder.makeFolders(name);
-    int at = ::open(folder.at(name).bytes.c_str(), O_RDONLY | O_DIRECTORY);
-    for (int i = 0; i < depth; ++i) {
-      ASSERT_EQ(::mkdirat(at, "down", 0700), 0);
-      if (i % 64 == 0) {
-        ASSERT_EQ(::mkdirat(at, "aside", 0700), 0);
-      }
-      const int next = ::openat(at, "down", O_RDONLY | O_DIRECTORY);
-      ::close(at);
-      at = next;
-    }
-    ::close(at);
-  }
-
   TempFolder folder;
   std::unique_ptr<FileSystem> real = makeSystemFileSystem();
   FailingFileSystem fileSystem{*real};
@@ -70,35 +53,15 @@ class TreeWalkerTests : public testing::Test {
 };
 
 TEST_F(TreeWalkerTests, agreesWithDuOnAHostileTree) {
-  folder.write("t/plain", std::string(10'000, 'x'));
-  folder.write("t/" + std::string(255, 'n'), "long name");
-  folder.write("t/line\nbreak\x1b[31m/\xff\xfe", "not UTF-8");
-  folder.write("outside/big", std::string(1 << 20, 'o'));
-  folder.makeLink("t/to folder", "../outside");
-  folder.makeLink("t/dangling", "nowhere");
-  folder.makeLink("t/circle", ".");
-  folder.makeLink("t/self", "self");
-  folder.write("t/sub/linked", std::string(50'000, 'h'));
-  for (const char* name : {"t/second name", "t/sub/third name"})
-    ASSERT_EQ(::link(folder.at("t/sub/linked").bytes.c_str(), folder.at(name).bytes.c_str()), 0);
-  ASSERT_EQ(::mkfifo(folder.at("t/pipe").bytes.c_str(), 0600), 0);
-  const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  folder.at("t/socket").bytes.copy(address.sun_path, sizeof address.sun_path - 1);
-  ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-  ::close(socket);
-  folder.write("t/sparse", "x");
-  ASSERT_EQ(::truncate(folder.at("t/sparse").bytes.c_str(), off_t{1} << 40), 0);
-
+  makeHostileTree(folder, "t");
   const TreeMeasurement tree = measured("t");
   EXPECT_EQ(tree.allocatedBytes, sizeByDu("t"));
-  EXPECT_EQ(tree.entryCount, 16);
+  EXPECT_EQ(tree.entryCount, hostileTreeEntries);
   EXPECT_FALSE(tree.isLowerBound());
 }
 
 TEST_F(TreeWalkerTests, reachesTheBottomOfAVeryDeepTree) {
-  makeDeep("deep", 4096);
+  makeDeepTree(folder, "deep", 4096);
   const TreeMeasurement tree = measured("deep");
   EXPECT_EQ(tree.entryCount, 4096 + 4096 / 64 + 1);
   EXPECT_FALSE(tree.isLowerBound());

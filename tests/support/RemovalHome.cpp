@@ -2,9 +2,6 @@
 
 #include "quorvane/base/Assert.h"
 
-#include <algorithm>
-#include <filesystem>
-
 namespace quorvane {
 
 namespace {
@@ -17,15 +14,6 @@ ApplicationFolders foldersIn(const TempFolder& home) {
           .state = home.at("state"),
           .applicationSupport = home.at("data/Quorvane"),
           .isConfined = true};
-}
-
-std::vector<std::string> namesIn(const FilePath& folder) {
-  std::vector<std::string> names;
-  std::error_code missing;
-  for (const auto& entry : std::filesystem::directory_iterator(folder.bytes, missing))
-    names.push_back(entry.path().filename().string());
-  std::ranges::sort(names);
-  return names;
 }
 
 }  // namespace
@@ -47,6 +35,8 @@ CleanupMoveJournal::Request RemovalHome::request(std::string_view relative) {
   request.item.name = leafOf({std::string(relative)});
   request.item.originalPath = at(relative);
   request.item.size = 4096;
+  if (const auto place = placeOf(*real_, request.item.originalPath))
+    if (const auto status = real_->status(place->folder.number(), place->name.c_str())) request.proven = *status;
   return request;
 }
 
@@ -72,9 +62,9 @@ std::vector<CleaningHistoryItem> RemovalHome::recorded() {
   return items;
 }
 
-std::vector<std::string> RemovalHome::trashed() const { return namesIn(at("data/Trash/files")); }
+std::vector<std::string> RemovalHome::trashed() const { return temp_.names("data/Trash/files"); }
 
-std::vector<std::string> RemovalHome::notes() const { return namesIn(at("data/Trash/info")); }
+std::vector<std::string> RemovalHome::notes() const { return temp_.names("data/Trash/info"); }
 
 std::vector<RecoveryReference> referencesTo(const std::vector<CleaningHistoryEntry>& entries) {
   std::vector<RecoveryReference> references;

@@ -2,6 +2,7 @@
 
 #include "quorvane/base/Assert.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -118,6 +119,15 @@ std::string TempFolder::read(std::string_view relative) const {
 
 bool TempFolder::holds(std::string_view relative) const {
   return std::filesystem::exists(std::filesystem::symlink_status(nativePath(at(relative))));
+}
+
+std::vector<std::string> TempFolder::names(std::string_view relative) const {
+  std::vector<std::string> names;
+  std::error_code missing;
+  for (const auto& entry : std::filesystem::directory_iterator(nativePath(at(relative)), missing))
+    names.push_back(entry.path().filename().string());
+  std::ranges::sort(names);
+  return names;
 }
 
 }  // namespace quorvane

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quorvane {
 
@@ -29,6 +30,8 @@ class TempFolder {
   /// The content of a file; ends the test program if there is none.
   std::string read(std::string_view relative) const;
   bool holds(std::string_view relative) const;
+  /// The names in a folder, sorted; none where there is no folder.
+  std::vector<std::string> names(std::string_view relative) const;
 
  private:
   FilePath path_;
