@@ -13,7 +13,9 @@
 #include <thread>
 #include <vector>
 
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -192,6 +194,35 @@ TEST_F(IgnoreRuleStoreTests, holdsTheOldRulesOrTheNewOnesAfterAnyFault) {
     }
     EXPECT_GT(faults, 5U);
   }
+}
+
+TEST_F(IgnoreRuleStoreTests, holdsTheOldRulesOrTheNewOnesWhenTheProcessIsKilled) {
+  const auto old = store_.add(temp_.at("old"));
+  ASSERT_TRUE(old);
+  bool isKilled = true;
+  std::size_t call = 1;
+  for (; isKilled; ++call) {
+    SCOPED_TRACE(call);
+    const FilePath path = temp_.at("new " + std::to_string(call));
+    const pid_t child = ::fork();
+    if (child == 0) {
+      FailingFileSystem killing(*fileSystem_);
+      killing.beforeCall(call, [] { ::kill(::getpid(), SIGKILL); });
+      ::_exit(storeOn(killing).add(path) ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    isKilled = WIFSIGNALED(status);
+    EXPECT_TRUE(isKilled || WEXITSTATUS(status) == 0);
+    const auto left = store_.load();
+    ASSERT_TRUE(left);
+    EXPECT_EQ(left->front(), *old);
+    EXPECT_TRUE(isKilled || left->back().canonicalPath == path);
+    ASSERT_TRUE(store_.add(path)) << "also after a killed process";
+    EXPECT_EQ(store_.load()->size(), call + 1);
+    EXPECT_EQ(temp_.names(supportFolder), (std::vector<std::string>{"ignored-paths.json", "ignored-paths.json.lock"}));
+  }
+  EXPECT_GT(call, 8U);
 }
 
 TEST_F(IgnoreRuleStoreTests, findsItsFolderThroughALink) {
