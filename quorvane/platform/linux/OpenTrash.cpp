@@ -15,8 +15,8 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t longestNote = 64 << 10;
-constexpr std::chrono::hours longestMove(1);   // from the date of a note to the moment it is made
-constexpr std::chrono::seconds clockSlack(1);  // files get the time of the last tick
+constexpr std::chrono::hours longestMove(1);     // from the date of a note to the moment it is made
+constexpr std::chrono::minutes longestAhead(1);  // dates of runs that follow each other fast lie ahead of the clock
 
 std::string noteNameOf(const std::string& leaf) { return leaf + std::string(trashInfoSuffix); }
 
@@ -101,7 +101,7 @@ bool OpenTrash::isEmptyNoteSince(const std::string& noteName, Date deletedAt) {
   const auto status = fileSystem_.status(info(), noteName.c_str());
   if (!status || status->size != 0) return false;
   const auto age = status->modified.date() - wholeSeconds(deletedAt);
-  return age >= -clockSlack && age <= longestMove;
+  return age >= -longestAhead && age <= longestMove;
 }
 
 bool OpenTrash::isUnfinished(const std::string& leaf, const TrashNote& note) {
