@@ -61,7 +61,7 @@ class Bench {
   void writeHistory(int entryCount);
   CleaningHistoryEntry exampleEntry();
   CleanupMoveJournal::Request newItem();
-  void moveOne();
+  void move(const CleanupMoveJournal::Request& request);
   FilePath historyFile() const { return joined(home_, "support/history.json"); }
 
   FilePath home_;
@@ -118,12 +118,12 @@ CleanupMoveJournal::Request Bench::newItem() {
   request.item.id = random_.uuid();
   request.item.name = "moved-" + uuidText(request.item.id);
   request.item.originalPath = joined(home_, request.item.name);
-  (void)need(fileSystem_->createFile(folder_.number(), request.item.name.c_str()), "no item can be made");
+  const auto file = need(fileSystem_->createFile(folder_.number(), request.item.name.c_str()), "no item can be made");
+  request.proven = need(fileSystem_->status(file.number()), "an item cannot be looked at");
   return request;
 }
 
-void Bench::moveOne() {
-  const auto request = newItem();
+void Bench::move(const CleanupMoveJournal::Request& request) {
   const auto history = need(store_.open(), "the history cannot be opened");
   auto transaction =
       need(CleanupMoveJournal(services_).begin(history, {request}, CleaningHistorySource::files, clock_.now()),
@@ -134,11 +134,12 @@ void Bench::moveOne() {
 
 bool Bench::measureMoves(int entryCount) {
   writeHistory(entryCount);
-  moveOne();  // reads the history once, and makes the Trash
+  move(newItem());  // reads the history once, and makes the Trash
   std::vector<double> moves, replaces, ratios;
   for (int round = 0; round < moveRounds; ++round) {
     const auto text = need(readHistoryFile(*fileSystem_, historyFile()), "the history cannot be read");
-    moves.push_back(millisecondsOf([&] { moveOne(); }));
+    const auto request = newItem();
+    moves.push_back(millisecondsOf([&] { move(request); }));
     replaces.push_back(millisecondsOf([&] {
       for (int i = 0; i < 2; ++i)
         need(replaceFile(*fileSystem_, folder_.number(), "bare", *text, random_.uuid()), "a file cannot be replaced");

@@ -11,12 +11,15 @@
 //   ratio=N        the wall time may be at most N times that of the other
 //   more=N         the wall time may be at most N ms more than that of the other
 //   memory=N       the peak of resident memory may be at most N MiB in any round
+//   before=FILE    run this program before each run, untimed: to make what the row uses up
+//   after=FILE     and this one after it: to see that the row did what it was to do
 //
 // Ends with 1 when a bound was missed, and with 2 when a program failed or the arguments are wrong.
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -53,6 +56,7 @@ struct Row {
   std::optional<double> ratio;
   std::optional<double> more;
   std::optional<double> memory;
+  std::string before, after;   ///< programs; empty for none
   std::vector<char*> command;  ///< with the null at its end that posix_spawn wants
   std::vector<Sample> samples;
 };
@@ -80,11 +84,11 @@ int start(pid_t& child, char* const* command, bool isTimed) {
 }
 
 /// Nothing, with the reason on standard error, when the program cannot be started or does not end with 0.
-std::optional<Sample> run(const Row& row, bool isTimed) {
+std::optional<Sample> run(const std::string& name, char* const* command, bool isTimed) {
   const auto begin = std::chrono::steady_clock::now();
   pid_t child = 0;
-  if (const int error = start(child, row.command.data(), isTimed); error != 0) {
-    fmt::print(stderr, "Timed: {}: {}\n", row.command[0], std::generic_category().message(error));
+  if (const int error = start(child, command, isTimed); error != 0) {
+    fmt::print(stderr, "Timed: {}: {}\n", command[0], std::generic_category().message(error));
     return std::nullopt;
   }
   int status = 0;
@@ -92,7 +96,7 @@ std::optional<Sample> run(const Row& row, bool isTimed) {
   while (wait4(child, &status, 0, &usage) < 0 && errno == EINTR) {}
   const std::chrono::duration<double, std::milli> wall = std::chrono::steady_clock::now() - begin;
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    fmt::print(stderr, "Timed: {} did not end with 0\n", row.name);
+    fmt::print(stderr, "Timed: {} did not end with 0\n", name);
     return std::nullopt;
   }
   // Linux gives the peak in KiB. It is never below this program's own size when the child was started, some 4 MiB.
@@ -101,10 +105,22 @@ std::optional<Sample> run(const Row& row, bool isTimed) {
                 .memoryMiB = static_cast<double>(usage.ru_maxrss) / 1024};
 }
 
+/// A program without arguments, beside a row; true when there is none.
+bool runBeside(std::string program) {
+  const std::array<char*, 2> command{program.data(), nullptr};
+  return program.empty() || run(program, command.data(), /*isTimed=*/false);
+}
+
+std::optional<Sample> runRow(const Row& row, bool isTimed) {
+  if (!runBeside(row.before)) return std::nullopt;
+  auto sample = run(row.name, row.command.data(), isTimed);
+  return runBeside(row.after) ? sample : std::nullopt;
+}
+
 bool measure(Job& job) {
   for (int round = 0; round <= job.rounds; ++round) {
     for (Row& row : job.rows) {
-      const auto sample = run(row, round > 0);
+      const auto sample = runRow(row, round > 0);
       if (!sample) return false;
       if (round > 0) row.samples.push_back(*sample);
     }
@@ -213,9 +229,11 @@ bool readWord(Row& row, std::string_view word) {
   const std::string_view key = word.substr(0, equals);
   if (equals == std::string_view::npos) return row.isPeer = key == "peer";
   const std::string_view value = word.substr(equals + 1);
-  if (key == "of") {
-    row.other = value;
-    return true;
+  for (const auto& [name, field] :
+       {std::pair{"of", &row.other}, std::pair{"before", &row.before}, std::pair{"after", &row.after}}) {
+    if (key != name) continue;
+    *field = value;
+    return !value.empty();
   }
   for (const auto& [name, field] :
        {std::pair{"ratio", &row.ratio}, std::pair{"more", &row.more}, std::pair{"memory", &row.memory}}) {

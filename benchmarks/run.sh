@@ -33,13 +33,13 @@ while [ $# -gt 0 ]; do
 done
 quorvane=$build/bin/quorvane
 walk=$build/bin/benchmarks/WalkBenchmark
-for program in "$quorvane" "$walk" "$build/bin/benchmarks/MakeData" "$build/bin/benchmarks/Timed"; do
+history=$build/bin/benchmarks/HistoryBenchmark
+for program in "$quorvane" "$walk" "$history" "$build/bin/benchmarks/MakeData" "$build/bin/benchmarks/Timed"; do
     [ -x "$program" ] || fail "$program is missing: run ./bench"
 done
 
-made=
+made=$(mktemp -d "${TMPDIR:-/tmp}/quorvane-bench.XXXXXX")
 remove() {
-    [ -n "$made" ] || return 0
     if [ -n "$keep" ]; then say "bench: the data stays in $made"; else rm -rf -- "$made"; fi
 }
 trap remove EXIT
@@ -49,8 +49,8 @@ if [ -n "$home" ]; then
     [ -d "$home/.cache/tree" ] || fail "there is no $home/.cache/tree"
     home=$(CDPATH='' cd -- "$home" && pwd -P)
 else
-    made=$(mktemp -d "${TMPDIR:-/tmp}/quorvane-bench.XXXXXX")
-    home=$(CDPATH='' cd -- "$made" && pwd -P)
+    mkdir "$made/home"
+    home=$(CDPATH='' cd -- "$made/home" && pwd -P)
     "$build/bin/benchmarks/MakeData" --files "$files" --seed "$seed" "$home" >&2 || exit 2
 fi
 tree=$home/.cache/tree
@@ -73,6 +73,28 @@ command -v ncdu >/dev/null ||
     printf 'ncdu is missing: the walks are compared with du alone, which is an easier bound\n'
 printf '\n'
 
+# Before each row of the Trash: a home with 1,000 caches of 4 KB, as old as a cleaner wants them, and no Trash yet. Nothing is
+# deleted meanwhile: making files slows down where many were deleted a moment ago.
+trashHome=$made/trash
+cat >"$made/refill" <<END
+#!/bin/sh
+set -eu
+mkdir -p '$made/used'
+[ ! -e '$trashHome' ] || mv '$trashHome' "\$(mktemp -d '$made/used/XXXXXX')"
+mkdir -p '$trashHome/.cache' '$trashHome/.local/share'
+cd '$trashHome/.cache'
+head -c 4096 /dev/zero >item-1
+touch -d '40 days ago' item-1
+seq -f 'item-%g' 2 1000 | xargs -n 500 sh -c 'for x; do cp -p item-1 "\$x"; done' sh
+sync -f .
+END
+cat >"$made/refilled" <<END
+#!/bin/sh
+cd '$trashHome/.local/share/Trash' && [ "\$(ls files | wc -l)" = 1000 ] && [ "\$(ls info | wc -l)" = 1000 ]
+END
+chmod +x "$made/refill" "$made/refilled"
+emptied="before=$made/refill after=$made/refilled"
+
 set -- --job "whole tree, warm cache" "$rounds"
 ! command -v ncdu >/dev/null || set -- "$@" --row "ncdu -0xo-" peer -- ncdu -0xo- "$tree"
 set -- "$@" \
@@ -83,8 +105,27 @@ set -- "$@" \
     --job "start" 50 \
     --row "true" peer -- true \
     --row "quorvane --version" more=8 -- "$quorvane" --version
+for tool in gio trash-put; do
+    command -v $tool >/dev/null || printf '%s is missing, so nothing is compared with it\n' "$tool"
+done
+if command -v gio >/dev/null; then
+    # shellcheck disable=SC2086 # the words of a row
+    set -- "$@" --job "1,000 files of 4 KB to the Trash" "$rounds" \
+        --row "gio trash" peer $emptied -- \
+            env HOME="$trashHome" XDG_DATA_HOME="$trashHome/.local/share" sh -c 'exec gio trash "$1"/*' sh "$trashHome/.cache" \
+        --row "quorvane trash" ratio=1 memory=48 $emptied -- \
+            sh -c 'exec "$1" trash --yes --home "$2" "$2"/.cache/*' sh "$quorvane" "$trashHome" \
+        --row "quorvane clean" ratio=1 memory=48 $emptied -- \
+            "$quorvane" clean --yes --home "$trashHome" --select applicationCache
+    # shellcheck disable=SC2086
+    ! command -v trash-put >/dev/null || set -- "$@" --row "trash-put" $emptied -- \
+        env HOME="$trashHome" XDG_DATA_HOME="$trashHome/.local/share" sh -c 'exec trash-put "$1"/*' sh "$trashHome/.cache"
+fi
 status=0
 "$build/bin/benchmarks/Timed" "$@" || status=$?
+mkdir "$made/history"
+printf '\n'
+[ $status = 2 ] || "$history" "$made/history" || status=$?
 if [ $status = 1 ]; then
     say "bench: not all bounds held. A walk uses all cores: where its cpu time is hardly above its wall time, other programs"
     say "bench: had them, and the comparison with the peers, which use one, says little."

@@ -1,5 +1,6 @@
 #include "quorvane/cleaning/CleanerService.h"
 
+#include "quorvane/base/Utf8.h"
 #include "quorvane/scan/CacheDirectoryTag.h"
 #include "quorvane/scan/ReviewedPlaces.h"
 
@@ -40,15 +41,6 @@ RemovalRefusal refusalOf(ScanSelectionPreflight::Demotion demotion) {
   std::unreachable();
 }
 
-RemovalRequest requestFor(const ScanItem& item) {
-  return {.id = item.id,
-          .name = item.displayName,
-          .path = item.url.path,
-          .size = item.size,
-          .snapshot = item.snapshot,
-          .backupMetadata = item.backupMetadata};
-}
-
 /// Holds each reviewed item against what a scan would say of its place now.
 class ItemChecks {
  public:
@@ -56,7 +48,19 @@ class ItemChecks {
              StopToken stop)
       : services_(services), items_(items), stop_(std::move(stop)), places_(services, settings) {}
 
-  std::optional<RemovalRefusal> before(std::size_t index) const {
+  /// What the item is called comes from its place, too: a record may say anything.
+  RemovalRequest requestFor(const ScanItem& item) {
+    const auto canonicalPath = canonicalPathOf(item.url.path);
+    const ScanCandidate* candidate = canonicalPath ? places_.candidateAt(*canonicalPath) : nullptr;
+    return {.id = item.id,
+            .name = candidate ? candidate->displayName : withReplacedInvalidUtf8(leafOf(item.url.path)),
+            .path = item.url.path,
+            .size = item.size,
+            .snapshot = item.snapshot,
+            .backupMetadata = candidate ? places_.backupMetadata(*candidate) : std::nullopt};
+  }
+
+  std::optional<RemovalRefusal> before(std::size_t index) {
     const ScanItem& item = items_[index];
     const FilePath& path = item.url.path;
     const bool isStandard = isAbsolute(path.bytes) && path == standardised(path);
@@ -66,7 +70,7 @@ class ItemChecks {
     const ScanCandidate* candidate = places_.candidateAt(*canonicalPath);
     if (candidate && candidate->verdict.safety == SafetyLevel::blocked) return protectedRefusal();
     if (const auto leftOut = places_.reasonLeftOut(*canonicalPath); leftOut && !candidate) return refusalOf(*leftOut);
-    if (!places_.allowsCleaning(path)) return locationRefusal();
+    if (!allowsCleaning(path, *canonicalPath, candidate)) return locationRefusal();
     return std::nullopt;  // what is no candidate any more may be gone or changed, which has yet to be seen
   }
 
@@ -85,9 +89,23 @@ class ItemChecks {
   }
 
  private:
-  std::optional<FilePath> canonicalPathOf(const FilePath& path) const {
-    const auto folder = services_.fileSystem.resolved(parentOf(path));
-    return folder ? std::optional(joined(*folder, leafOf(path))) : std::nullopt;
+  /// Only a link leads elsewhere than its canonical path says.
+  bool allowsCleaning(const FilePath& path, const FilePath& canonicalPath, const ScanCandidate* candidate) const {
+    if (candidate == nullptr) return places_.allowsCleaning(path);
+    const auto status = services_.fileSystem.status(candidate->folder->descriptor.number(), candidate->name.c_str());
+    const bool isNoLink = status && !status->isLink();
+    return isNoLink ? places_.allowsCleaning(path, canonicalPath) : places_.allowsCleaning(path);
+  }
+
+  /// Items of one folder follow each other.
+  std::optional<FilePath> canonicalPathOf(const FilePath& path) {
+    const FilePath folder = parentOf(path);
+    if (folder != folder_) {
+      folder_ = folder;
+      auto resolved = services_.fileSystem.resolved(folder);
+      canonicalFolder_ = resolved ? std::optional(*std::move(resolved)) : std::nullopt;
+    }
+    return canonicalFolder_ ? std::optional(joined(*canonicalFolder_, leafOf(path))) : std::nullopt;
   }
 
   /// Whether what the tables were asked about is what was measured.
@@ -100,6 +118,8 @@ class ItemChecks {
   const std::vector<ScanItem>& items_;
   StopToken stop_;
   ReviewedPlaces places_;
+  FilePath folder_;                          ///< that was resolved last
+  std::optional<FilePath> canonicalFolder_;  ///< what it is
 };
 
 }  // namespace
@@ -112,7 +132,7 @@ Outcome<RemovalReport, RemovalError> CleanerService::clean(const std::vector<Sca
   ItemChecks checks(services_, settings_, items, options.stop);
   std::vector<RemovalRequest> requests;
   requests.reserve(items.size());
-  for (const ScanItem& item : items) requests.push_back(requestFor(item));
+  for (const ScanItem& item : items) requests.push_back(checks.requestFor(item));
   return remover_.remove(
       requests,
       {.before = [&](std::size_t index) { return checks.before(index); },

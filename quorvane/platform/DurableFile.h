@@ -60,6 +60,9 @@ std::optional<TrustFault> faultOfFolder(const FileStatus& folder);
 /// refused.
 Outcome<FileDescriptor, TrustError> lockTrusted(FileSystem& fileSystem, int folder, const std::string& name);
 
+/// Whether a lock is still the one that the next who wants it would find: somebody may have taken its file away.
+bool isStillLockedBy(FileSystem& fileSystem, int lock, int folder, const std::string& name);
+
 /// Reads a file that the program keeps its state in: a regular file of the effective user with exactly one link, not
 /// writable by group or others, and of at most `limit` bytes. Anything else is refused and left as it is.
 Outcome<std::string, TrustError> readTrusted(FileSystem& fileSystem, int folder, const std::string& name,

@@ -58,6 +58,10 @@ class FileSystem {
   /// The path with all links resolved. The last components may be missing: they are kept as they are.
   virtual Outcome<FilePath, PosixError> resolved(const FilePath& path) = 0;
 
+  /// Opens the folder that an absolute, standardised path names, following no link at any level: ELOOP where one stands
+  /// on the way or at its end. The folders above need not be readable.
+  virtual Outcome<FileDescriptor, PosixError> openRealFolder(const FilePath& path) = 0;
+
   /// ELOOP for a link, ENOTDIR for anything else that is no folder.
   virtual Outcome<FileDescriptor, PosixError> openFolder(int folder, const char* name) = 0;
   /// Opens for reading; a FIFO does not block and gives no data, a device is not opened (ENXIO).
@@ -68,6 +72,8 @@ class FileSystem {
 
   /// Fills `listing` with every entry of an open folder, each with its status. What was read before an error is kept.
   virtual Outcome<void, PosixError> list(int folder, FolderListing& listing) = 0;
+  /// The names only, without status, of at most `most` entries; EOVERFLOW where the folder holds more.
+  virtual Outcome<std::vector<std::string>, PosixError> names(int folder, std::size_t most) = 0;
 
   /// Reads up to `buffer.size()` bytes; 0 at the end of the file.
   virtual Outcome<std::size_t, PosixError> read(int file, std::span<std::byte> buffer) = 0;

@@ -67,6 +67,9 @@ class Trash {
  public:
   virtual ~Trash() = default;
 
+  /// The Trash of the home, with what it holds and its notes; whether it exists or not.
+  virtual FilePath homeTrash() const = 0;
+
   /// The Trash for an object at this path (absolute, links resolved), made where it is missing with permissions 0700.
   /// EXDEV when its mount has none that can be trusted: one that is no link, belongs to the user, and so on.
   virtual Outcome<std::unique_ptr<TrashFolder>, PosixError> folderFor(const FilePath& path) = 0;

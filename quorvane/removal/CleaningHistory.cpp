@@ -12,8 +12,12 @@ std::string messageKey(RecoveryFailure failure) { return "recovery.failure." + s
 
 bool isPending(const CleaningHistoryItem& item) { return item.pendingCleanup || item.pendingRestorePath; }
 
-bool isInTrash(const CleaningHistoryItem& item) {
+bool isRestorable(const CleaningHistoryItem& item) {
   return item.outcome == CleaningHistoryItemOutcome::movedToTrash && item.trashedPath && !item.restoredPath;
+}
+
+bool isInTrash(const CleaningHistoryItem& item) {
+  return isRestorable(item) && item.restoreFailure != RecoveryFailure::missing;
 }
 
 void markMovedToTrash(CleaningHistoryItem& item, const FilePath& trashed, const FileIdentity& identity) {

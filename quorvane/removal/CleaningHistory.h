@@ -80,7 +80,10 @@ QV_JSON_FIELDS(CleaningHistoryItem, id, name, originalPath, trashedPath, size, o
 /// Whether something about the item is under way, or was when a run ended unexpectedly.
 bool isPending(const CleaningHistoryItem& item);
 
-/// Whether the item is in the Trash as far as the record knows.
+/// Whether the item was moved to the Trash and never put back.
+bool isRestorable(const CleaningHistoryItem& item);
+
+/// Whether the item is in the Trash as far as the record knows: restorable, and not found missing.
 bool isInTrash(const CleaningHistoryItem& item);
 
 /// The item is in the Trash: its outcome, path, identity and the anchor of its intent, which is done.

@@ -60,6 +60,7 @@ class Beginning {
     const auto status = services_.fileSystem.status(place->folder.number(), place->name.c_str());
     if (!status) return status.error();
     move.identity = identityOf(*status);
+    if (!isUnchanged(move.proven, *status)) return FileProtectionError::changed;
     if (std::ranges::any_of(externalMoves_, [&](const ExternalMove& other) { return blocks(other, move); }))
       return CleanupMoveError::externalMovePending;
     return chooseTrash(move, *place);
@@ -135,7 +136,8 @@ Outcome<CleanupMoveJournal::Transaction, RecoveryStoreError> CleanupMoveJournal:
   Transaction transaction(services_, history);
   OpenHistory::Change change;
   for (Request& request : requests) {
-    Transaction::Move move{.receipt = receiptFor(std::move(request), source, date)};
+    const FileStatus proven = request.proven.value_or(FileStatus{});  // which is no object's
+    Transaction::Move move{.receipt = receiptFor(std::move(request), source, date), .proven = proven};
     move.failure = beginning.prepare(move);
     move.item().failureReason = services_.texts(journalKeys::interrupted);
     move.isAnnounced = !move.failure;

@@ -38,6 +38,8 @@ class CleanupMoveJournal {
   /// links resolved.
   struct Request {
     CleaningHistoryItem item;
+    /// What the caller proved the item to be: only that is moved. Without it nothing is.
+    std::optional<FileStatus> proven = std::nullopt;
     std::optional<UninstallHistoryContext> uninstallContext = std::nullopt;
   };
 
@@ -60,12 +62,16 @@ class CleanupMoveJournal::Transaction {
   struct Move {
     CleaningHistoryEntry receipt;             ///< as it stands in the history
     std::shared_ptr<TrashFolder> trash = {};  ///< where the item goes
+    FileStatus proven = {};                   ///< the item as its caller proved it
     FileIdentity identity = {};               ///< of the item when the intent was written
     std::string leaf = {};                    ///< in the Trash
     std::optional<MoveFailure> failure = {};  ///< it must not go on
     bool isAnnounced = false;                 ///< the receipt is in the history
     bool isSettled = false;                   ///< what became of it is known for certain
     bool isFinished = false;                  ///< it is verified in the Trash
+
+    /// It may be in its place or in the Trash; the next start finds out.
+    bool isUncertain() const { return failure && !isSettled && isAnnounced; }
 
     const CleaningHistoryItem& item() const { return receipt.items.front(); }
     CleaningHistoryItem& item() { return receipt.items.front(); }
@@ -77,12 +83,13 @@ class CleanupMoveJournal::Transaction {
   /// old place. What turns out not to be the item is put back. The failure, if any, is also in the move.
   std::optional<MoveFailure> perform(std::size_t index);
 
-  /// Whether the item is still the one that was announced; its place, to be moved from. Also the first step of
-  /// `perform`.
+  /// Whether the item is still the one that was announced, and unchanged itself; its place, to be moved from. Also the
+  /// first step of `perform`.
   Outcome<ItemPlace, MoveFailure> verifySource(std::size_t index);
 
-  /// Proves the move into the Trash: `trashed` lies in the announced Trash folder, is the announced item, and nothing
-  /// stands at the old place. The finished item, which `finish` records. Also the last step of `perform`.
+  /// Proves the move into the Trash: `trashed` lies in the announced Trash folder, is the announced item, and is not at
+  /// its old place any more; another object may have been made there meanwhile. The finished item, which `finish`
+  /// records. Also the last step of `perform`.
   Outcome<CleaningHistoryItem, MoveFailure> complete(std::size_t index, const FilePath& trashed);
 
   /// The item is about to be handed to the administrator mover. Written at once.

@@ -35,9 +35,9 @@ Outcome<ItemPlace, MoveFailure> Transaction::verifySource(std::size_t index) {
   const Move& move = moves_[index];
   auto place = placeOf(services_.fileSystem, move.item().originalPath);
   if (!place) return failure(MoveFailure(place.error()));
-  const auto identity = identityAt(services_.fileSystem, *place);
-  if (!identity) return failure(MoveFailure(identity.error()));
-  if (*identity != move.identity) return failure(MoveFailure(FileProtectionError::changed));
+  const auto status = services_.fileSystem.status(place->folder.number(), place->name.c_str());
+  if (!status) return failure(MoveFailure(status.error()));
+  if (!isUnchanged(move.proven, *status)) return failure(MoveFailure(FileProtectionError::changed));
   return *std::move(place);
 }
 
@@ -82,8 +82,9 @@ Outcome<CleaningHistoryItem, MoveFailure> Transaction::complete(std::size_t inde
   if (!moved) return failure(MoveFailure(moved.error()));
   if (*moved != move.identity) return failure(MoveFailure(FileProtectionError::changed));
   const auto left = readIdentity(services_.fileSystem, move.item().originalPath);
-  if (left) return failure(MoveFailure(FileProtectionError::changed));
-  if (!left.error().isMissing()) return failure(MoveFailure(left.error()));
+  // Programs make their caches again at once: what stands there now may be new.
+  if (left && *left == move.identity) return failure(MoveFailure(FileProtectionError::changed));
+  if (!left && !left.error().isMissing()) return failure(MoveFailure(left.error()));
   recordSuccess(move.receipt, trashed);
   move.isFinished = move.isSettled = true;
   return move.item();

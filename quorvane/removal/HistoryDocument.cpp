@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <set>
 
 namespace quorvane {
 
@@ -43,7 +44,8 @@ class ElementSplitter {
   std::optional<std::string_view> next() {
     if (isAtEnd_) return std::nullopt;
     const std::size_t length = lengthOfElement();
-    if (length == rest_.size()) return std::nullopt;
+    const bool isCutOff = length == rest_.size() || rest_[length] == '}';
+    if (isCutOff) return std::nullopt;
     std::string_view element = rest_.substr(0, length);
     isAtEnd_ = rest_[length] == ']';
     rest_.remove_prefix(length + 1);
@@ -106,15 +108,26 @@ class ElementSplitter {
   bool isAtEnd_ = false;
 };
 
+/// Whether no identifier of the entry names anything else; only a receipt and its item share one.
+bool takeIdentifiers(const CleaningHistoryEntry& entry, std::set<Uuid>& taken) {
+  const bool isItsOwn = entry.items.size() == 1 && entry.items.front().id == entry.id;
+  if (!taken.insert(entry.id).second) return false;
+  return isItsOwn || std::ranges::all_of(entry.items,
+                                         [&](const CleaningHistoryItem& item) { return taken.insert(item.id).second; });
+}
+
 }  // namespace
 
 Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view text) {
   HistoryDocument document;
+  std::set<Uuid> identifiers;
   ElementSplitter splitter(text);
   if (!splitter.enter()) return failure(JsonError{JsonFault::malformed, {}});
   while (const auto element = splitter.next()) {
     auto entry = recordFromText<CleaningHistoryEntry>(*element);
-    if (!entry) return failure(json::below(std::to_string(document.entries_.size()), entry.error()));
+    const std::string place = std::to_string(document.entries_.size());
+    if (!entry) return failure(json::below(place, entry.error()));
+    if (!takeIdentifiers(*entry, identifiers)) return failure(JsonError{JsonFault::malformed, place});
     document.entries_.push_back(*std::move(entry));
     document.texts_.emplace_back(*element);
   }

@@ -14,7 +14,8 @@ namespace quorvane {
 /// of what changed only.
 class HistoryDocument {
  public:
-  /// Reads a JSON array of entries. An entry that does not have their form refuses the whole text.
+  /// Reads a JSON array of entries. An entry that does not have their form, or an identifier that
+  /// names two things, refuses the whole text.
   static Outcome<HistoryDocument, JsonError> decode(std::string_view text);
 
   /// Newest first.

@@ -67,6 +67,8 @@ Outcome<void, RecoveryStoreError> HistoryJournalFile::write(
   std::size_t size = 0;
   for (const std::string_view piece : pieces) size += piece.size();
   if (size > largestFile) return refused(RecoveryStoreFault::tooLarge, fileURL_);
+  if (!isStillLockedBy(*fileSystem_, lease_.number(), directory_.number(), name_ + ".lock"))
+    return refused(RecoveryStoreFault::untrustedLock, {fileURL_.bytes + ".lock"});
   const auto written = replaceFile(*fileSystem_, directory_.number(), name_, pieces, random_->uuid(), beforeRename);
   if (!written) return refused(RecoveryStoreFault::notWritten, fileURL_, written.error());
   return {};

@@ -69,8 +69,8 @@ Date HistoryStore::dateOfNewRun(const OpenHistory& history) const {
   return date;
 }
 
-Outcome<RecoveryBatchResult, RecoveryStoreError> HistoryStore::restore(const std::vector<RecoveryReference>& references,
-                                                                       const RestoreOptions& options) {
+Outcome<RestoreReport, RecoveryStoreError> HistoryStore::restore(const std::vector<RecoveryReference>& references,
+                                                                 const RestoreOptions& options) {
   auto history = open();
   if (!history) return failure(history.error());
   return Restoration(services_, **history, options).perform(references);

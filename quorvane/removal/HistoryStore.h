@@ -34,8 +34,18 @@ struct HistoryView {
   bool isInFlight = false;                    ///< another run holds the lock: the pending items are its own
 };
 
+/// What came of a restore.
+struct RestoreReport {
+  RecoveryBatchResult result;
+  /// The history became unavailable in between: no more was put back, and items that were may read as under way until
+  /// the next start.
+  std::optional<RecoveryStoreError> interruption = std::nullopt;
+};
+
 struct RestoreOptions {
   RestoreConflictPolicy onConflict = RestoreConflictPolicy::skip;
+  /// Where items may go, links resolved; nothing outside of it is restored. None: anywhere.
+  std::optional<FilePath> confinedTo = std::nullopt;
   StopToken stop = {};  ///< ends the batch after the item in hand
   std::function<void(std::size_t done, std::size_t count)> progressed = {};
 };
@@ -59,9 +69,10 @@ class HistoryStore {
   Date dateOfNewRun(const OpenHistory& history) const;
 
   /// Puts items back where they were, in their order, and goes on after a failure. References that name nothing count
-  /// as failed. After a stop the items that were not begun count neither way.
-  Outcome<RecoveryBatchResult, RecoveryStoreError> restore(const std::vector<RecoveryReference>& references,
-                                                           const RestoreOptions& options);
+  /// as failed. After a stop the items that were not begun count neither way. Fails only where nothing was put back;
+  /// later, the items that are left count as failed.
+  Outcome<RestoreReport, RecoveryStoreError> restore(const std::vector<RecoveryReference>& references,
+                                                     const RestoreOptions& options);
 
  private:
   Outcome<HistoryView, RecoveryStoreError> loadUnlocked();

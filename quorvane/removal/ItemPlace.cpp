@@ -1,16 +1,14 @@
 #include "quorvane/removal/ItemPlace.h"
 
 #include <cerrno>
+#include <tuple>
 
 namespace quorvane {
 
 Outcome<ItemPlace, PosixError> placeOf(FileSystem& fileSystem, const FilePath& path) {
   const bool canHaveFolder = isAbsolute(path.bytes) && path == standardised(path) && path.bytes != "/";
   if (!canHaveFolder) return failure(PosixError{EINVAL});
-  auto folder = fileSystem.openStartingFolder({"/"});
-  const FilePath above = parentOf(path);
-  if (folder && above.bytes != "/")
-    folder = openFolderBelow(fileSystem, folder->number(), std::string_view(above.bytes).substr(1));
+  auto folder = fileSystem.openRealFolder(parentOf(path));
   if (!folder) return failure(folder.error());
   return ItemPlace{*std::move(folder), std::string(leafOf(path))};
 }
@@ -19,6 +17,15 @@ Outcome<FileIdentity, PosixError> identityAt(FileSystem& fileSystem, const ItemP
   const auto status = fileSystem.status(place.folder.number(), place.name.c_str());
   if (!status) return failure(status.error());
   return identityOf(*status);
+}
+
+bool isUnchanged(const FileStatus& proven, const FileStatus& now) {
+  const auto content = [](const FileStatus& status) {
+    return std::tuple(status.size, status.modified, status.permissions, status.owner, status.group);
+  };
+  const bool hasOneName = proven.isFolder() || (proven.linkCount == 1 && now.linkCount == 1);
+  return identityOf(proven) == identityOf(now) && content(proven) == content(now) &&
+         (!hasOneName || proven.changed == now.changed);
 }
 
 Outcome<FileIdentity, PosixError> readIdentity(FileSystem& fileSystem, const FilePath& path) {

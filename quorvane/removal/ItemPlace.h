@@ -21,6 +21,10 @@ Outcome<ItemPlace, PosixError> placeOf(FileSystem& fileSystem, const FilePath& p
 /// What stands at a place.
 Outcome<FileIdentity, PosixError> identityAt(FileSystem& fileSystem, const ItemPlace& place);
 
+/// Whether an object is the one that was proved, and nobody changed the object itself since. Of an object with several
+/// names the status-change time does not count, since moving one of them changes it for all.
+bool isUnchanged(const FileStatus& proven, const FileStatus& now);
+
 /// What stands at a path, links not followed at any level.
 Outcome<FileIdentity, PosixError> readIdentity(FileSystem& fileSystem, const FilePath& path);
 

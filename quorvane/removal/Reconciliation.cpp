@@ -37,9 +37,15 @@ void countMoved(CleaningHistoryEntry& entry) {
 }  // namespace
 
 Outcome<void, RecoveryStoreError> Reconciliation::perform() {
+  const auto& entries = history_.document().entries();
+  const auto holdsPending = [](const CleaningHistoryEntry& entry) {
+    return std::ranges::any_of(entry.items, isPending);
+  };
+  if (std::ranges::none_of(entries, holdsPending)) return {};
+  claimRecorded();
   OpenHistory::Change change;
-  for (const CleaningHistoryEntry& entry : history_.document().entries()) {
-    if (std::ranges::none_of(entry.items, isPending)) continue;
+  for (const CleaningHistoryEntry& entry : entries) {
+    if (!holdsPending(entry)) continue;
     CleaningHistoryEntry settled = entry;
     bool isChanged = false;
     for (CleaningHistoryItem& item : settled.items) {
@@ -55,22 +61,32 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
   return history_.write(std::move(change));
 }
 
+void Reconciliation::claimRecorded() {
+  for (const CleaningHistoryEntry& entry : history_.document().entries())
+    for (const CleaningHistoryItem& item : entry.items)
+      if (isInTrash(item)) claimed_.insert(*item.trashedPath);
+}
+
 bool Reconciliation::settleMove(CleaningHistoryItem& item, Date date) {
   const CleanupMoveIntent& intent = *item.pendingCleanup;
   const auto source = readIdentity(services_.fileSystem, item.originalPath);
-  if (!source && !source.error().isMissing()) return false;
+  // A link or a file in the way means that the item is not there, either.
+  const bool isGone = !source && (source.error().isMissing() || source.error().isOtherKind());
+  if (!source && !isGone) return false;
   const bool isInPlace = source && *source == intent.identity;
   if (!isInPlace) {
     // What stands there now may have been made after the item was moved: programs make their caches again.
     auto lookup = lookup_.find(intent);
     auto* files = std::get_if<TrashLookup::Files>(&lookup);
     if (files == nullptr) return false;
+    const FilePath directory = files->trash.folder->directory();
+    std::erase_if(files->leaves, [&](const std::string& leaf) { return claimed_.contains(joined(directory, leaf)); });
     if (!files->leaves.empty()) return settleInTrash(item, *files, date);
   }
   if (intent.externalMoveRequested.value_or(false)) return false;
   forgetUnfinished(item, date);
   item.pendingCleanup.reset();
-  if (!source) {
+  if (!source && source.error().isMissing()) {
     item.failureReason = services_.texts(messageKey(MoveFailure(source.error())));
     item.failureCategory = CleanupFailureCategory::missing;
   }
@@ -84,6 +100,7 @@ bool Reconciliation::settleInTrash(CleaningHistoryItem& item, TrashLookup::Files
   if (!status) return false;
   (void)trash.ensureNote(leaf, noteOf(item, date));  // the item itself is safe without
   markMovedToTrash(item, joined(trash.directory(), leaf), identityOf(*status));
+  claimed_.insert(*item.trashedPath);
   return true;
 }
 
@@ -96,25 +113,25 @@ void Reconciliation::forgetUnfinished(const CleaningHistoryItem& item, Date date
 bool Reconciliation::settleRestore(CleaningHistoryItem& item) {
   if (!item.trashedPath || !item.trashIdentity) return false;
   const auto trash = lookup_.open(parentOf(*item.trashedPath), item.trashLocation);
-  if (!trash) return false;
-  const std::string leaf(leafOf(*item.trashedPath));
+  const AnchorMatch volume = trash ? trash->volume : AnchorMatch::exact;
   const auto isItem = [&](const Outcome<FileIdentity, PosixError>& found) {
-    return found && isSameObject(*item.trashIdentity, *found, trash->volume);
+    return found && isSameObject(*item.trashIdentity, *found, volume);
   };
   const auto inTrash = readIdentity(services_.fileSystem, *item.trashedPath);
   const auto inPlace = readIdentity(services_.fileSystem, *item.pendingRestorePath);
   if (!inTrash && !inTrash.error().isMissing()) return false;
-  if (!inPlace && !inPlace.error().isMissing()) return false;
   item.restoreAttemptedAt = wholeSeconds(services_.clock.now());
   if (!inTrash && isItem(inPlace)) {
-    (void)trash->folder->forget(leaf);  // the item is back whatever becomes of its note
+    if (trash) (void)trash->folder->forget(std::string(leafOf(*item.trashedPath)));  // the item is back without, too
     markRestored(item, *item.pendingRestorePath, *item.restoreAttemptedAt);
-  } else {
-    item.restoreFailure = isItem(inTrash) ? RecoveryFailure::other
-                          : inTrash       ? RecoveryFailure::changed
-                                          : RecoveryFailure::missing;
-    item.pendingRestorePath.reset();
+    return true;
   }
+  const bool isPlaceKnown = inPlace || inPlace.error().isMissing();
+  if (!trash || !isPlaceKnown) return false;
+  item.restoreFailure = isItem(inTrash) ? RecoveryFailure::other
+                        : inTrash       ? RecoveryFailure::changed
+                                        : RecoveryFailure::missing;
+  item.pendingRestorePath.reset();
   return true;
 }
 

@@ -3,6 +3,8 @@
 #include "quorvane/removal/OpenHistory.h"
 #include "quorvane/removal/TrashLookup.h"
 
+#include <set>
+
 namespace quorvane {
 
 /// Settles what earlier runs left pending, by looking where each item is now. Only what is certain is settled, all of
@@ -20,12 +22,14 @@ class Reconciliation {
   bool settleMove(CleaningHistoryItem& item, Date date);
   bool settleRestore(CleaningHistoryItem& item);
 
+  void claimRecorded();
   bool settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files, Date date);
   void forgetUnfinished(const CleaningHistoryItem& item, Date date);
 
   const MoveServices& services_;
   OpenHistory& history_;
   TrashLookup lookup_;
+  std::set<FilePath> claimed_;  ///< paths in the Trash that a record names
 };
 
 }  // namespace quorvane

@@ -3,6 +3,7 @@
 #include "quorvane/base/SortUniquely.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace quorvane {
 
@@ -14,6 +15,9 @@ std::vector<FilePath> namesOf(FileSystem& fileSystem, const FilePath& path) {
   if (auto resolved = fileSystem.resolved(names.front())) names.push_back(*std::move(resolved));
   return names;
 }
+
+/// What lies in a Trash is removed already.
+bool isVolumeTrash(std::string_view component) { return component == ".Trash" || component.starts_with(".Trash-"); }
 
 std::vector<FilePath> canonicalPathsOf(const std::vector<IgnoreRule>& rules) {
   std::vector<FilePath> paths;
@@ -40,28 +44,46 @@ RemovalGuard::RemovalGuard(FileSystem& fileSystem, GuardedPlaces places)
     : fileSystem_(fileSystem),
       homes_(namesOf(fileSystem, places.home)),
       ownData_(namesOf(fileSystem, places.applicationSupport)),
-      ownObjects_(objectsAbove(fileSystem, homes_)),
       ignored_(canonicalPathsOf(places.ignoreRules)),
       mountPoints_(std::move(places.mountPoints)) {
-  ownObjects_.merge(objectsAbove(fileSystem, ownData_));
+  std::ranges::move(namesOf(fileSystem, places.trash), std::back_inserter(ownData_));
+  ownObjects_ = objectsAbove(homes_);
+  ownObjects_.merge(objectsAbove(ownData_));
+  for (const FilePath& own : ownData_)
+    if (const auto object = objectAt(own)) ownFolders_.insert(*object);
 }
 
-std::set<RemovalGuard::Object> RemovalGuard::objectsAbove(FileSystem& fileSystem, const std::vector<FilePath>& places) {
+std::optional<RemovalGuard::Object> RemovalGuard::objectAt(const FilePath& folder) const {
+  const auto opened = fileSystem_.openStartingFolder(folder);
+  if (!opened) return std::nullopt;
+  const auto status = fileSystem_.status(opened->number());
+  return status ? std::optional(Object{status->device, status->inode}) : std::nullopt;
+}
+
+std::set<RemovalGuard::Object> RemovalGuard::objectsAbove(const std::vector<FilePath>& places) const {
   std::set<Object> objects;
-  for (FilePath place : places) {
-    for (; place.bytes != "/"; place = parentOf(place)) {
-      const auto folder = fileSystem.openStartingFolder(place);
-      const auto status = folder ? fileSystem.status(folder->number()) : failure(folder.error());
-      if (status) objects.emplace(status->device, status->inode);
-    }
-  }
+  for (FilePath place : places)
+    for (; place.bytes != "/"; place = parentOf(place))
+      if (const auto object = objectAt(place)) objects.insert(*object);
   return objects;
 }
 
-Outcome<FilePath, RemovalRefusal> RemovalGuard::admitted(const FilePath& path) const {
+/// Items of one folder follow each other.
+bool RemovalGuard::isInOwnObject(const FilePath& folder) {
+  if (lastInside_ && lastInside_->first == folder) return lastInside_->second;
+  bool isInside = false;
+  for (FilePath above = folder; above.bytes != "/" && !isInside; above = parentOf(above)) {
+    const auto object = objectAt(above);
+    isInside = object && ownFolders_.contains(*object);
+  }
+  lastInside_ = {folder, isInside};
+  return isInside;
+}
+
+Outcome<FilePath, RemovalRefusal> RemovalGuard::admitted(const FilePath& path) {
   const bool isStandard = isAbsolute(path.bytes) && path == standardised(path) && path.bytes != "/";
   if (!isStandard) return failure(protectedRefusal());
-  const auto folder = fileSystem_.resolved(parentOf(path));
+  const auto folder = resolvedFolder(parentOf(path));
   if (!folder) return failure(refusalOfPath(folder.error()));
   FilePath canonicalPath = joined(*folder, leafOf(path));
   if (isOwn(canonicalPath)) return failure(protectedRefusal());
@@ -70,7 +92,17 @@ Outcome<FilePath, RemovalRefusal> RemovalGuard::admitted(const FilePath& path) c
   return canonicalPath;
 }
 
+/// Items of one folder follow each other. Should it become another one meanwhile, a link stands in the way when the
+/// item is opened by its canonical path.
+Outcome<FilePath, PosixError> RemovalGuard::resolvedFolder(const FilePath& folder) {
+  if (lastFolder_ && lastFolder_->first == folder) return lastFolder_->second;
+  auto resolved = fileSystem_.resolved(folder);
+  if (resolved) lastFolder_ = {folder, *resolved};
+  return resolved;
+}
+
 bool RemovalGuard::isOwn(const FilePath& canonicalPath) const {
+  if (std::ranges::any_of(componentsOf(canonicalPath.bytes), isVolumeTrash)) return true;
   const auto holds = [&](const FilePath& place) { return isAtOrBelow(place, canonicalPath); };
   const auto touches = [&](const FilePath& place) { return overlap(place, canonicalPath); };
   return std::ranges::any_of(homes_, holds) || std::ranges::any_of(ownData_, touches);
@@ -88,11 +120,11 @@ bool RemovalGuard::isCovered(FilePath path) const {
   return true;
 }
 
-std::optional<RemovalRefusal> RemovalGuard::refusalOfObject(const ItemPlace& place,
-                                                            const FilePath& canonicalPath) const {
+std::optional<RemovalRefusal> RemovalGuard::refusalOfObject(const ItemPlace& place, const FilePath& canonicalPath) {
   const auto status = fileSystem_.status(place.folder.number(), place.name.c_str());
   if (!status) return refusalOfPath(status.error());
-  if (ownObjects_.contains({status->device, status->inode})) return protectedRefusal();
+  const bool isOwnObject = ownObjects_.contains({status->device, status->inode});
+  if (isOwnObject || isInOwnObject(parentOf(canonicalPath))) return protectedRefusal();
   if (status->isLink() && leadsToIgnored(canonicalPath)) return refusalOf(FileProtectionError::ignored);
   return std::nullopt;
 }
@@ -102,23 +134,6 @@ bool RemovalGuard::leadsToIgnored(const FilePath& link) const {
   if (ignored_.empty()) return false;
   const auto target = fileSystem_.resolved(link);
   return target && isCovered(*target);
-}
-
-bool TrashGuard::isTrash(const ItemPlace& place, const FilePath& canonicalPath) {
-  const auto folder = fileSystem_.status(place.folder.number());
-  if (!folder) return false;
-  const auto [known, isNew] = trashes_.try_emplace({folder->mount, folder->device});
-  if (isNew) known->second = trashFor(canonicalPath);
-  return known->second && overlap(*known->second, canonicalPath);
-}
-
-/// The folder around the one that holds the items has their notes, unless that is the home itself.
-std::optional<FilePath> TrashGuard::trashFor(const FilePath& canonicalPath) {
-  const auto trash = trash_.folderFor(canonicalPath);
-  if (!trash) return std::nullopt;
-  const FilePath& directory = (*trash)->directory();
-  const FilePath around = parentOf(directory);
-  return isAtOrBelow(canonicalHome_, around) ? directory : around;
 }
 
 }  // namespace quorvane

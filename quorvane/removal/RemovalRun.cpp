@@ -11,9 +11,18 @@ namespace {
 constexpr std::int64_t mostBytesOfBatch = std::int64_t{1} << 30;
 constexpr std::chrono::seconds oldestUse{1};
 
-CleaningHistoryItem pendingItem(const RemovalRequest& request, const FilePath& canonicalPath, std::int64_t size) {
+RemovalRefusal uncertainRefusal() { return {"cleanup.failure.uncertain", CleanupFailureCategory::other}; }
+
+/// Of an item that is not there any more: it went with another one, or just is not.
+RemovalRefusal refusalOfGone(const TakenPlaces& moved, const FilePath& canonicalPath) {
+  if (moved.covers(parentOf(canonicalPath))) return {"cleanup.failure.inside", CleanupFailureCategory::missing};
+  return refusalOf(PosixError{ENOENT});
+}
+
+CleaningHistoryItem pendingItem(const RemovalRequest& request, const Uuid& id, const FilePath& canonicalPath,
+                                std::int64_t size) {
   CleaningHistoryItem item;
-  item.id = request.id;
+  item.id = id;
   item.name = request.name;
   item.originalPath = canonicalPath;
   item.size = size;
@@ -23,12 +32,8 @@ CleaningHistoryItem pendingItem(const RemovalRequest& request, const FilePath& c
 
 }  // namespace
 
-RemovalRun::RemovalRun(const RemovalServices& services, const RemovalGuard& guard, Task task)
-    : services_(services),
-      guard_(guard),
-      trashGuard_(services.moves.fileSystem, services.moves.trash, guard.home()),
-      task_(std::move(task)),
-      journal_(services.moves) {}
+RemovalRun::RemovalRun(const RemovalServices& services, RemovalGuard& guard, Task task)
+    : services_(services), guard_(guard), task_(std::move(task)), journal_(services.moves) {}
 
 Outcome<RemovalReport, RemovalError> RemovalRun::perform() {
   while (next_ < task_.requests.size() && !isStopped()) {
@@ -37,7 +42,8 @@ Outcome<RemovalReport, RemovalError> RemovalRun::perform() {
     if (task_.options.isRehearsal) {
       std::ranges::transform(batch, std::back_inserter(report_.wouldMove), &Candidate::index);
     } else if (const auto moved = move(batch); !moved) {
-      if (report_.movedCount == 0) return failure(RemovalError(moved.error()));
+      const bool isUntouched = report_.movedCount == 0 && report_.entries.empty();
+      if (isUntouched) return failure(RemovalError(moved.error()));
       refuseRest(batch, moved.error());
     }
   }
@@ -77,6 +83,7 @@ Outcome<RemovalRun::Candidate, RemovalRefusal> RemovalRun::admitted(std::size_t 
   const bool isElsewhere = request.snapshot && request.snapshot->canonicalPath != *canonicalPath;
   if (isElsewhere || identifiers_.contains(request.id)) return failure(refusalOf(FileProtectionError::changed));
   auto place = placeOf(services_.moves.fileSystem, *canonicalPath);
+  if (!place && place.error().isMissing()) return failure(refusalOfGone(moved_, *canonicalPath));
   if (!place) return failure(refusalOfPath(place.error()));
   Candidate candidate{.index = index, .canonicalPath = *std::move(canonicalPath), .place = *std::move(place)};
   if (auto refusal = refusalOfPlace(candidate)) return failure(*std::move(refusal));
@@ -85,12 +92,10 @@ Outcome<RemovalRun::Candidate, RemovalRefusal> RemovalRun::admitted(std::size_t 
 
 std::optional<RemovalRefusal> RemovalRun::refusalOfPlace(const Candidate& candidate) {
   if (auto refusal = guard_.refusalOfObject(candidate.place, candidate.canonicalPath)) return refusal;
-  if (!task_.options.isRehearsal)
-    return trashGuard_.isTrash(candidate.place, candidate.canonicalPath) ? std::optional(protectedRefusal())
-                                                                         : std::nullopt;
+  if (!task_.options.isRehearsal) return std::nullopt;
   // What was found to be movable before would have gone by now.
   const bool isGone = taken_.covers(candidate.canonicalPath);
-  if (isGone) return refusalOf(PosixError{ENOENT});
+  if (isGone) return refusalOfGone(taken_, candidate.canonicalPath);
   if (!taken_.take(candidate.canonicalPath)) return refusalOf(FileProtectionError::changed);
   return std::nullopt;
 }
@@ -115,6 +120,7 @@ void RemovalRun::prove(Batch& batch) {
       continue;
     }
     batch[i].size = outcome->allocatedBytes;
+    batch[i].proven = outcome->root;
     proved.push_back(std::move(batch[i]));
   }
   batch = std::move(proved);
@@ -134,8 +140,8 @@ std::optional<RemovalRefusal> RemovalRun::refusalOfTree(const Candidate& candida
 std::optional<RemovalRefusal> RemovalRun::refusalOfUse(const FilePath& canonicalPath) {
   const Clock& clock = services_.moves.clock;
   if (!inUse_ || clock.uptime() - inUseReadAt_ > oldestUse) {
-    inUse_.emplace(services_.processReader.read());
     inUseReadAt_ = clock.uptime();
+    inUse_.emplace(services_.processReader.read());
   }
   if (!inUse_->couldReadProcesses()) return refusalOf(FileProtectionError::fileUseUnavailable);
   if (inUse_->isInUse(canonicalPath)) return refusalOf(FileProtectionError::fileInUse);
@@ -147,7 +153,9 @@ Outcome<void, RecoveryStoreError> RemovalRun::move(const Batch& batch) {
   const auto availableBefore = availableBytes(batch);
   std::vector<CleanupMoveJournal::Request> requests;
   for (const Candidate& each : batch)
-    requests.push_back({.item = pendingItem(task_.requests[each.index], each.canonicalPath, each.size)});
+    requests.push_back(
+        {.item = pendingItem(task_.requests[each.index], identifierOf(each), each.canonicalPath, each.size),
+         .proven = each.proven});
   auto transaction = journal_.begin(task_.history, std::move(requests), task_.options.source, task_.date);
   if (!transaction) return failure(transaction.error());
   perform(*transaction, batch);
@@ -155,11 +163,18 @@ Outcome<void, RecoveryStoreError> RemovalRun::move(const Batch& batch) {
   return {};
 }
 
+/// That of the review, unless an earlier run used it: the same review may be acted upon again after an undo.
+Uuid RemovalRun::identifierOf(const Candidate& candidate) {
+  const Uuid& reviewed = task_.requests[candidate.index].id;
+  return task_.history->document().find(reviewed) == nullptr ? reviewed : services_.random.uuid();
+}
+
 void RemovalRun::perform(CleanupMoveJournal::Transaction& transaction, const Batch& batch) {
   for (std::size_t i = 0; i < batch.size() && !isStopped(); ++i) {
     if (const auto failed = transaction.perform(i)) {
-      refuse(batch[i].index, refusalOf(*failed));
+      refuse(batch[i].index, transaction.moves()[i].isUncertain() ? uncertainRefusal() : refusalOf(*failed));
     } else {
+      moved_.take(batch[i].canonicalPath);
       ++report_.movedCount;
       report_.movedBytes += batch[i].size;
       noteDone(batch[i].index);

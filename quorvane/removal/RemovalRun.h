@@ -27,7 +27,7 @@ class RemovalRun {
     Date date;                             ///< of the run
   };
 
-  RemovalRun(const RemovalServices& services, const RemovalGuard& guard, Task task);
+  RemovalRun(const RemovalServices& services, RemovalGuard& guard, Task task);
 
   Outcome<RemovalReport, RemovalError> perform();
 
@@ -37,7 +37,8 @@ class RemovalRun {
     std::size_t index;  ///< of its request
     FilePath canonicalPath;
     ItemPlace place;
-    std::int64_t size = 0;  ///< bytes, as measured
+    std::int64_t size = 0;   ///< bytes, as measured
+    FileStatus proven = {};  ///< when it was measured
   };
   using Batch = std::vector<Candidate>;
 
@@ -51,6 +52,7 @@ class RemovalRun {
   std::optional<RemovalRefusal> refusalOfUse(const FilePath& canonicalPath);
 
   Outcome<void, RecoveryStoreError> move(const Batch& batch);
+  Uuid identifierOf(const Candidate& candidate);
   void perform(CleanupMoveJournal::Transaction& transaction, const Batch& batch);
   void record(CleanupMoveJournal::Transaction& transaction, const Batch& batch,
               std::optional<std::int64_t> availableBefore);
@@ -63,8 +65,7 @@ class RemovalRun {
   bool isStopped();
 
   const RemovalServices& services_;
-  const RemovalGuard& guard_;
-  TrashGuard trashGuard_;
+  RemovalGuard& guard_;
   Task task_;
   CleanupMoveJournal journal_;
 
@@ -72,6 +73,7 @@ class RemovalRun {
   std::size_t doneCount_ = 0;
   std::set<Uuid> identifiers_;
   TakenPlaces taken_;  ///< of one batch; of all in a rehearsal
+  TakenPlaces moved_;
   std::optional<InUseIndex> inUse_;
   std::chrono::steady_clock::time_point inUseReadAt_;
   RemovalReport report_;

@@ -4,7 +4,16 @@
 #include "quorvane/removal/RemovalGuard.h"
 #include "quorvane/removal/RemovalRun.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace quorvane {
+
+namespace {
+
+constexpr std::size_t pathsAtOnce = 64;  // each keeps its folder open
+
+}  // namespace
 
 RemovalRefusal refusalOf(const MoveFailure& failure) { return {messageKey(failure), categoryOf(failure)}; }
 
@@ -21,8 +30,8 @@ Outcome<RemovalReport, RemovalError> Remover::remove(const std::vector<RemovalRe
   if (!ignoreRules) return failure(RemovalError(ignoreRules.error()));
   auto mountPoints = services_.moves.volumes.mountPoints();
   if (!mountPoints) return failure(RemovalError(mountPoints.error()));
-  const RemovalGuard guard(services_.moves.fileSystem,
-                           {home_, applicationSupport_, *std::move(ignoreRules), *std::move(mountPoints)});
+  RemovalGuard guard(services_.moves.fileSystem, {home_, applicationSupport_, services_.moves.trash.homeTrash(),
+                                                  *std::move(ignoreRules), *std::move(mountPoints)});
   RemovalRun::Task task{.requests = requests, .checks = checks, .options = options, .history = {}, .date = {}};
   if (!options.isRehearsal && !requests.empty()) {
     auto history = services_.history.open();
@@ -33,34 +42,62 @@ Outcome<RemovalReport, RemovalError> Remover::remove(const std::vector<RemovalRe
   return RemovalRun(services_, guard, std::move(task)).perform();
 }
 
-Outcome<RemovalRequest, RemovalRefusal> Remover::review(const FilePath& path, StopToken stop) {
-  GuardedPlaces places{home_, applicationSupport_};
+std::vector<ReviewOutcome> Remover::review(const std::vector<FilePath>& paths, const ReviewOptions& options) {
+  GuardedPlaces places{home_, applicationSupport_, services_.moves.trash.homeTrash()};
   if (auto ignoreRules = services_.ignoreStore.load()) places.ignoreRules = *std::move(ignoreRules);
   if (auto mountPoints = services_.moves.volumes.mountPoints()) places.mountPoints = *std::move(mountPoints);
-  const RemovalGuard guard(services_.moves.fileSystem, std::move(places));
+  RemovalGuard guard(services_.moves.fileSystem, std::move(places));
+  std::vector<ReviewOutcome> reviewed;
+  for (std::size_t at = 0; at < paths.size() && !options.stop.stopRequested(); at += pathsAtOnce) {
+    if (options.progressed) options.progressed(at, paths.size(), paths[at]);
+    const std::size_t count = std::min(pathsAtOnce, paths.size() - at);
+    std::ranges::move(reviewTogether(guard, std::span(paths).subspan(at, count), options.stop),
+                      std::back_inserter(reviewed));
+  }
+  return reviewed;
+}
+
+std::vector<ReviewOutcome> Remover::reviewTogether(RemovalGuard& guard, std::span<const FilePath> paths,
+                                                   const StopToken& stop) {
+  std::vector<ReviewOutcome> reviewed;
+  std::vector<ItemPlace> places;
+  std::vector<TreeRoot> roots;
+  for (const FilePath& path : paths) {
+    auto request = admitted(guard, path, places);
+    if (request) roots.push_back({places.back().folder.number(), places.back().name});
+    reviewed.push_back(std::move(request));
+  }
+  WalkRequest walk;
+  walk.stop = stop;
+  const auto outcomes = services_.walker.measure(roots, walk);
+  auto outcome = outcomes.begin();
+  for (ReviewOutcome& each : reviewed)
+    if (each) each = measured(*std::move(each), *outcome++);
+  if (stop.stopRequested()) reviewed.clear();
+  return reviewed;
+}
+
+/// The request without its measurement; its place is added to the open ones.
+ReviewOutcome Remover::admitted(RemovalGuard& guard, const FilePath& path, std::vector<ItemPlace>& places) {
   const auto canonicalPath = guard.admitted(path);
   if (!canonicalPath) return failure(canonicalPath.error());
-  const auto tree = measured(guard, *canonicalPath, std::move(stop));
-  if (!tree) return failure(tree.error());
+  auto place = placeOf(services_.moves.fileSystem, *canonicalPath);
+  if (!place) return failure(refusalOfPath(place.error()));
+  if (auto refusal = guard.refusalOfObject(*place, *canonicalPath)) return failure(*std::move(refusal));
+  places.push_back(*std::move(place));
   return RemovalRequest{.id = services_.random.uuid(),
                         .name = withReplacedInvalidUtf8(leafOf(path)),
                         .path = path,
-                        .size = tree->allocatedBytes,
-                        .snapshot = snapshotOf(*tree, *canonicalPath)};
+                        .size = 0,
+                        .snapshot = FileTreeSnapshot{{}, *canonicalPath, {}}};
 }
 
-Outcome<TreeMeasurement, RemovalRefusal> Remover::measured(const RemovalGuard& guard, const FilePath& canonicalPath,
-                                                           StopToken stop) {
-  const auto place = placeOf(services_.moves.fileSystem, canonicalPath);
-  if (!place) return failure(refusalOfPath(place.error()));
-  if (auto refusal = guard.refusalOfObject(*place, canonicalPath)) return failure(*std::move(refusal));
-  WalkRequest walk;
-  walk.stop = std::move(stop);
-  auto outcomes = services_.walker.measure({{place->folder.number(), place->name}}, walk);
-  TreeOutcome& tree = outcomes.front();
+ReviewOutcome Remover::measured(RemovalRequest request, const TreeOutcome& tree) {
   if (!tree) return failure(refusalOfPath(tree.error()));
   if (auto refusal = refusalOfUnproved(*tree)) return failure(*std::move(refusal));
-  return *std::move(tree);
+  request.size = tree->allocatedBytes;
+  request.snapshot = snapshotOf(*tree, request.snapshot->canonicalPath);
+  return request;
 }
 
 }  // namespace quorvane

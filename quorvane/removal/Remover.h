@@ -90,6 +90,14 @@ struct RemovalServices {
   RandomSource& random;
 };
 
+/// What is known of a path that a person named: the request for it, or why it can never be removed.
+using ReviewOutcome = Outcome<RemovalRequest, RemovalRefusal>;
+
+struct ReviewOptions {
+  StopToken stop = {};
+  std::function<void(std::size_t done, std::size_t count, const FilePath& path)> progressed = {};
+};
+
 class RemovalGuard;
 
 /// The one road by which anything goes to the Trash.
@@ -108,14 +116,16 @@ class Remover {
   Outcome<RemovalReport, RemovalError> remove(const std::vector<RemovalRequest>& requests, const RemovalChecks& checks,
                                               const RemovalOptions& options);
 
-  /// What `remove` would want to know of a path that a person names: the request for it under a fresh identifier, with
-  /// its size and snapshot as they are now, or why it can never be removed. Rules that cannot be read are left to
-  /// `remove`, which then refuses everything.
-  Outcome<RemovalRequest, RemovalRefusal> review(const FilePath& path, StopToken stop);
+  /// What `remove` would want to know of paths that a person names, in their order: the requests under fresh
+  /// identifiers, with size and snapshot as they are now. Rules that cannot be read are left to `remove`, which then
+  /// refuses everything. After a stop the last paths are left out.
+  std::vector<ReviewOutcome> review(const std::vector<FilePath>& paths, const ReviewOptions& options);
 
  private:
-  Outcome<TreeMeasurement, RemovalRefusal> measured(const RemovalGuard& guard, const FilePath& canonicalPath,
-                                                    StopToken stop);
+  std::vector<ReviewOutcome> reviewTogether(RemovalGuard& guard, std::span<const FilePath> paths,
+                                            const StopToken& stop);
+  ReviewOutcome admitted(RemovalGuard& guard, const FilePath& path, std::vector<ItemPlace>& places);
+  static ReviewOutcome measured(RemovalRequest request, const TreeOutcome& tree);
 
   RemovalServices services_;
   FilePath home_;

@@ -3,6 +3,7 @@
 #include "quorvane/removal/RestoredName.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <iterator>
 
@@ -31,16 +32,20 @@ RecoveryFailure trashFailure(PosixError error) {
 
 }  // namespace
 
-Outcome<RecoveryBatchResult, RecoveryStoreError> Restoration::perform(
-    const std::vector<RecoveryReference>& references) {
+Outcome<RestoreReport, RecoveryStoreError> Restoration::perform(const std::vector<RecoveryReference>& references) {
   count_ = references.size();
+  std::optional<RecoveryStoreError> interruption;
   std::span<const RecoveryReference> left(references);
-  while (!left.empty() && !options_.stop.stopRequested()) {
+  while (!left.empty() && !options_.stop.stopRequested() && !interruption) {
     const std::size_t size = sizeOfBatch(left);
-    if (auto done = restore(left.first(size)); !done) return failure(done.error());
+    const auto done = restore(left.first(size));
     left = left.subspan(size);
+    if (done) continue;
+    if (!hasMoved_) return failure(done.error());
+    interruption = done.error();
+    failedCount_ = static_cast<std::int64_t>(count_) - restoredCount_;
   }
-  return resultFor(references);
+  return RestoreReport{resultFor(references), interruption};
 }
 
 /// An item that goes into, or in the place of, another one has to wait until that is back.
@@ -64,6 +69,8 @@ Outcome<void, RecoveryStoreError> Restoration::restore(std::span<const RecoveryR
     if (!each.failure && options_.stop.stopRequested()) break;
     if (!each.failure) each.failure = move(*itemOf(each.reference), each);
     each.isDone = !each.failure;
+    hasMoved_ = hasMoved_ || each.isDone;
+    if (each.isDone) ++restoredCount_;
     ++doneCount_;
     if (options_.progressed) options_.progressed(doneCount_, count_);
   }
@@ -76,7 +83,7 @@ Outcome<void, RecoveryStoreError> Restoration::restore(std::span<const RecoveryR
 Restoration::Return Restoration::plan(const RecoveryReference& reference) {
   Return planned{.reference = reference};
   const CleaningHistoryItem* item = itemOf(reference);
-  if (item == nullptr || !isInTrash(*item) || !item->trashIdentity) {
+  if (item == nullptr || !isRestorable(*item) || !item->trashIdentity) {
     planned.failure = RecoveryFailure::unsupported;
   } else if (item->pendingRestorePath) {
     planned.failure = RecoveryFailure::other;  // an earlier restore of it is not settled yet
@@ -89,10 +96,23 @@ Restoration::Return Restoration::plan(const RecoveryReference& reference) {
 
 std::optional<RecoveryFailure> Restoration::findInTrash(const CleaningHistoryItem& item, Return& planned) {
   auto trash = lookup_.open(parentOf(*item.trashedPath), item.trashLocation);
-  if (!trash) return trashFailure(trash.error());
+  if (!trash) return whyNoTrash(item, trash.error());
   planned.trash = *std::move(trash);
   planned.leaf = leafOf(*item.trashedPath);
   return checkInTrash(item, planned);
+}
+
+/// A Trash that is missing may have been removed with all it held, or lie on a volume that is not there now.
+RecoveryFailure Restoration::whyNoTrash(const CleaningHistoryItem& item, PosixError error) const {
+  if (!error.isMissing() || !item.trashLocation) return trashFailure(error);
+  FilePath above = parentOf(*item.trashedPath);
+  auto folder = services_.fileSystem.openRealFolder(above);
+  for (; !folder && above.bytes != "/"; folder = services_.fileSystem.openRealFolder(above)) above = parentOf(above);
+  const auto volume = folder ? services_.volumes.identity(folder->number()) : failure(folder.error());
+  const CleanupDirectoryAnchor& recorded = *item.trashLocation;
+  const bool isSameVolume = volume && uuidText(volume->uuid) == recorded.volumeUUID &&
+                            volume->fileSystemID == std::array{recorded.fileSystemID0, recorded.fileSystemID1};
+  return isSameVolume ? RecoveryFailure::missing : RecoveryFailure::other;
 }
 
 std::optional<RecoveryFailure> Restoration::checkInTrash(const CleaningHistoryItem& item, const Return& planned) const {
@@ -103,6 +123,8 @@ std::optional<RecoveryFailure> Restoration::checkInTrash(const CleaningHistoryIt
 }
 
 std::optional<RecoveryFailure> Restoration::chooseDestination(const CleaningHistoryItem& item, Return& planned) {
+  const bool isOutside = options_.confinedTo && !isBelow(item.originalPath, *options_.confinedTo);
+  if (isOutside) return RecoveryFailure::other;
   const auto place = placeOf(services_.fileSystem, item.originalPath);
   if (!place) return parentFailure(place.error());
   std::string name = place->name;
@@ -177,7 +199,6 @@ Outcome<void, RecoveryStoreError> Restoration::record(const std::vector<Return>&
   const Date now = wholeSeconds(services_.clock.now());
   std::map<Uuid, CleaningHistoryEntry> changed;
   for (const Return& each : batch) {
-    if (each.isDone) ++restoredCount_;
     if (each.failure) ++failedCount_;
     if (itemOf(each.reference) == nullptr) continue;
     const CleaningHistoryEntry& entry = *history_.document().find(each.reference.entryID);

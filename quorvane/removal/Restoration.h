@@ -22,7 +22,7 @@ class Restoration {
   Restoration(const MoveServices& services, OpenHistory& history, const RestoreOptions& options)
       : services_(services), history_(history), options_(options), lookup_(services) {}
 
-  Outcome<RecoveryBatchResult, RecoveryStoreError> perform(const std::vector<RecoveryReference>& references);
+  Outcome<RestoreReport, RecoveryStoreError> perform(const std::vector<RecoveryReference>& references);
 
  private:
   /// One item on its way back.
@@ -42,6 +42,7 @@ class Restoration {
 
   Return plan(const RecoveryReference& reference);
   std::optional<RecoveryFailure> findInTrash(const CleaningHistoryItem& item, Return& planned);
+  RecoveryFailure whyNoTrash(const CleaningHistoryItem& item, PosixError error) const;
   std::optional<RecoveryFailure> chooseDestination(const CleaningHistoryItem& item, Return& planned);
   std::optional<RecoveryFailure> move(const CleaningHistoryItem& item, Return& planned);
   std::optional<RecoveryFailure> verify(const CleaningHistoryItem& item, Return& planned, ItemPlace& place);
@@ -60,6 +61,7 @@ class Restoration {
   TrashLookup lookup_;
   std::map<FilePath, FileDescriptor> filledFolders_;  ///< that items came back to, to be brought to the disk
   std::set<FilePath> destinations_;                   ///< chosen in this batch
+  bool hasMoved_ = false;
   std::int64_t restoredCount_ = 0;
   std::int64_t failedCount_ = 0;
   std::size_t doneCount_ = 0;

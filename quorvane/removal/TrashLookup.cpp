@@ -52,12 +52,10 @@ const std::optional<std::vector<TrashLookup::Listed>>& TrashLookup::listing(Tras
 }
 
 std::optional<std::vector<TrashLookup::Listed>> TrashLookup::list(TrashFolder& folder) {
-  FolderListing listing;
-  if (!services_.fileSystem.list(folder.descriptor(), listing)) return std::nullopt;
-  if (listing.entries().size() > mostEntries) return std::nullopt;
+  auto names = services_.fileSystem.names(folder.descriptor(), mostEntries);
+  if (!names) return std::nullopt;
   std::vector<Listed> listed;
-  for (const FolderEntry& entry : listing.entries()) {
-    std::string leaf(listing.nameOf(entry));
+  for (std::string& leaf : *names) {
     const auto status = services_.fileSystem.status(folder.descriptor(), leaf.c_str());
     if (!status) return std::nullopt;
     listed.push_back({std::move(leaf), identityOf(*status)});

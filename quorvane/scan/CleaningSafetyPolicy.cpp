@@ -77,15 +77,18 @@ CleaningSafetyPolicy::CleaningSafetyPolicy(FileSystem& fileSystem, CleaningRules
 
 bool CleaningSafetyPolicy::allowsCleaning(const FilePath& location) const {
   if (!location.bytes.starts_with('/') || location.bytes.contains('\0')) return false;
+  const auto resolved = fileSystem_.resolved(standardised(location));
+  return resolved && allowsCleaning(location, *resolved);
+}
+
+bool CleaningSafetyPolicy::allowsCleaning(const FilePath& location, const FilePath& resolved) const {
   const FilePath given = standardised(location);
-  const auto resolved = fileSystem_.resolved(given);
-  if (!resolved) return false;
   for (std::size_t i = 0; i < rules_.containers.size(); ++i) {
     const GuardedContainer &own = rules_.containers[i], &real = resolvedRules_.containers[i];
-    if (isAtOrBelow(given, own.container) || isAtOrBelow(*resolved, real.container))
-      return isBelow(given, own.open) && isBelow(*resolved, real.open);
+    if (isAtOrBelow(given, own.container) || isAtOrBelow(resolved, real.container))
+      return isBelow(given, own.open) && isBelow(resolved, real.open);
   }
-  if (!passes(*resolved, resolvedRules_)) return false;
+  if (!passes(resolved, resolvedRules_)) return false;
   // The home may itself be known by a link, or already be resolved in the location: either spelling is its own.
   return !rules_.judgesPathAsGiven || passes(given, rules_) || passes(given, resolvedRules_);
 }

@@ -17,6 +17,9 @@ class CleaningSafetyPolicy {
   /// form has to pass, so a link out of a root does not; a path whose links cannot be resolved never does.
   bool allowsCleaning(const FilePath& location) const;
 
+  /// The same of a location whose resolved form is known.
+  bool allowsCleaning(const FilePath& location, const FilePath& resolved) const;
+
  private:
   FileSystem& fileSystem_;
   CleaningRules rules_;

@@ -40,6 +40,11 @@ std::optional<ScanCoverageReason> ReviewedPlaces::reasonLeftOut(const FilePath& 
   return found == leftOut_.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::optional<MobileBackupMetadata> ReviewedPlaces::backupMetadata(const ScanCandidate& candidate) {
+  if (candidate.rule->kind != LocationKind::deviceBackup) return std::nullopt;
+  return ground_.judge.judge(candidate, {}, {}).backupMetadata;
+}
+
 ItemVerdict ReviewedPlaces::judged(const ScanCandidate& candidate, const TreeMeasurement& tree, StopToken stop) {
   return ground_.judge.judge(candidate, tree, std::move(stop)).verdict;
 }

@@ -25,6 +25,12 @@ class ReviewedPlaces {
 
   /// Whether the path lies inside a cleaning root: `CleaningSafetyPolicy`.
   bool allowsCleaning(const FilePath& path) const { return ground_.policy.allowsCleaning(path); }
+  bool allowsCleaning(const FilePath& path, const FilePath& resolved) const {
+    return ground_.policy.allowsCleaning(path, resolved);
+  }
+
+  /// What a device backup says of itself; nothing for any other candidate.
+  std::optional<MobileBackupMetadata> backupMetadata(const ScanCandidate& candidate);
 
   /// How safe a candidate is that was measured now.
   ItemVerdict judged(const ScanCandidate& candidate, const TreeMeasurement& tree, StopToken stop);

@@ -143,11 +143,11 @@ TEST(AppModelTests, cleansAndPutsBack) {
   const auto history = model.history();
   ASSERT_TRUE(history && history->entries.size() == 1);
   const CleaningHistoryEntry& entry = history->entries.front();
-  const auto restored = ended<RecoveryBatchResult, RecoveryStoreError>(loop, [&](auto handlers) {
+  const auto restored = ended<RestoreReport, RecoveryStoreError>(loop, [&](auto handlers) {
     model.restore({{entry.id, entry.items.front().id}}, RestoreConflictPolicy::skip, std::move(handlers));
   });
   ASSERT_TRUE(restored.has_value());
-  EXPECT_EQ(restored->restoredCount, 1);
+  EXPECT_EQ(restored->result.restoredCount, 1);
   EXPECT_TRUE(home.holds(".cache/unknown/a"));
 }
 

@@ -40,7 +40,7 @@ TEST(HostileTreeTests, comesBackByteForByteAndAttributeForAttribute) {
     EXPECT_EQ(home.folder.names(".local/share/Trash/files").size(), items.size());
     std::vector<RecoveryReference> references;
     for (const CleaningHistoryEntry& entry : report.entries) references.push_back({entry.id, entry.items[0].id});
-    EXPECT_EQ(home.history.restore(references, {})->restoredCount, std::ssize(items));
+    EXPECT_EQ(home.history.restore(references, {})->result.restoredCount, std::ssize(items));
     after = listingOf(home.at("t"));
     if (items.size() > 1) before.erase(""), after.erase("");  // names left it and came again
     EXPECT_EQ(before, after);

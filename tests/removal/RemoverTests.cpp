@@ -296,8 +296,9 @@ TEST_F(RemoverTests, looksAgainAtWhatOverlaps) {
   };
   const auto requests = made();
   const auto expected = [&](const std::string& moved) {
-    const std::string changed = "protection.error.changed changedAfterScan", gone = "cleanup.failure.missing missing";
-    return std::vector<std::string>{moved, changed, moved, gone, moved, changed, moved, gone, gone};
+    const std::string changed = "protection.error.changed changedAfterScan", gone = "cleanup.failure.missing missing",
+                      inside = "cleanup.failure.inside missing";
+    return std::vector<std::string>{moved, changed, moved, gone, moved, changed, moved, inside, inside};
   };
   const auto listed = [&](const RemovalReport& report, const std::string& passed) {
     std::vector<std::string> all(requests.size(), passed);
@@ -381,9 +382,9 @@ TEST_F(RemoverTests, provesABatchShortlyBeforeItsMoves) {
     if (done == 3) home.write("item" + std::to_string(count - 1), "written while its batch is moved");
   };
   const RemovalReport report = home.remove(requests, options);
-  EXPECT_EQ(report.movedCount, static_cast<std::int64_t>(count) - 1);
-  ASSERT_THAT(report.failures, SizeIs(1));
-  EXPECT_EQ(report.failures[0].index, 1U);
+  EXPECT_EQ(report.movedCount, static_cast<std::int64_t>(count) - 2);
+  const auto changed = refusalOf(FileProtectionError::changed);
+  EXPECT_THAT(report.failures, ElementsAre(RemovalFailure{1, changed}, RemovalFailure{count - 1, changed}));
   const auto recorded = home.recorded();
   ASSERT_THAT(recorded, SizeIs(count - 1));
   EXPECT_EQ(recorded.front().items[0].originalPath, requests[count - 1].path) << "newest first";
@@ -423,21 +424,23 @@ TEST_F(RemoverTests, laterBatchesStopAtAHistoryThatCannotBeWritten) {
   EXPECT_TRUE(home.holds("b"));
 }
 
-TEST_F(RemoverTests, reviewsAPathThatAPersonNames) {
+TEST_F(RemoverTests, reviewsThePathsThatAPersonNames) {
   home.write("folder/file", std::string(10'000, 'x'));
-  home.folder.makeLink("way", "folder");
-  const auto request = home.remover.review(home.at("way/file"), {});
-  ASSERT_TRUE(request);
-  const RemovalRequest same = home.request("folder/file");
-  EXPECT_EQ(request->path, home.at("way/file"));
-  EXPECT_EQ(request->snapshot, same.snapshot);
-  EXPECT_EQ(request->size, same.size);
-  EXPECT_NE(request->id, Uuid{});
-  EXPECT_EQ(home.remover.review(home.at("absent"), {}).error(), refusalOf(PosixError{ENOENT}));
-  EXPECT_EQ(home.remover.review(home.folder.path(), {}).error(), protectedRefusal());
   home.write("odd \xff");
-  EXPECT_EQ(home.remover.review(home.at("odd \xff"), {})->name, "odd \xEF\xBF\xBD");
-  EXPECT_EQ(fateOf(*request), "moved");
+  home.folder.makeLink("way", "folder");
+  const auto reviewed =
+      home.remover.review({home.at("absent"), home.at("way/file"), home.folder.path(), home.at("odd \xff")}, {});
+  ASSERT_EQ(reviewed.size(), 4U);
+  EXPECT_EQ(reviewed[0].error(), refusalOf(PosixError{ENOENT}));
+  ASSERT_TRUE(reviewed[1]);
+  const RemovalRequest same = home.request("folder/file");
+  EXPECT_EQ(reviewed[1]->path, home.at("way/file"));
+  EXPECT_EQ(reviewed[1]->snapshot, same.snapshot);
+  EXPECT_EQ(reviewed[1]->size, same.size);
+  EXPECT_NE(reviewed[1]->id, Uuid{});
+  EXPECT_EQ(reviewed[2].error(), protectedRefusal());
+  EXPECT_EQ(reviewed[3]->name, "odd \xEF\xBF\xBD");
+  EXPECT_EQ(fateOf(*reviewed[1]), "moved");
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ class RoadScene {
     for (const CleaningHistoryEntry& entry : view->entries)
       if (isInTrash(entry.items.front())) references.push_back({entry.id, entry.items.front().id});
     const auto result = store.restore(references, {});
-    return result && result->failedCount == 0;
+    return result && result->result.failedCount == 0;
   }
 
   std::vector<std::string> trashed() const { return home_.folder.names(".local/share/Trash/files"); }

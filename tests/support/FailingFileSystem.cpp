@@ -66,6 +66,10 @@ Outcome<FilePath, PosixError> FailingFileSystem::resolved(const FilePath& path) 
   return passed(FileCall::resolved, [&] { return real_.resolved(path); });
 }
 
+Outcome<FileDescriptor, PosixError> FailingFileSystem::openRealFolder(const FilePath& path) {
+  return passed(FileCall::openRealFolder, [&] { return real_.openRealFolder(path); });
+}
+
 Outcome<FileDescriptor, PosixError> FailingFileSystem::openFolder(int folder, const char* name) {
   return passed(FileCall::openFolder, [&] { return real_.openFolder(folder, name); });
 }
@@ -89,6 +93,10 @@ Outcome<std::string, PosixError> FailingFileSystem::linkTarget(int folder, const
 Outcome<void, PosixError> FailingFileSystem::list(int folder, FolderListing& listing) {
   listing.clear();  // a caller must not take the entries of the folder before for this one's
   return passed(FileCall::list, [&] { return real_.list(folder, listing); });
+}
+
+Outcome<std::vector<std::string>, PosixError> FailingFileSystem::names(int folder, std::size_t most) {
+  return passed(FileCall::list, [&] { return real_.names(folder, most); });
 }
 
 Outcome<std::size_t, PosixError> FailingFileSystem::read(int file, std::span<std::byte> buffer) {

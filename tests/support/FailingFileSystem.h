@@ -16,6 +16,7 @@ namespace quorvane {
 enum class FileCall {
   openStartingFolder,
   resolved,
+  openRealFolder,
   openFolder,
   openFile,
   statusOfName,
@@ -32,9 +33,9 @@ enum class FileCall {
   removeFile,
   lockFile,
 };
-QV_CASE_NAMES(FileCall, openStartingFolder, resolved, openFolder, openFile, statusOfName, statusOfDescriptor,
-              linkTarget, list, read, makeFolder, createFile, write, synchronise, renameReplacing, renameExclusive,
-              removeFile, lockFile)
+QV_CASE_NAMES(FileCall, openStartingFolder, resolved, openRealFolder, openFolder, openFile, statusOfName,
+              statusOfDescriptor, linkTarget, list, read, makeFolder, createFile, write, synchronise, renameReplacing,
+              renameExclusive, removeFile, lockFile)
 
 /// How long a fault lasts.
 enum class FaultSpan {
@@ -68,12 +69,14 @@ class FailingFileSystem final : public FileSystem {
 
   Outcome<FileDescriptor, PosixError> openStartingFolder(const FilePath& path) override;
   Outcome<FilePath, PosixError> resolved(const FilePath& path) override;
+  Outcome<FileDescriptor, PosixError> openRealFolder(const FilePath& path) override;
   Outcome<FileDescriptor, PosixError> openFolder(int folder, const char* name) override;
   Outcome<FileDescriptor, PosixError> openFile(int folder, const char* name) override;
   Outcome<FileStatus, PosixError> status(int folder, const char* name) override;
   Outcome<FileStatus, PosixError> status(int descriptor) override;
   Outcome<std::string, PosixError> linkTarget(int folder, const char* name) override;
   Outcome<void, PosixError> list(int folder, FolderListing& listing) override;
+  Outcome<std::vector<std::string>, PosixError> names(int folder, std::size_t most) override;
   Outcome<std::size_t, PosixError> read(int file, std::span<std::byte> buffer) override;
   Outcome<void, PosixError> makeFolder(int folder, const char* name, std::uint16_t permissions) override;
   Outcome<FileDescriptor, PosixError> createFile(int folder, const char* name) override;

@@ -195,6 +195,9 @@ CommandError ArgumentParser::unknownOption(const std::string& given) const {
   Words names;
   for (const OptionDescription& option : globalOptionDescriptions()) names.emplace_back(option.name);
   for (const OptionDescription& option : reached().options) names.emplace_back(option.name);
+  if (std::ranges::find(names, name) != names.end())
+    return wrongUsage({"cli.error.optionTooEarly", {{"option", name}, {"command", fullName(reached())}}},
+                      seeHelp(reached()));
   const auto word = nearestWord(name, names);
   return wrongUsage({"cli.error.unknownOption", {{"given", name}}}, word ? hintFor(name, names) : seeHelp(reached()));
 }

@@ -8,6 +8,7 @@
 #include "quorvane/removal/HistoryJson.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 
 namespace quorvane {
@@ -71,8 +72,8 @@ class RemovalReportWriter {
   template <class Planned>
   void writePlannedSum(const std::vector<Planned>& planned) {
     if (planned.empty()) return text_.line({"cli.clean.wouldMoveNothing", {}});
-    std::int64_t bytes = 0;
-    for (const Planned& each : planned) bytes += each.size;
+    std::int64_t bytes = 0;  // no sum of what a disk holds, but of what a file says
+    for (const Planned& each : planned) bytes += std::min(each.size, INT64_MAX - bytes);
     text_.line({"cli.clean.wouldMove", {{"count", std::ssize(planned)}, {"size", ByteCount{bytes}}}});
   }
 
@@ -93,25 +94,34 @@ class RemovalReportWriter {
   }
 
   void writeFailures() {
-    if (summary_.failures.empty()) return;
+    const auto notMovedCount = std::ranges::count_if(summary_.failures, isInPlace);
+    if (notMovedCount == 0) return;
     text_.blank();
-    text_.line({"error.cleaningPartialFailure.header", {{"count", std::ssize(summary_.failures)}}});
+    text_.line({"error.cleaningPartialFailure.header", {{"count", notMovedCount}}});
     for (const CleanupFailureCategory category : allCases<CleanupFailureCategory>()) writeFailures(category);
     if (hasFailed(CleanupFailureCategory::inUse)) text_.line({"error.cleaningPartialFailure.busyHint", {}});
     if (hasFailed(CleanupFailureCategory::permission)) text_.line({"error.cleaningPartialFailure.fdaHint", {}});
     text_.line({"error.cleaningPartialFailure.footer", {}});
   }
 
+  // The others are in the Trash, or may be; what is told of each of them says so.
+  static bool isInPlace(const FailedItem& failed) {
+    constexpr std::array elsewhere{"cleanup.journal.unavailable", "cleanup.failure.uncertain",
+                                   "cleanup.failure.inside"};
+    return std::ranges::find(elsewhere, failed.refusal.reasonKey) == elsewhere.end();
+  }
+
   bool hasFailed(CleanupFailureCategory category) const {
-    return std::ranges::any_of(summary_.failures,
-                               [&](const FailedItem& failed) { return failed.refusal.category == category; });
+    return std::ranges::any_of(summary_.failures, [&](const FailedItem& failed) {
+      return failed.refusal.category == category && isInPlace(failed);
+    });
   }
 
   void writeFailures(CleanupFailureCategory category) {
     std::int64_t count = 0;
     MessageList names;
     for (const FailedItem& failed : summary_.failures) {
-      if (failed.refusal.category != category) continue;
+      if (failed.refusal.category != category || !isInPlace(failed)) continue;
       if (++count <= std::int64_t{namesShown}) names.texts.push_back(failed.name);
     }
     if (count == 0) return;

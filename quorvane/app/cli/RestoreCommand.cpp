@@ -65,21 +65,26 @@ CommandOutcome restore(const CommandContext& context, MainLoop& loop, AppModel& 
   if (!references) return failure(references.error());
 
   const CleaningScanProgressUpdate beginning{0, "restore.status.restoring", std::nullopt};
-  using Handlers = AppModel::Handlers<RecoveryBatchResult, RecoveryStoreError>;
+  using Handlers = AppModel::Handlers<RestoreReport, RecoveryStoreError>;
   const auto [outcome, cancelled] =
-      runOperation<RecoveryBatchResult, RecoveryStoreError>(console, loop, model, beginning, [&](Handlers handlers) {
+      runOperation<RestoreReport, RecoveryStoreError>(console, loop, model, beginning, [&](Handlers handlers) {
         model.restore(*references, context.invocation.restore.onConflict, std::move(handlers));
       });
   if (!outcome) return failure(commandError(outcome.error()));
-  const RestoreSummary summary = restoreSummary(history->entries, *references, *outcome);
-  console.print(console.wantsJson() ? jsonText(*outcome) : restoreReport(summary, console.outputReport()));
+  const RecoveryBatchResult& result = outcome->result;
+  const RestoreSummary summary = restoreSummary(history->entries, *references, result);
+  console.print(console.wantsJson() ? jsonText(result) : restoreReport(summary, console.outputReport()));
   for (const RestoreSummary::Failed& failed : summary.failed) console.tellItem(failed.path, failed.reason);
-  const auto attempted = outcome->restoredCount + outcome->failedCount;
+  if (outcome->interruption) {
+    console.tell(commandError(*outcome->interruption));
+    return ExitCode::someNotDone;
+  }
+  const auto attempted = result.restoredCount + result.failedCount;
   if (cancelled && attempted < std::ssize(*references)) {
-    console.tell({*cancelled, {"cli.restore.stopped", {{"count", outcome->restoredCount}}}});
+    console.tell({*cancelled, {"cli.restore.stopped", {{"count", result.restoredCount}}}});
     return *cancelled;
   }
-  return outcome->failedCount == 0 ? ExitCode::done : ExitCode::someNotDone;
+  return result.failedCount == 0 ? ExitCode::done : ExitCode::someNotDone;
 }
 
 }  // namespace

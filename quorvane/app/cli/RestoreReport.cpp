@@ -15,7 +15,7 @@ RestoreSummary::Failed failedItem(const CleaningHistoryItem& item, RecoveryFailu
 
 // Why an item that was asked for is not back; nothing when it was not begun.
 std::optional<RecoveryFailure> failureOf(const CleaningHistoryItem& before, const CleaningHistoryItem& now) {
-  if (!isInTrash(before)) return RecoveryFailure::unsupported;
+  if (!isRestorable(before)) return RecoveryFailure::unsupported;
   return now.restoreFailure;
 }
 
@@ -30,7 +30,7 @@ RestoreSummary restoreSummary(const std::vector<CleaningHistoryEntry>& before,
     const CleaningHistoryItem* now = itemOf(result.entries, reference);
     if (old == nullptr) continue;
     if (now == nullptr) now = old;
-    if (isInTrash(*old) && now->restoredAt && now->restoredPath) {
+    if (isRestorable(*old) && now->restoredAt && now->restoredPath) {
       summary.restored.push_back({now->originalPath, *now->restoredPath});
     } else if (const auto failure = failureOf(*old, *now)) {
       summary.failed.push_back(failedItem(*now, *failure));

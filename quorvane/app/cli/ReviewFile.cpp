@@ -2,6 +2,8 @@
 
 #include "quorvane/cleaning/CleaningSelection.h"
 
+#include <algorithm>
+
 namespace quorvane {
 
 namespace {
@@ -51,6 +53,10 @@ Outcome<ScanResult, CommandError> reviewedResult(const CommandContext& context, 
   if (!text) return failure(text.error());
   auto result = scanResultFromJson(*text);
   if (!result) return failure(undecodable(from, result.error()));
+  const auto negative =
+      std::ranges::find_if(result->items, [](const ScanItem& item) { return item.size < 0; }) - result->items.begin();
+  if (negative < std::ssize(result->items))
+    return failure(undecodable(from, {JsonFault::outOfRange, "items." + std::to_string(negative) + ".size"}));
   if (const auto stale = staleSelection(*result, model.clock().now()))
     return failure(refused("cli.error.staleReview", from, {"date", stale->finishedAt}));
   return *std::move(result);

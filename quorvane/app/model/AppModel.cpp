@@ -117,13 +117,14 @@ void AppModel::reviewPaths(std::vector<FilePath> paths, Handlers<std::vector<Rev
   const auto operation = [paths = std::move(paths), &random = random_](
                              Services& services,
                              OperationControl control) -> Outcome<std::vector<ReviewedPath>, RemovalError> {
+    const auto progressed = [&](std::size_t done, std::size_t count, const FilePath& path) {
+      report(control.progress, "cleanup.status.reviewing", done, count, path.bytes);
+    };
+    auto outcomes = services.remover.review(paths, {.stop = control.pausing.stopToken(), .progressed = progressed});
     std::vector<ReviewedPath> reviewed;
-    for (const FilePath& path : paths) {
-      if (control.pausing.stopToken().stopRequested()) break;
-      report(control.progress, "cleanup.status.reviewing", reviewed.size(), paths.size(), path.bytes);
-      auto outcome = services.remover.review(path, control.pausing.stopToken());
-      const Uuid id = outcome ? outcome->id : random.uuid();
-      reviewed.push_back({id, path, std::move(outcome)});
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+      const Uuid id = outcomes[i] ? outcomes[i]->id : random.uuid();
+      reviewed.push_back({id, paths[i], std::move(outcomes[i])});
     }
     return reviewed;
   };
@@ -139,14 +140,19 @@ void AppModel::trash(std::vector<RemovalRequest> requests, RemovalKind kind,
 }
 
 void AppModel::restore(std::vector<RecoveryReference> references, RestoreConflictPolicy onConflict,
-                       Handlers<RecoveryBatchResult, RecoveryStoreError> handlers) {
-  const auto operation = [references = std::move(references), onConflict](Services& services,
-                                                                          OperationControl control) {
+                       Handlers<RestoreReport, RecoveryStoreError> handlers) {
+  std::optional<FilePath> confinedTo;
+  if (settings_.folders.isConfined)
+    confinedTo = fileSystem_->resolved(settings_.folders.home).value_or(settings_.folders.home);
+  const auto operation = [references = std::move(references), onConflict, confinedTo = std::move(confinedTo)](
+                             Services& services, OperationControl control) {
     const auto progressed = [&](std::size_t done, std::size_t count) {
       report(control.progress, "restore.status.restoring", done, count);
     };
-    return services.records.history.restore(
-        references, {.onConflict = onConflict, .stop = control.pausing.stopToken(), .progressed = progressed});
+    return services.records.history.restore(references, {.onConflict = onConflict,
+                                                         .confinedTo = confinedTo,
+                                                         .stop = control.pausing.stopToken(),
+                                                         .progressed = progressed});
   };
   start(operation, std::move(handlers));
 }

@@ -72,7 +72,7 @@ class AppModel {
 
   /// Puts items back. After `cancel` those that were not begun stay in the Trash.
   void restore(std::vector<RecoveryReference> references, RestoreConflictPolicy onConflict,
-               Handlers<RecoveryBatchResult, RecoveryStoreError> handlers);
+               Handlers<RestoreReport, RecoveryStoreError> handlers);
 
   /// The whole history; reads the disk and waits for it. Not while an operation runs.
   Outcome<HistoryView, RecoveryStoreError> history();

@@ -21,10 +21,10 @@ inline std::byte* directoryBlock() {
   return block.get();
 }
 
-/// Calls `visit(name, kind)` for the records of one block, "." and ".." left out. `kind` is a DT_ number, the name ends
-/// with a NUL.
+/// Calls `visit(name, kind)` for the records of one block, "." and ".." left out, until it answers false; whether it
+/// never did. `kind` is a DT_ number, the name ends with a NUL.
 template <class Visit>
-void visitDirectoryRecords(const std::byte* block, std::size_t size, Visit& visit) {
+bool visitDirectoryRecords(const std::byte* block, std::size_t size, Visit& visit) {
   // Where getdents64 puts the parts of a record; the C library declares none.
   constexpr std::size_t lengthOffset = 16, kindOffset = 18, nameOffset = 19;
   for (std::size_t at = 0; at < size;) {
@@ -34,12 +34,13 @@ void visitDirectoryRecords(const std::byte* block, std::size_t size, Visit& visi
     at += length;
     const char* const name = reinterpret_cast<const char*>(record + nameOffset);
     const bool isFolderItself = name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-    if (!isFolderItself) visit(name, std::to_integer<unsigned char>(record[kindOffset]));
+    if (!isFolderItself && !visit(name, std::to_integer<unsigned char>(record[kindOffset]))) return false;
   }
+  return true;
 }
 
-/// Visits every record of an open folder, from its beginning. The visitor must not list another folder: the block of
-/// its thread is in use.
+/// Visits the records of an open folder, from its beginning, until the visitor answers false. The visitor must not list
+/// another folder: the block of its thread is in use.
 template <class Visit>
 Outcome<void, PosixError> visitDirectory(int folder, Visit visit) {
   std::byte* const block = directoryBlock();
@@ -48,7 +49,7 @@ Outcome<void, PosixError> visitDirectory(int folder, Visit visit) {
     const long size = retried([&] { return ::syscall(SYS_getdents64, folder, block, directoryBlockSize); });
     if (size < 0) return failure(lastPosixError());
     if (size == 0) return {};
-    visitDirectoryRecords(block, static_cast<std::size_t>(size), visit);
+    if (!visitDirectoryRecords(block, static_cast<std::size_t>(size), visit)) return {};
   }
 }
 

@@ -18,6 +18,7 @@ class FreeDesktopTrash final : public Trash {
  public:
   FreeDesktopTrash(FileSystem& fileSystem, RandomSource& random, const ApplicationFolders& folders);
 
+  FilePath homeTrash() const override { return joined(data_, "Trash"); }
   Outcome<std::unique_ptr<TrashFolder>, PosixError> folderFor(const FilePath& path) override;
   Outcome<std::unique_ptr<TrashFolder>, PosixError> open(const FilePath& directory) override;
 

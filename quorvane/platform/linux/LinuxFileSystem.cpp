@@ -8,8 +8,11 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 namespace quorvane {
 
@@ -95,12 +98,38 @@ class LinuxFileSystem final : public PosixFileSystem {
       } else {
         readEntryStatus(folder, name, entry);
       }
+      return true;
     });
+  }
+
+  Outcome<std::vector<std::string>, PosixError> names(int folder, std::size_t most) override {
+    std::vector<std::string> names;
+    bool isTooMuch = false;
+    const auto visited = visitDirectory(folder, [&](const char* name, unsigned char) {
+      isTooMuch = names.size() == most;
+      if (!isTooMuch) names.emplace_back(name);
+      return !isTooMuch;
+    });
+    if (!visited) return failure(visited.error());
+    if (isTooMuch) return failure(PosixError{EOVERFLOW});
+    return names;
   }
 
   void startWriteBack(int file) override { ::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE); }
 
  private:
+  int systemOpenRealFolder(const char* path) override {
+    open_how how{};
+    how.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    const long number = ::syscall(SYS_openat2, AT_FDCWD, path, &how, sizeof how);
+    if (number >= 0) return static_cast<int>(number);
+    // Not known to old kernels, forbidden in some sandboxes, or the path is longer than one call takes.
+    const bool isUnusable = errno == EPERM || errno == ENAMETOOLONG;
+    if (isUnusable) errno = ENOSYS;
+    return -1;
+  }
+
   int systemRenameExclusive(int fromFolder, const char* from, int toFolder, const char* to) override {
     return ::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE);
   }

@@ -39,6 +39,7 @@ Outcome<std::vector<std::int32_t>, PosixError> LinuxProcessTable::processNumbers
   const auto visited = visitDirectory(root, [&](const char* name, unsigned char) {
     const auto number = processNumberFromName(name);
     if (number && *number != request_.ownNumber) numbers.push_back(*number);
+    return true;
   });
   if (!visited) return failure(visited.error());
   return numbers;
@@ -105,6 +106,7 @@ PosixError LinuxProcessTable::addOpenFiles(int folder, std::vector<FilePath>& pa
     auto target = fileSystem_->linkTarget(descriptors->number(), name);
     if (!target && isUntold(target.error())) untold = target.error();
     if (target && target->starts_with('/')) paths.push_back({std::move(*target)});  // else closed since, or no file
+    return true;
   });
   return visited ? untold : visited.error();
 }

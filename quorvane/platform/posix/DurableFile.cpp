@@ -115,7 +115,13 @@ Outcome<FileDescriptor, TrustError> lockTrusted(FileSystem& fileSystem, int fold
   const auto status = fileSystem.status(lock->number());
   if (!status) return distrusted(TrustFault::unreadable, status.error());
   if (const auto fault = faultOfFile(*status, 0)) return distrusted(*fault);
+  if (!isStillLockedBy(fileSystem, lock->number(), folder, name)) return distrusted(TrustFault::busy);
   return *std::move(lock);
+}
+
+bool isStillLockedBy(FileSystem& fileSystem, int lock, int folder, const std::string& name) {
+  const auto held = fileSystem.status(lock), named = fileSystem.status(folder, name.c_str());
+  return held && named && held->linkCount == 1 && held->inode == named->inode && held->device == named->device;
 }
 
 Outcome<std::string, TrustError> readTrusted(FileSystem& fileSystem, int folder, const std::string& name,

@@ -96,6 +96,16 @@ Outcome<FilePath, PosixError> PosixFileSystem::resolved(const FilePath& path) {
   return resolvedWithin(path, mostLinksInARow);
 }
 
+Outcome<FileDescriptor, PosixError> PosixFileSystem::openRealFolder(const FilePath& path) {
+  if (!isAbsoluteText(path) || path != standardised(path)) return refused(EINVAL);
+  const int number = retried([&] { return systemOpenRealFolder(path.bytes.c_str()); });
+  if (number >= 0) return FileDescriptor(number);
+  if (lastPosixError().code != ENOSYS) return lastFailure();
+  auto root = openStartingFolder({"/"});
+  if (!root || path.bytes == "/") return root;
+  return openFolderBelow(*this, root->number(), std::string_view(path.bytes).substr(1));
+}
+
 Outcome<FileDescriptor, PosixError> PosixFileSystem::openFolder(int folder, const char* name) {
   if (!isLeaf(name)) return refused(EINVAL);
   auto opened = openedAt(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);

@@ -11,6 +11,7 @@ class PosixFileSystem : public FileSystem {
  public:
   Outcome<FileDescriptor, PosixError> openStartingFolder(const FilePath& path) override;
   Outcome<FilePath, PosixError> resolved(const FilePath& path) override;
+  Outcome<FileDescriptor, PosixError> openRealFolder(const FilePath& path) override;
   Outcome<FileDescriptor, PosixError> openFolder(int folder, const char* name) override;
   Outcome<FileDescriptor, PosixError> openFile(int folder, const char* name) override;
   Outcome<std::string, PosixError> linkTarget(int folder, const char* name) override;
@@ -29,6 +30,10 @@ class PosixFileSystem : public FileSystem {
   static bool isLeaf(const char* name);
 
  private:
+  /// The system's own call for `openRealFolder`: a descriptor, or -1 with `errno` set; ENOSYS where it has none for this
+  /// path, and the folders are opened one after the other.
+  virtual int systemOpenRealFolder(const char* path) = 0;
+
   /// The system's own call for `renameExclusive`: 0, or -1 with `errno` set.
   virtual int systemRenameExclusive(int fromFolder, const char* from, int toFolder, const char* to) = 0;
 };
