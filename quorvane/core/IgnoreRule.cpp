@@ -1,12 +1,12 @@
 #include "quorvane/core/IgnoreRule.h"
 
-#include "quorvane/base/Json.h"
+#include "quorvane/base/JsonText.h"
 
 #include <algorithm>
 
 namespace quorvane {
 
-std::string jsonText(const std::vector<IgnoreRule>& rules) { return printedJson(toJson(rules)); }
+std::string jsonText(const std::vector<IgnoreRule>& rules) { return printedRecord(rules); }
 
 const IgnoreRule* ruleCovering(const std::vector<IgnoreRule>& rules, const FilePath& canonicalPath) {
   const auto rule = std::ranges::find_if(

@@ -1,5 +1,6 @@
 #include "quorvane/removal/CleaningHistory.h"
 
+#include "quorvane/base/JsonText.h"
 #include "quorvane/removal/HistoryJson.h"
 
 namespace quorvane {
@@ -37,9 +38,9 @@ void markRestored(CleaningHistoryItem& item, const FilePath& path, Date date) {
   item.restoreFailure.reset();
 }
 
-std::string jsonText(const CleaningHistoryEntry& entry) { return printedJson(toJson(entry)); }
+std::string jsonText(const CleaningHistoryEntry& entry) { return printedRecord(entry); }
 
-std::string jsonText(const std::vector<CleaningHistoryEntry>& entries) { return printedJson(toJson(entries)); }
+std::string jsonText(const std::vector<CleaningHistoryEntry>& entries) { return printedRecord(entries); }
 
 Outcome<CleaningHistoryEntry, JsonError> cleaningHistoryEntryFromJson(std::string_view text) {
   return recordFromText<CleaningHistoryEntry>(text);

@@ -1,6 +1,7 @@
 #include "quorvane/removal/HistoryDocument.h"
 
 #include "quorvane/base/Assert.h"
+#include "quorvane/base/JsonText.h"
 #include "quorvane/removal/HistoryJson.h"
 
 #include <algorithm>
@@ -15,14 +16,9 @@ constexpr std::string_view opening = "[\n  ", separator = ",\n  ", closing = "\n
 
 /// The text of an entry as it stands in the array, one level in.
 std::string encoded(const CleaningHistoryEntry& entry) {
-  const std::string text = toJson(entry).dump(2);
-  std::string indented;
-  indented.reserve(text.size() + text.size() / 8);
-  for (const char c : text) {
-    indented += c;
-    if (c == '\n') indented += "  ";
-  }
-  return indented;
+  std::string text;
+  appendJson(text, entry, 1);
+  return text;
 }
 
 /// Takes the elements of an array one by one out of its text, without reading them: each has to prove itself what it is

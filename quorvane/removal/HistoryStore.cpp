@@ -1,5 +1,6 @@
 #include "quorvane/removal/HistoryStore.h"
 
+#include "quorvane/base/JsonText.h"
 #include "quorvane/core/AppPaths.h"
 #include "quorvane/removal/HistoryJson.h"
 #include "quorvane/removal/Reconciliation.h"
@@ -21,7 +22,7 @@ std::int64_t pendingIn(const std::vector<CleaningHistoryEntry>& entries) {
 
 }  // namespace
 
-std::string jsonText(const RecoveryBatchResult& result) { return printedJson(toJson(result)); }
+std::string jsonText(const RecoveryBatchResult& result) { return printedRecord(result); }
 
 HistoryStore::HistoryStore(const MoveServices& services, RandomSource& random, const FilePath& applicationSupport)
     : services_(services), random_(random), fileURL_(AppPaths::history(applicationSupport)) {}

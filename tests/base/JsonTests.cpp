@@ -1,13 +1,28 @@
-#include "quorvane/base/Json.h"
+#include "quorvane/base/JsonText.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace quorvane {
+
+/// A value that is no list of members.
+struct OwnCodec {
+  int depth = 0;
+};
+
+template <>
+Json toJson(const OwnCodec& value) {
+  Json json = Json::array();
+  for (int i = 0; i < value.depth; ++i) json = Json{{"below", json}, {"text", "a\nb"}};
+  return json;
+}
+
 namespace {
 
 enum class Colour { red, green };
@@ -151,6 +166,84 @@ TEST(JsonTests, keepsPathsThatAreNotUtf8) {
   EXPECT_EQ(toJson(looksLikeUrl), "/file:///a");
   EXPECT_EQ(fromJson<FilePath>(toJson(looksLikeUrl)), looksLikeUrl);
   EXPECT_TRUE(isValidUtf8(printedJson(toJson(std::string("\xFF")))));
+}
+
+/// Names in an order that is not theirs, one of them the start of another.
+struct AnyRecord {
+  std::optional<std::string> zeta;
+  std::vector<std::vector<Inner>> nested;
+  std::optional<Outer> outer;
+  OwnCodec own;
+  std::vector<bool> flags;
+  std::vector<double> fractions;
+  std::optional<std::vector<std::string>> texts;
+  std::vector<FilePath> paths;
+  std::uint64_t zeTa = 0;
+  std::int8_t zet = 0;
+};
+QV_JSON_FIELDS(AnyRecord, zeta, nested, outer, own, flags, fractions, texts, paths, zeTa, zet)
+
+struct OnlyOptional {
+  std::optional<bool> flag;
+};
+QV_JSON_FIELDS(OnlyOptional, flag)
+
+std::vector<std::string> hostileTexts() {
+  std::vector<std::string> texts = {"",
+                                    "plain",
+                                    "\"quoted\"",
+                                    "back\\slash",
+                                    "/",
+                                    "\xE2\x80\xA8\xE2\x80\xA9",
+                                    "\x7F",
+                                    "\xF0\x9F\x98\x80",
+                                    "\xFF",
+                                    "a\xC3",
+                                    "\xED\xA0\x80",
+                                    "\xC0\x80",
+                                    "\xF4\x90\x80\x80"};
+  for (char control = 0; control < ' '; ++control) texts.push_back(std::string("a") + control + "b");
+  return texts;
+}
+
+AnyRecord fullRecord() {
+  AnyRecord record{.zeta = "z",
+                   .nested = {{}, {{1, Colour::green}, {2, Colour::red}}},
+                   .outer = example(),
+                   .own = {2},
+                   .flags = {true, false},
+                   .fractions = {0, -0.0, 1, 0.1, 1e300, std::numeric_limits<double>::denorm_min(), std::nan("")},
+                   .texts = hostileTexts(),
+                   .paths = {},
+                   .zeTa = UINT64_MAX,
+                   .zet = -128};
+  for (const std::string& text : hostileTexts()) record.paths.push_back({"/" + text});
+  return record;
+}
+
+template <class T>
+void expectTheTextOfTheDocument(const T& value) {
+  EXPECT_EQ(printedRecord(value), printedJson(toJson(value)));
+  std::string twoLevelsIn;
+  appendJson(twoLevelsIn, value, 2);
+  EXPECT_EQ("[\n  [\n    " + twoLevelsIn + "\n  ]\n]\n", printedJson(Json::array({Json::array({toJson(value)})})));
+}
+
+TEST(JsonTextTests, isTheTextOfTheDocument) {
+  expectTheTextOfTheDocument(fullRecord());
+  expectTheTextOfTheDocument(std::vector{fullRecord(), AnyRecord()});
+  expectTheTextOfTheDocument(example());
+  expectTheTextOfTheDocument(OnlyOptional{true});
+  expectTheTextOfTheDocument(OnlyOptional{});
+  expectTheTextOfTheDocument(std::vector<Outer>());
+  expectTheTextOfTheDocument(OwnCodec{});
+  expectTheTextOfTheDocument(std::vector{INT64_MIN, std::int64_t{0}, INT64_MAX});
+}
+
+TEST(JsonTextTests, isAppended) {
+  std::string text = "before ";
+  appendJson(text, Inner{7, Colour::green}, 1);
+  EXPECT_EQ(text, "before {\n    \"colour\": \"green\",\n    \"small\": 7\n  }");
 }
 
 }  // namespace

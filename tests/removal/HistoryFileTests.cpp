@@ -1,3 +1,4 @@
+#include "quorvane/removal/HistoryJson.h"
 #include "quorvane/removal/OpenHistory.h"
 #include "tests/support/RemovalHome.h"
 
@@ -79,6 +80,7 @@ TEST_F(HistoryFileTests, keepsEveryMemberOfARecord) {
            administratorMove::Finished{255}, administratorMove::Cancelled{}, administratorMove::NotStarted{}}) {
     item.pendingCleanup = CleanupMoveIntent{identity, {"/t"}, anchor, true, state};
     EXPECT_EQ(cleaningHistoryEntryFromJson(jsonText(entry)).value(), entry);
+    EXPECT_EQ(jsonText(entry), printedJson(toJson(entry)));
   }
   EXPECT_THAT(jsonText(entry), HasSubstr("\"failureCategory\": \"protected\""));
   EXPECT_THAT(jsonText(entry), HasSubstr("\"notStarted\": {}"));
