@@ -84,9 +84,6 @@ class FileSystem {
   virtual Outcome<std::size_t, PosixError> write(int file, std::span<const std::byte> bytes) = 0;
   /// Waits until the file's content, or the folder's entries, are on the disk.
   virtual Outcome<void, PosixError> synchronise(int descriptor) = 0;
-  /// Lets the system begin to bring a new file's content to the disk, so that synchronising its folder finds it there.
-  /// A hint: waits for nothing and cannot fail.
-  virtual void startWriteBack(int file) = 0;
   virtual Outcome<void, PosixError> renameReplacing(int fromFolder, const char* from, int toFolder, const char* to) = 0;
   /// Never replaces: EEXIST when something has that name already. EXDEV when the folders are on different mounts.
   virtual Outcome<void, PosixError> renameExclusive(int fromFolder, const char* from, int toFolder, const char* to) = 0;

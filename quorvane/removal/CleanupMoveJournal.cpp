@@ -130,11 +130,12 @@ CleaningHistoryEntry receiptFor(CleanupMoveJournal::Request request, CleaningHis
 }  // namespace
 
 Outcome<CleanupMoveJournal::Transaction, RecoveryStoreError> CleanupMoveJournal::begin(
-    std::shared_ptr<OpenHistory> history, std::vector<Request> requests, CleaningHistorySource source, Date date) {
+    std::shared_ptr<OpenHistory> history, std::vector<Request> requests, CleaningHistorySource source, Date date,
+    OpenHistory::Change alongside) {
   require(requests.size() <= mostMoves, "a transaction carries a limited number of moves");
   Beginning beginning(services_, history->document());
   Transaction transaction(services_, history);
-  OpenHistory::Change change;
+  OpenHistory::Change change = std::move(alongside);
   for (Request& request : requests) {
     const FileStatus proven = request.proven.value_or(FileStatus{});  // which is no object's
     Transaction::Move move{.receipt = receiptFor(std::move(request), source, date), .proven = proven};
@@ -144,9 +145,10 @@ Outcome<CleanupMoveJournal::Transaction, RecoveryStoreError> CleanupMoveJournal:
     if (move.isAnnounced) change.inserted.push_back(move.receipt);
     transaction.moves_.push_back(std::move(move));
   }
-  if (change.inserted.empty()) return transaction;
+  if (change.isEmpty() && change.changedFolders.empty()) return transaction;
   std::ranges::reverse(change.inserted);  // the last one is the newest
   if (auto written = history->write(std::move(change)); !written) return failure(written.error());
+  transaction.writeNotesAhead();
   return transaction;
 }
 

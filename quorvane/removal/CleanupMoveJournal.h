@@ -5,6 +5,7 @@
 #include "quorvane/platform/Volumes.h"
 #include "quorvane/removal/CleanupMoveError.h"
 #include "quorvane/removal/ItemPlace.h"
+#include "quorvane/removal/NotesAhead.h"
 #include "quorvane/removal/OpenHistory.h"
 
 #include <functional>
@@ -47,8 +48,11 @@ class CleanupMoveJournal {
 
   /// Writes the intents of up to `mostMoves` items down, in one write. Items that must not be moved are left out of it
   /// and have their failure in the transaction; the others go on. When the write fails, nothing may be moved.
+  ///
+  /// `alongside` is written in the same write: what the transaction before concluded with.
   Outcome<Transaction, RecoveryStoreError> begin(std::shared_ptr<OpenHistory> history, std::vector<Request> requests,
-                                                 CleaningHistorySource source, Date date);
+                                                 CleaningHistorySource source, Date date,
+                                                 OpenHistory::Change alongside = {});
 
  private:
   const MoveServices& services_;
@@ -97,6 +101,15 @@ class CleanupMoveJournal::Transaction {
   /// The administrator mover answered. Written at once.
   Outcome<void, MoveFailure> recordExternalTerminalState(std::size_t index, AdministratorMoveTerminalState state);
 
+  /// What is to be written of the moves now, and the receipts as they are then.
+  struct Conclusion {
+    OpenHistory::Change change;  ///< to be written while the transaction lives
+    std::vector<CleaningHistoryEntry> receipts;
+  };
+
+  /// What `finish` writes, for whoever writes it together with something else.
+  Conclusion conclude(std::optional<std::int64_t> observedAvailableBytesDelta = std::nullopt);
+
   /// Brings the moves to the disk and writes all receipts in one write: finished ones, failures that are certain with
   /// their reason, and none for what was never tried. What is not certain stays as an intent. After a failure every
   /// intent stands: the next start finds out. The difference of free space goes to the first of the receipts.
@@ -108,7 +121,11 @@ class CleanupMoveJournal::Transaction {
   Transaction(const MoveServices& services, std::shared_ptr<OpenHistory> history)
       : services_(services), history_(std::move(history)) {}
 
+  void writeNotesAhead();
+  Outcome<std::string, PosixError> receive(std::size_t index, const ItemPlace& place);
   MoveFailure failed(Move& move, MoveFailure failure, bool isSettled);
+  std::optional<MoveFailure> whyNotMoved(const Move& move, int trash, const std::string& leaf,
+                                         const ItemPlace& before) const;
   bool putBack(Move& move, const ItemPlace& place);
   void noteEmptied(const FilePath& path, FileDescriptor folder);
   std::vector<int> changedFolders();
@@ -117,6 +134,7 @@ class CleanupMoveJournal::Transaction {
   const MoveServices& services_;
   std::shared_ptr<OpenHistory> history_;
   std::vector<Move> moves_;
+  std::unique_ptr<NotesAhead> notes_;
   std::map<FilePath, FileDescriptor> emptiedFolders_;  ///< that items left, to be brought to the disk
 };
 

@@ -1,6 +1,7 @@
 #include "quorvane/removal/CleanupMoveJournal.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 #include <utility>
 
@@ -46,13 +47,35 @@ std::optional<MoveFailure> Transaction::perform(std::size_t index) {
   if (move.failure) return move.failure;
   auto place = verifySource(index);
   if (!place) return failed(move, place.error(), true);
-  const auto leaf = move.trash->receive(place->folder.number(), place->name, noteOf(move));
+  const auto leaf = receive(index, *place);
   if (!leaf) return failed(move, leaf.error(), identityAt(services_.fileSystem, *place) == move.identity);
   move.leaf = *leaf;
-  const auto finished = complete(index, joined(move.trash->directory(), move.leaf));
-  if (!finished) return failed(move, finished.error(), putBack(move, *place));
+  const FilePath trashed = joined(move.trash->directory(), move.leaf);
+  if (auto failure = whyNotMoved(move, move.trash->descriptor(), move.leaf, *place))
+    return failed(move, *std::move(failure), putBack(move, *place));
+  recordSuccess(move.receipt, trashed);
+  move.isFinished = move.isSettled = true;
   noteEmptied(move.item().originalPath, std::move(place->folder));
   return std::nullopt;
+}
+
+void Transaction::writeNotesAhead() {
+  std::vector<NotesAhead::Item> items;
+  for (const Move& move : moves_)
+    items.push_back(
+        {move.isAnnounced ? move.trash : nullptr, std::string(leafOf(move.item().originalPath)), noteOf(move)});
+  notes_ = std::make_unique<NotesAhead>(std::move(items));
+}
+
+Outcome<std::string, PosixError> Transaction::receive(std::size_t index, const ItemPlace& place) {
+  Move& move = moves_[index];
+  auto leaf = notes_->take(index);
+  if (!leaf) return leaf;
+  const auto moved = move.trash->receiveReserved(place.folder.number(), place.name, *leaf);
+  if (moved) return leaf;
+  (void)move.trash->forget(*leaf);  // why the item did not come is what the caller is told
+  if (moved.error().code != EEXIST) return failure(moved.error());
+  return move.trash->receive(place.folder.number(), place.name, noteOf(move));
 }
 
 MoveFailure Transaction::failed(Move& move, MoveFailure failure, bool isSettled) {
@@ -78,16 +101,27 @@ Outcome<CleaningHistoryItem, MoveFailure> Transaction::complete(std::size_t inde
   Move& move = moves_[index];
   // Reading its identity follows no link, so the folder's path stays the one it has with links resolved.
   if (parentOf(trashed) != move.trash->directory()) return failure(MoveFailure(FileProtectionError::changed));
-  const auto moved = readIdentity(services_.fileSystem, trashed);
-  if (!moved) return failure(MoveFailure(moved.error()));
-  if (*moved != move.identity) return failure(MoveFailure(FileProtectionError::changed));
-  const auto left = readIdentity(services_.fileSystem, move.item().originalPath);
-  // Programs make their caches again at once: what stands there now may be new.
-  if (left && *left == move.identity) return failure(MoveFailure(FileProtectionError::changed));
-  if (!left && !left.error().isMissing()) return failure(MoveFailure(left.error()));
+  const auto inTrash = placeOf(services_.fileSystem, trashed);
+  if (!inTrash) return failure(MoveFailure(inTrash.error()));
+  const auto before = placeOf(services_.fileSystem, move.item().originalPath);
+  if (!before) return failure(MoveFailure(before.error()));
+  if (auto failed = whyNotMoved(move, inTrash->folder.number(), inTrash->name, *before))
+    return failure(*std::move(failed));
   recordSuccess(move.receipt, trashed);
   move.isFinished = move.isSettled = true;
   return move.item();
+}
+
+std::optional<MoveFailure> Transaction::whyNotMoved(const Move& move, int trash, const std::string& leaf,
+                                                    const ItemPlace& before) const {
+  const auto moved = services_.fileSystem.status(trash, leaf.c_str());
+  if (!moved) return moved.error();
+  if (identityOf(*moved) != move.identity) return FileProtectionError::changed;
+  const auto left = identityAt(services_.fileSystem, before);
+  // Programs make their caches again at once: what stands there now may be new.
+  if (left && *left == move.identity) return FileProtectionError::changed;
+  if (!left && !left.error().isMissing()) return left.error();
+  return std::nullopt;
 }
 
 /// The folders that the moves changed, having told the Trash folders what they received.
@@ -109,6 +143,13 @@ std::vector<int> Transaction::changedFolders() {
 
 Outcome<std::vector<CleaningHistoryEntry>, RecoveryStoreError> Transaction::finish(
     std::optional<std::int64_t> observedAvailableBytesDelta) {
+  Conclusion conclusion = conclude(observedAvailableBytesDelta);
+  if (auto written = history_->write(std::move(conclusion.change)); !written) return failure(written.error());
+  return std::move(conclusion.receipts);
+}
+
+Transaction::Conclusion Transaction::conclude(std::optional<std::int64_t> observedAvailableBytesDelta) {
+  notes_.reset();
   OpenHistory::Change change;
   change.changedFolders = changedFolders();
   std::vector<CleaningHistoryEntry> receipts;
@@ -124,8 +165,7 @@ Outcome<std::vector<CleaningHistoryEntry>, RecoveryStoreError> Transaction::fini
     if (move.isSettled) change.replaced.push_back(move.receipt);
     receipts.push_back(move.receipt);
   }
-  if (auto written = history_->write(std::move(change)); !written) return failure(written.error());
-  return receipts;
+  return {std::move(change), std::move(receipts)};
 }
 
 Outcome<void, MoveFailure> Transaction::markExternalMoveRequested(std::size_t index) {

@@ -41,12 +41,12 @@ Outcome<RemovalReport, RemovalError> RemovalRun::perform() {
     prove(batch);
     if (task_.options.isRehearsal) {
       std::ranges::transform(batch, std::back_inserter(report_.wouldMove), &Candidate::index);
-    } else if (const auto moved = move(batch); !moved) {
+    } else if (const auto moved = move(std::move(batch)); !moved) {
       const bool isUntouched = report_.movedCount == 0 && report_.entries.empty();
       if (isUntouched) return failure(RemovalError(moved.error()));
-      refuseRest(batch, moved.error());
     }
   }
+  recordLast();
   std::ranges::sort(report_.failures, {}, &RemovalFailure::index);
   return std::move(report_);
 }
@@ -148,7 +148,8 @@ std::optional<RemovalRefusal> RemovalRun::refusalOfUse(const FilePath& canonical
   return std::nullopt;
 }
 
-Outcome<void, RecoveryStoreError> RemovalRun::move(const Batch& batch) {
+/// Announces and moves a batch. What became of the one before is written together with the announcement.
+Outcome<void, RecoveryStoreError> RemovalRun::move(Batch batch) {
   if (batch.empty()) return {};
   const auto availableBefore = availableBytes(batch);
   std::vector<CleanupMoveJournal::Request> requests;
@@ -156,11 +157,32 @@ Outcome<void, RecoveryStoreError> RemovalRun::move(const Batch& batch) {
     requests.push_back(
         {.item = pendingItem(task_.requests[each.index], identifierOf(each), each.canonicalPath, each.size),
          .proven = each.proven});
-  auto transaction = journal_.begin(task_.history, std::move(requests), task_.options.source, task_.date);
-  if (!transaction) return failure(transaction.error());
-  perform(*transaction, batch);
-  record(*transaction, batch, availableBefore);
+  CleanupMoveJournal::Transaction::Conclusion before;
+  if (moving_) before = moving_->transaction.conclude(moving_->availableBytesDelta);
+  auto begun =
+      journal_.begin(task_.history, std::move(requests), task_.options.source, task_.date, std::move(before.change));
+  if (!begun) {
+    keepUnrecorded();
+    refuseRest(batch, begun.error());
+    return failure(begun.error());
+  }
+  std::ranges::move(before.receipts, std::back_inserter(report_.entries));
+  moving_.emplace(*std::move(begun), std::move(batch));
+  perform(*moving_);
+  noteAvailable(*moving_, availableBefore);
   return {};
+}
+
+void RemovalRun::recordLast() {
+  if (!moving_) return;
+  auto receipts = moving_->transaction.finish(moving_->availableBytesDelta);
+  if (receipts) {
+    std::ranges::move(*receipts, std::back_inserter(report_.entries));
+    moving_.reset();
+  } else {
+    keepUnrecorded();
+    refuseRest({}, receipts.error());
+  }
 }
 
 /// That of the review, unless an earlier run used it: the same review may be acted upon again after an undo.
@@ -169,49 +191,46 @@ Uuid RemovalRun::identifierOf(const Candidate& candidate) {
   return task_.history->document().find(reviewed) == nullptr ? reviewed : services_.random.uuid();
 }
 
-void RemovalRun::perform(CleanupMoveJournal::Transaction& transaction, const Batch& batch) {
-  for (std::size_t i = 0; i < batch.size() && !isStopped(); ++i) {
-    if (const auto failed = transaction.perform(i)) {
-      refuse(batch[i].index, transaction.moves()[i].isUncertain() ? uncertainRefusal() : refusalOf(*failed));
+void RemovalRun::perform(Moving& moving) {
+  for (std::size_t i = 0; i < moving.batch.size() && !isStopped(); ++i) {
+    const Candidate& candidate = moving.batch[i];
+    if (const auto failed = moving.transaction.perform(i)) {
+      const bool isUncertain = moving.transaction.moves()[i].isUncertain();
+      refuse(candidate.index, isUncertain ? uncertainRefusal() : refusalOf(*failed));
     } else {
-      moved_.take(batch[i].canonicalPath);
+      moved_.take(candidate.canonicalPath);
       ++report_.movedCount;
-      report_.movedBytes += batch[i].size;
-      noteDone(batch[i].index);
+      report_.movedBytes += candidate.size;
+      noteDone(candidate.index);
     }
   }
 }
 
-void RemovalRun::record(CleanupMoveJournal::Transaction& transaction, const Batch& batch,
-                        std::optional<std::int64_t> availableBefore) {
-  const auto availableAfter = availableBytes(batch);
-  std::optional<std::int64_t> delta;
-  const bool hasMoved = std::ranges::any_of(transaction.moves(), &CleanupMoveJournal::Transaction::Move::isFinished);
-  if (hasMoved && availableBefore && availableAfter) delta = *availableAfter - *availableBefore;
-  if (delta) report_.availableBytesDelta = report_.availableBytesDelta.value_or(0) + *delta;
-  auto receipts = transaction.finish(delta);
-  if (receipts) {
-    std::ranges::move(*receipts, std::back_inserter(report_.entries));
-  } else {
-    keepUnrecorded(transaction, batch);
-    refuseRest({}, receipts.error());
-  }
+void RemovalRun::noteAvailable(Moving& moving, std::optional<std::int64_t> before) {
+  const auto after = availableBytes(moving.batch);
+  const bool hasMoved =
+      std::ranges::any_of(moving.transaction.moves(), &CleanupMoveJournal::Transaction::Move::isFinished);
+  if (!hasMoved || !before || !after) return;
+  moving.availableBytesDelta = *after - *before;
+  report_.availableBytesDelta = report_.availableBytesDelta.value_or(0) + *moving.availableBytesDelta;
 }
 
 /// What was moved is in the Trash, but its record still reads "interrupted".
-void RemovalRun::keepUnrecorded(const CleanupMoveJournal::Transaction& transaction, const Batch& batch) {
-  for (std::size_t i = 0; i < batch.size(); ++i) {
-    const CleanupMoveJournal::Transaction::Move& move = transaction.moves()[i];
+void RemovalRun::keepUnrecorded() {
+  if (!moving_) return;
+  for (std::size_t i = 0; i < moving_->batch.size(); ++i) {
+    const CleanupMoveJournal::Transaction::Move& move = moving_->transaction.moves()[i];
     if (!move.isAnnounced || !(move.isFinished || move.failure)) continue;
     CleaningHistoryEntry entry = move.receipt;
     if (move.isFinished) {
       entry.items.front().cleanupJournalUnavailable = true;
       entry.items.front().failureReason = services_.moves.texts(journalKeys::unavailable);
       report_.failures.push_back(
-          {batch[i].index, {std::string(journalKeys::unavailable), CleanupFailureCategory::other}});
+          {moving_->batch[i].index, {std::string(journalKeys::unavailable), CleanupFailureCategory::other}});
     }
     report_.entries.push_back(std::move(entry));
   }
+  moving_.reset();
 }
 
 std::optional<std::int64_t> RemovalRun::availableBytes(const Batch& batch) {

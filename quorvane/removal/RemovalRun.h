@@ -51,12 +51,22 @@ class RemovalRun {
   std::optional<RemovalRefusal> refusalOfTree(const Candidate& candidate, const TreeOutcome& outcome) const;
   std::optional<RemovalRefusal> refusalOfUse(const FilePath& canonicalPath);
 
-  Outcome<void, RecoveryStoreError> move(const Batch& batch);
+  /// A batch that was announced and is being moved, or was; what became of it is still to be written.
+  struct Moving {
+    CleanupMoveJournal::Transaction transaction;
+    Batch batch;
+    std::optional<std::int64_t> availableBytesDelta = std::nullopt;
+
+    Moving(CleanupMoveJournal::Transaction begun, Batch announced)
+        : transaction(std::move(begun)), batch(std::move(announced)) {}
+  };
+
+  Outcome<void, RecoveryStoreError> move(Batch batch);
+  void recordLast();
   Uuid identifierOf(const Candidate& candidate);
-  void perform(CleanupMoveJournal::Transaction& transaction, const Batch& batch);
-  void record(CleanupMoveJournal::Transaction& transaction, const Batch& batch,
-              std::optional<std::int64_t> availableBefore);
-  void keepUnrecorded(const CleanupMoveJournal::Transaction& transaction, const Batch& batch);
+  void perform(Moving& moving);
+  void noteAvailable(Moving& moving, std::optional<std::int64_t> before);
+  void keepUnrecorded();
   std::optional<std::int64_t> availableBytes(const Batch& batch);
 
   void refuse(std::size_t index, RemovalRefusal refusal);
@@ -69,6 +79,7 @@ class RemovalRun {
   Task task_;
   CleanupMoveJournal journal_;
 
+  std::optional<Moving> moving_;
   std::size_t next_ = 0;  ///< the first request that no batch has
   std::size_t doneCount_ = 0;
   std::set<Uuid> identifiers_;

@@ -418,9 +418,11 @@ TEST_F(RemoverTests, laterBatchesStopAtAHistoryThatCannotBeWritten) {
   for (const char* name : {"a", "b", "c"}) home.write(name);
   auto requests = home.requests({"a", "b", "c"});
   requests[0].size = std::int64_t{1} << 40;
-  failAt(FileCall::renameReplacing, 3, FaultSpan::fromThereOn, ENOSPC);  // the announcement of the second batch
-  EXPECT_EQ(fates(home, requests, home.remove(requests)),
-            (Fates{{"a", "moved"}, {"b", "history.error.notWritten other"}, {"c", "history.error.notWritten other"}}));
+  // What became of the first batch and the announcement of the second.
+  failAt(FileCall::renameReplacing, 2, FaultSpan::fromThereOn, ENOSPC);
+  EXPECT_EQ(fates(home, requests, home.remove(requests)), (Fates{{"a", "cleanup.journal.unavailable other"},
+                                                                 {"b", "history.error.notWritten other"},
+                                                                 {"c", "history.error.notWritten other"}}));
   EXPECT_TRUE(home.holds("b"));
 }
 

@@ -82,7 +82,6 @@ class FailingFileSystem final : public FileSystem {
   Outcome<FileDescriptor, PosixError> createFile(int folder, const char* name) override;
   Outcome<std::size_t, PosixError> write(int file, std::span<const std::byte> bytes) override;
   Outcome<void, PosixError> synchronise(int descriptor) override;
-  void startWriteBack(int file) override { real_.startWriteBack(file); }
   Outcome<void, PosixError> renameReplacing(int fromFolder, const char* from, int toFolder, const char* to) override;
   Outcome<void, PosixError> renameExclusive(int fromFolder, const char* from, int toFolder, const char* to) override;
   Outcome<void, PosixError> removeFile(int folder, const char* name) override;

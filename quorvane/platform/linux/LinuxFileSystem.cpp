@@ -115,8 +115,6 @@ class LinuxFileSystem final : public PosixFileSystem {
     return names;
   }
 
-  void startWriteBack(int file) override { ::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE); }
-
  private:
   int systemOpenRealFolder(const char* path) override {
     open_how how{};

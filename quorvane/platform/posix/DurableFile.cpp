@@ -1,5 +1,6 @@
 #include "quorvane/platform/DurableFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 
@@ -24,7 +25,10 @@ Outcome<void, PosixError> writeAll(FileSystem& fileSystem, int file, std::span<c
 
 /// Small pieces are gathered first, since each write is a call of the system.
 Outcome<void, PosixError> writePieces(FileSystem& fileSystem, int file, std::span<const std::string_view> pieces) {
+  std::size_t size = 0;
+  for (const std::string_view piece : pieces) size += piece.size();
   std::string gathered;
+  gathered.reserve(std::min(size, 2 * gatheredBytes));
   for (const std::string_view piece : pieces) {
     gathered += piece;
     if (gathered.size() < gatheredBytes) continue;
