@@ -49,34 +49,42 @@ class Beginning {
   using Move = CleanupMoveJournal::Transaction::Move;
 
   /// Fills in what the move needs to go on; the reason when it must not.
-  std::optional<MoveFailure> prepare(Move& move) {
+  std::optional<MoveFailure> prepare(Move& move, const ItemPlace* provenPlace) {
     CleaningHistoryItem& item = move.item();
     const bool isPendingShape =
         item.outcome == CleaningHistoryItemOutcome::failed && !item.trashedPath && !item.pendingCleanup;
     const bool isNew = history_.find(item.id) == nullptr && identifiers_.insert(item.id).second;
     if (!isPendingShape || !isNew) return FileProtectionError::changed;
+    if (provenPlace != nullptr) return prepareAt(move, *provenPlace);
     const auto place = placeOf(services_.fileSystem, item.originalPath);
-    if (!place) return place.error();
-    const auto status = services_.fileSystem.status(place->folder.number(), place->name.c_str());
+    return place ? prepareAt(move, *place) : std::optional<MoveFailure>(place.error());
+  }
+
+ private:
+  std::optional<MoveFailure> prepareAt(Move& move, const ItemPlace& place) {
+    const auto status = services_.fileSystem.status(place.folder.number(), place.name.c_str());
     if (!status) return status.error();
     move.identity = identityOf(*status);
     if (!isUnchanged(move.proven, *status)) return FileProtectionError::changed;
     if (std::ranges::any_of(externalMoves_, [&](const ExternalMove& other) { return blocks(other, move); }))
       return CleanupMoveError::externalMovePending;
-    return chooseTrash(move, *place);
+    return chooseTrash(move, place);
   }
 
- private:
   bool blocks(const ExternalMove& other, const Move& move) const {
     const FilePath& path = move.item().originalPath;
     return other.identity == move.identity || overlap(other.path, path) || overlap(other.resolvedPath, path);
   }
 
   std::optional<MoveFailure> chooseTrash(Move& move, const ItemPlace& place) {
-    const auto folder = services_.fileSystem.status(place.folder.number());
-    if (!folder) return folder.error();
-    if (!trash_ || mount_ != folder->mount || device_ != folder->device)
-      if (auto failed = openTrash(move.item().originalPath, *folder)) return failed;
+    const FilePath folderPath = parentOf(move.item().originalPath);
+    if (!trash_ || folderPath != lastFolder_) {
+      const auto folder = services_.fileSystem.status(place.folder.number());
+      if (!folder) return folder.error();
+      if (!trash_ || mount_ != folder->mount || device_ != folder->device)
+        if (auto failed = openTrash(move.item().originalPath, *folder)) return failed;
+      lastFolder_ = folderPath;
+    }
     // Also an object that is itself another volume's root has another device.
     if (trashIdentity_.device != move.identity.device) return FileProtectionError::invalidRestore;
     move.trash = trash_;
@@ -109,6 +117,7 @@ class Beginning {
   std::vector<ExternalMove> externalMoves_;
   std::set<Uuid> identifiers_;  ///< of this transaction
   std::shared_ptr<TrashFolder> trash_;
+  FilePath lastFolder_;  ///< items of one folder follow each other
   std::uint64_t mount_ = 0;
   std::int32_t device_ = 0;
   FileIdentity trashIdentity_;
@@ -137,9 +146,10 @@ Outcome<CleanupMoveJournal::Transaction, RecoveryStoreError> CleanupMoveJournal:
   Transaction transaction(services_, history);
   OpenHistory::Change change = std::move(alongside);
   for (Request& request : requests) {
+    const ItemPlace* const place = request.place;
     const FileStatus proven = request.proven.value_or(FileStatus{});  // which is no object's
     Transaction::Move move{.receipt = receiptFor(std::move(request), source, date), .proven = proven};
-    move.failure = beginning.prepare(move);
+    move.failure = beginning.prepare(move, place);
     move.item().failureReason = services_.texts(journalKeys::interrupted);
     move.isAnnounced = !move.failure;
     if (move.isAnnounced) change.inserted.push_back(move.receipt);

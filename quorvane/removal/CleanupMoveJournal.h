@@ -41,6 +41,7 @@ class CleanupMoveJournal {
     CleaningHistoryItem item;
     /// What the caller proved the item to be: only that is moved. Without it nothing is.
     std::optional<FileStatus> proven = std::nullopt;
+    const ItemPlace* place = nullptr;  ///< where it was proved; none: what its path means now
     std::optional<UninstallHistoryContext> uninstallContext = std::nullopt;
   };
 

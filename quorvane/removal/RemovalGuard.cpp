@@ -120,12 +120,10 @@ bool RemovalGuard::isCovered(FilePath path) const {
   return true;
 }
 
-std::optional<RemovalRefusal> RemovalGuard::refusalOfObject(const ItemPlace& place, const FilePath& canonicalPath) {
-  const auto status = fileSystem_.status(place.folder.number(), place.name.c_str());
-  if (!status) return refusalOfPath(status.error());
-  const bool isOwnObject = ownObjects_.contains({status->device, status->inode});
+std::optional<RemovalRefusal> RemovalGuard::refusalOfObject(const FileStatus& object, const FilePath& canonicalPath) {
+  const bool isOwnObject = ownObjects_.contains({object.device, object.inode});
   if (isOwnObject || isInOwnObject(parentOf(canonicalPath))) return protectedRefusal();
-  if (status->isLink() && leadsToIgnored(canonicalPath)) return refusalOf(FileProtectionError::ignored);
+  if (object.isLink() && leadsToIgnored(canonicalPath)) return refusalOf(FileProtectionError::ignored);
   return std::nullopt;
 }
 

@@ -31,9 +31,9 @@ class RemovalGuard {
   /// The path with the links above its last component resolved, if what stands there may be removed.
   Outcome<FilePath, RemovalRefusal> admitted(const FilePath& path);
 
-  /// What speaks against the object that stands at the place of an admitted path: that it is one of the guarded places,
+  /// What speaks against the object that was found at an admitted path: that it is one of the guarded places,
   /// or in one, under another name, as a bind mount gives it, or a link to something that is ignored.
-  std::optional<RemovalRefusal> refusalOfObject(const ItemPlace& place, const FilePath& canonicalPath);
+  std::optional<RemovalRefusal> refusalOfObject(const FileStatus& object, const FilePath& canonicalPath);
 
  private:
   bool isOwn(const FilePath& canonicalPath) const;

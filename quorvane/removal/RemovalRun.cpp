@@ -91,7 +91,6 @@ Outcome<RemovalRun::Candidate, RemovalRefusal> RemovalRun::admitted(std::size_t 
 }
 
 std::optional<RemovalRefusal> RemovalRun::refusalOfPlace(const Candidate& candidate) {
-  if (auto refusal = guard_.refusalOfObject(candidate.place, candidate.canonicalPath)) return refusal;
   if (!task_.options.isRehearsal) return std::nullopt;
   // What was found to be movable before would have gone by now.
   const bool isGone = taken_.covers(candidate.canonicalPath);
@@ -126,8 +125,10 @@ void RemovalRun::prove(Batch& batch) {
   batch = std::move(proved);
 }
 
-std::optional<RemovalRefusal> RemovalRun::refusalOfTree(const Candidate& candidate, const TreeOutcome& outcome) const {
+std::optional<RemovalRefusal> RemovalRun::refusalOfTree(const Candidate& candidate, const TreeOutcome& outcome) {
+  if (!outcome && outcome.error().isMissing()) return refusalOfGone(moved_, candidate.canonicalPath);
   if (!outcome) return refusalOfPath(outcome.error());
+  if (auto refusal = guard_.refusalOfObject(outcome->root, candidate.canonicalPath)) return refusal;
   const auto& reviewed = task_.requests[candidate.index].snapshot;
   const bool holdsMount = !outcome->mountsInside.empty();
   // Without a snapshot it could not be read as a whole when it was reviewed, either: that is no change.
@@ -156,7 +157,8 @@ Outcome<void, RecoveryStoreError> RemovalRun::move(Batch batch) {
   for (const Candidate& each : batch)
     requests.push_back(
         {.item = pendingItem(task_.requests[each.index], identifierOf(each), each.canonicalPath, each.size),
-         .proven = each.proven});
+         .proven = each.proven,
+         .place = &each.place});
   CleanupMoveJournal::Transaction::Conclusion before;
   if (moving_) before = moving_->transaction.conclude(moving_->availableBytesDelta);
   auto begun =

@@ -48,7 +48,7 @@ class RemovalRun {
   std::optional<RemovalRefusal> refusalOfPlace(const Candidate& candidate);
 
   void prove(Batch& batch);
-  std::optional<RemovalRefusal> refusalOfTree(const Candidate& candidate, const TreeOutcome& outcome) const;
+  std::optional<RemovalRefusal> refusalOfTree(const Candidate& candidate, const TreeOutcome& outcome);
   std::optional<RemovalRefusal> refusalOfUse(const FilePath& canonicalPath);
 
   /// A batch that was announced and is being moved, or was; what became of it is still to be written.

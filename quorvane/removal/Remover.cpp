@@ -72,7 +72,7 @@ std::vector<ReviewOutcome> Remover::reviewTogether(RemovalGuard& guard, std::spa
   const auto outcomes = services_.walker.measure(roots, walk);
   auto outcome = outcomes.begin();
   for (ReviewOutcome& each : reviewed)
-    if (each) each = measured(*std::move(each), *outcome++);
+    if (each) each = measured(guard, *std::move(each), *outcome++);
   if (stop.stopRequested()) reviewed.clear();
   return reviewed;
 }
@@ -83,7 +83,6 @@ ReviewOutcome Remover::admitted(RemovalGuard& guard, const FilePath& path, std::
   if (!canonicalPath) return failure(canonicalPath.error());
   auto place = placeOf(services_.moves.fileSystem, *canonicalPath);
   if (!place) return failure(refusalOfPath(place.error()));
-  if (auto refusal = guard.refusalOfObject(*place, *canonicalPath)) return failure(*std::move(refusal));
   places.push_back(*std::move(place));
   return RemovalRequest{.id = services_.random.uuid(),
                         .name = withReplacedInvalidUtf8(leafOf(path)),
@@ -92,11 +91,13 @@ ReviewOutcome Remover::admitted(RemovalGuard& guard, const FilePath& path, std::
                         .snapshot = FileTreeSnapshot{{}, *canonicalPath, {}}};
 }
 
-ReviewOutcome Remover::measured(RemovalRequest request, const TreeOutcome& tree) {
+ReviewOutcome Remover::measured(RemovalGuard& guard, RemovalRequest request, const TreeOutcome& tree) {
   if (!tree) return failure(refusalOfPath(tree.error()));
+  const FilePath canonicalPath = request.snapshot->canonicalPath;
+  if (auto refusal = guard.refusalOfObject(tree->root, canonicalPath)) return failure(*std::move(refusal));
   if (auto refusal = refusalOfUnproved(*tree)) return failure(*std::move(refusal));
   request.size = tree->allocatedBytes;
-  request.snapshot = snapshotOf(*tree, request.snapshot->canonicalPath);
+  request.snapshot = snapshotOf(*tree, canonicalPath);
   return request;
 }
 

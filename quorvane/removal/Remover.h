@@ -125,7 +125,7 @@ class Remover {
   std::vector<ReviewOutcome> reviewTogether(RemovalGuard& guard, std::span<const FilePath> paths,
                                             const StopToken& stop);
   ReviewOutcome admitted(RemovalGuard& guard, const FilePath& path, std::vector<ItemPlace>& places);
-  static ReviewOutcome measured(RemovalRequest request, const TreeOutcome& tree);
+  static ReviewOutcome measured(RemovalGuard& guard, RemovalRequest request, const TreeOutcome& tree);
 
   RemovalServices services_;
   FilePath home_;
