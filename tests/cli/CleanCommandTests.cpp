@@ -104,9 +104,17 @@ TEST(CleanCommandTests, asksAndLetsTheReviewBeEdited) {
   } cases[] = {
       {{"y"}, {"bitwarden", "unknown"}},
       {{"3", "YES"}, {"bitwarden", "thumbnails", "unknown"}},
-      {{"2-4", "y"}, {"bitwarden"}},
-      {{"review, 2", "yes"}, {"bitwarden", "mesa_shader_cache"}},
-      {{"applicationcache", "1", "y"}, {"bitwarden"}},
+      {{"e", "2-4", "y"}, {"bitwarden"}},
+      {{"e", "review, 2", "yes"}, {"bitwarden", "mesa_shader_cache"}},
+      {{"?4", "applicationcache", "1", "y"}, {"bitwarden"}},
+      // What was not shown is shown first, and selected only when it is named again.
+      {{"4", "y"}, {"bitwarden", "unknown"}},
+      {{"4 4, 4-4", "y"}, {"bitwarden", "unknown"}},
+      {{"2-4", "y"}, {"bitwarden", "unknown"}},
+      {{"review", "y"}, {"bitwarden", "unknown"}},
+      {{"applicationCache", "y"}, {"bitwarden", "unknown"}},
+      {{"review, 2", "y"}, {"bitwarden", "mesa_shader_cache", "unknown"}},
+      {{"1-4", "1-4", "y"}, {"bitwarden"}},
       {{"2-3", "y", "n"}, {"bitwarden", "mesa_shader_cache", "thumbnails", "unknown"}},
       {{"99", "nonsense", "?99", "e", "?4", "y"}, {"bitwarden", "unknown"}},
   };
@@ -121,6 +129,16 @@ TEST(CleanCommandTests, asksAndLetsTheReviewBeEdited) {
   for (const char* part : {"1: blocked", "nonsense: there is no such item", "2-3: no longer selected",
                            "Nothing is selected.", "Not a known cache", "Digest", "Identifier"})
     EXPECT_THAT(shown, HasSubstr(part));
+  // Once when it is shown first, and once when it is selected.
+  const auto timesShown = [&](const Names& answers) {
+    const std::string errors = home.answered({"clean"}, answers).errors;
+    int times = 0;
+    for (std::size_t at = 0; (at = errors.find(" unknown ", at)) != std::string::npos; ++at) ++times;
+    return times;
+  };
+  EXPECT_EQ(timesShown({"n"}), 0);
+  EXPECT_EQ(timesShown({"review", "n"}), 1);
+  EXPECT_EQ(timesShown({"review", "review", "n"}), 2);
 }
 
 TEST(CleanCommandTests, selectsExactlyWhatIsNamed) {

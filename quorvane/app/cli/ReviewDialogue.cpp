@@ -4,6 +4,7 @@
 #include "quorvane/app/cli/ReviewSelection.h"
 
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace quorvane {
@@ -24,6 +25,7 @@ std::string_view keyOf(ReviewSelection::Change change) {
     case ReviewSelection::Change::unselected: return "cli.review.unselected";
     case ReviewSelection::Change::onlyBlocked: return "cli.review.onlyBlocked";
     case ReviewSelection::Change::unknown: return "cli.review.unknown";
+    case ReviewSelection::Change::notShown: return "cli.review.notShown";
   }
   std::unreachable();
 }
@@ -66,6 +68,7 @@ class ReviewDialogue {
   std::optional<bool> operator()(Evidence wanted) {
     if (const ScanItem* item = selection_.itemNumbered(wanted.number)) {
       console_.show(itemEvidence(*item, result_, style_));
+      selection_.setShown(*item);
     } else {
       say({"cli.review.noSuchNumber", {{"what", std::to_string(wanted.number)}}});
     }
@@ -73,9 +76,14 @@ class ReviewDialogue {
   }
 
   std::optional<bool> operator()(const Change& change) {
-    for (const Part& part : change.parts)
-      say({std::string(keyOf(selection_.apply(part))),
+    std::set<const ScanItem*> toShow;
+    for (const Part& part : change.parts) {
+      const auto applied = selection_.apply(part);
+      toShow.insert(applied.toShow.begin(), applied.toShow.end());
+      say({std::string(keyOf(applied.change)),
            {{"what", wordsOf(part)}, {"categories", MessageList{selection_.categoryNames()}}}});
+    }
+    showGroups(selection_.groupsOf(toShow));  // behind the last part: one answer cannot show and select
     return std::nullopt;
   }
 
@@ -90,6 +98,7 @@ class ReviewDialogue {
     ReportText text(style_);
     writeItemTable(text, groups, style_);
     console_.show(text.take());
+    selection_.setShown(groups);
   }
 
   void showHint() {

@@ -3,6 +3,8 @@
 #include "quorvane/base/Utf8.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace quorvane {
 
@@ -28,14 +30,25 @@ std::vector<ScanItem*> ReviewSelection::named(const reviewAnswer::Part& part) co
   return found;
 }
 
-ReviewSelection::Change ReviewSelection::apply(const reviewAnswer::Part& part) {
+ReviewSelection::Applied ReviewSelection::apply(const reviewAnswer::Part& part) {
   std::vector<ScanItem*> items = named(part);
-  if (items.empty()) return Change::unknown;
+  if (items.empty()) return {Change::unknown};
   std::erase_if(items, [](const ScanItem* item) { return item->safety == SafetyLevel::blocked && !item->isSelected; });
-  if (items.empty()) return Change::onlyBlocked;
+  if (items.empty()) return {Change::onlyBlocked};
+  Applied applied{Change::notShown};
+  std::ranges::copy_if(items, std::back_inserter(applied.toShow),
+                       [this](const ScanItem* item) { return !shown_.contains(item); });
+  if (!applied.toShow.empty()) return applied;
   const bool selects = !std::ranges::all_of(items, &ScanItem::isSelected);
-  for (ScanItem* item : items) item->isSelected = selects;
-  return selects ? Change::selected : Change::unselected;
+  applied.change = selects ? Change::selected : Change::unselected;
+  for (ScanItem* item : items)
+    if (std::exchange(item->isSelected, selects) != selects && selects) applied.toShow.push_back(item);
+  return applied;
+}
+
+void ReviewSelection::setShown(const std::vector<ItemGroup>& groups) {
+  for (const ItemGroup& group : groups)
+    for (const ListedItem& listed : group.items) shown_.insert(listed.item);
 }
 
 const ScanItem* ReviewSelection::itemNumbered(std::size_t number) const {
@@ -43,9 +56,16 @@ const ScanItem* ReviewSelection::itemNumbered(std::size_t number) const {
 }
 
 std::vector<ItemGroup> ReviewSelection::selected() const {
+  std::set<const ScanItem*> items;
+  for (const ScanItem& item : items_)
+    if (item.isSelected) items.insert(&item);
+  return groupsOf(items);
+}
+
+std::vector<ItemGroup> ReviewSelection::groupsOf(const std::set<const ScanItem*>& items) const {
   std::vector<ItemGroup> groups = groups_;
   for (ItemGroup& group : groups)
-    std::erase_if(group.items, [](const ListedItem& each) { return !each.item->isSelected; });
+    std::erase_if(group.items, [&](const ListedItem& each) { return !items.contains(each.item); });
   std::erase_if(groups, [](const ItemGroup& group) { return group.items.empty(); });
   return groups;
 }
