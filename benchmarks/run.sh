@@ -114,9 +114,11 @@ if command -v gio >/dev/null; then
         --row "gio trash" peer $emptied -- \
             env HOME="$trashHome" XDG_DATA_HOME="$trashHome/.local/share" sh -c 'exec gio trash "$1"/*' sh "$trashHome/.cache" \
         --row "quorvane trash" ratio=1 memory=48 $emptied -- \
-            sh -c 'exec "$1" trash --yes --home "$2" "$2"/.cache/*' sh "$quorvane" "$trashHome" \
+            env HOME="$trashHome" XDG_DATA_HOME="$trashHome/.local/share" XDG_CACHE_HOME="$trashHome/.cache" \
+            sh -c 'exec "$1" trash --yes "$2"/*' sh "$quorvane" "$trashHome/.cache" \
         --row "quorvane clean" ratio=1 memory=48 $emptied -- \
-            "$quorvane" clean --yes --home "$trashHome" --select applicationCache
+            env HOME="$trashHome" XDG_DATA_HOME="$trashHome/.local/share" XDG_CACHE_HOME="$trashHome/.cache" \
+            "$quorvane" clean --yes --select applicationCache
     # shellcheck disable=SC2086
     ! command -v trash-put >/dev/null || set -- "$@" --row "trash-put" $emptied -- \
         env HOME="$trashHome" XDG_DATA_HOME="$trashHome/.local/share" sh -c 'exec trash-put "$1"/*' sh "$trashHome/.cache"

@@ -53,7 +53,7 @@ class Beginning {
     CleaningHistoryItem& item = move.item();
     const bool isPendingShape =
         item.outcome == CleaningHistoryItemOutcome::failed && !item.trashedPath && !item.pendingCleanup;
-    const bool isNew = history_.find(item.id) == nullptr && identifiers_.insert(item.id).second;
+    const bool isNew = !history_.knows(item.id) && identifiers_.insert(item.id).second;
     if (!isPendingShape || !isNew) return FileProtectionError::changed;
     if (provenPlace != nullptr) return prepareAt(move, *provenPlace);
     const auto place = placeOf(services_.fileSystem, item.originalPath);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <ranges>
-#include <set>
 
 namespace quorvane {
 
@@ -104,26 +103,17 @@ class ElementSplitter {
   bool isAtEnd_ = false;
 };
 
-/// Whether no identifier of the entry names anything else; only a receipt and its item share one.
-bool takeIdentifiers(const CleaningHistoryEntry& entry, std::set<Uuid>& taken) {
-  const bool isItsOwn = entry.items.size() == 1 && entry.items.front().id == entry.id;
-  if (!taken.insert(entry.id).second) return false;
-  return isItsOwn || std::ranges::all_of(entry.items,
-                                         [&](const CleaningHistoryItem& item) { return taken.insert(item.id).second; });
-}
-
 }  // namespace
 
 Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view text) {
   HistoryDocument document;
-  std::set<Uuid> identifiers;
   ElementSplitter splitter(text);
   if (!splitter.enter()) return failure(JsonError{JsonFault::malformed, {}});
   while (const auto element = splitter.next()) {
     auto entry = recordFromText<CleaningHistoryEntry>(*element);
     const std::string place = std::to_string(document.entries_.size());
     if (!entry) return failure(json::below(place, entry.error()));
-    if (!takeIdentifiers(*entry, identifiers)) return failure(JsonError{JsonFault::malformed, place});
+    if (!document.takeIdentifiers(*entry)) return failure(JsonError{JsonFault::malformed, place});
     document.entries_.push_back(*std::move(entry));
     document.texts_.emplace_back(*element);
   }
@@ -131,7 +121,17 @@ Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view tex
   return document;
 }
 
+/// Whether no identifier of the entry names anything else; only a receipt and its item share one.
+bool HistoryDocument::takeIdentifiers(const CleaningHistoryEntry& entry) {
+  const bool isItsOwn = entry.items.size() == 1 && entry.items.front().id == entry.id;
+  if (!identifiers_.insert(entry.id).second) return false;
+  return isItsOwn || std::ranges::all_of(entry.items, [&](const CleaningHistoryItem& item) {
+           return identifiers_.insert(item.id).second;
+         });
+}
+
 const CleaningHistoryEntry* HistoryDocument::find(const Uuid& entryOrItem) const {
+  if (!knows(entryOrItem)) return nullptr;
   const auto found = std::ranges::find_if(entries_, [&](const CleaningHistoryEntry& entry) {
     return entry.id == entryOrItem ||
            std::ranges::find(entry.items, entryOrItem, &CleaningHistoryItem::id) != entry.items.end();
@@ -141,23 +141,22 @@ const CleaningHistoryEntry* HistoryDocument::find(const Uuid& entryOrItem) const
 
 void HistoryDocument::insertFront(std::vector<CleaningHistoryEntry> entries) {
   for (CleaningHistoryEntry& entry : std::views::reverse(entries)) {
+    takeIdentifiers(entry);
     texts_.push_front(encoded(entry));
     entries_.push_front(std::move(entry));
   }
 }
 
-bool HistoryDocument::holds(const Uuid& entry) const {
-  return std::ranges::find(entries_, entry, &CleaningHistoryEntry::id) != entries_.end();
-}
-
 void HistoryDocument::replace(const CleaningHistoryEntry& entry) {
-  const std::size_t place = placeOf(entry.id);
+  const std::size_t place = placeOf(entry.id);  // an entry keeps its items, and so their identifiers
   texts_[place] = encoded(entry);
   entries_[place] = entry;
 }
 
 void HistoryDocument::erase(const Uuid& entry) {
   const auto place = static_cast<std::ptrdiff_t>(placeOf(entry));
+  for (const CleaningHistoryItem& item : entries_[placeOf(entry)].items) identifiers_.erase(item.id);
+  identifiers_.erase(entry);
   texts_.erase(texts_.begin() + place);
   entries_.erase(entries_.begin() + place);
 }

@@ -6,6 +6,7 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace quorvane {
@@ -24,7 +25,8 @@ class HistoryDocument {
   const CleaningHistoryEntry* find(const Uuid& entryOrItem) const;
 
   void insertFront(std::vector<CleaningHistoryEntry> entries);
-  bool holds(const Uuid& entry) const;
+  /// Whether an entry or an item has this identifier; takes the same short time however long the history is.
+  bool knows(const Uuid& entryOrItem) const { return identifiers_.contains(entryOrItem); }
   /// Puts an entry in the place of the one with its identifier, which the history holds.
   void replace(const CleaningHistoryEntry& entry);
   /// Takes out an entry that the history holds.
@@ -35,9 +37,11 @@ class HistoryDocument {
 
  private:
   std::size_t placeOf(const Uuid& entry) const;
+  bool takeIdentifiers(const CleaningHistoryEntry& entry);
 
   std::deque<CleaningHistoryEntry> entries_;
-  std::deque<std::string> texts_;  ///< one for each entry
+  std::deque<std::string> texts_;         ///< one for each entry
+  std::unordered_set<Uuid> identifiers_;  ///< of all entries and items
 };
 
 }  // namespace quorvane

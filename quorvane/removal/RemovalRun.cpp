@@ -36,6 +36,9 @@ RemovalRun::RemovalRun(const RemovalServices& services, RemovalGuard& guard, Tas
     : services_(services), guard_(guard), task_(std::move(task)), journal_(services.moves) {}
 
 Outcome<RemovalReport, RemovalError> RemovalRun::perform() {
+  // Listing all processes takes as long as proving the first batch, and can be done meanwhile.
+  inUseReadAt_ = services_.moves.clock.uptime();
+  firstReading_ = std::async([&] { return services_.processReader.read(); });
   while (next_ < task_.requests.size() && !isStopped()) {
     Batch batch = gather();
     prove(batch);
@@ -140,7 +143,8 @@ std::optional<RemovalRefusal> RemovalRun::refusalOfTree(const Candidate& candida
 
 std::optional<RemovalRefusal> RemovalRun::refusalOfUse(const FilePath& canonicalPath) {
   const Clock& clock = services_.moves.clock;
-  if (!inUse_ || clock.uptime() - inUseReadAt_ > oldestUse) {
+  if (firstReading_.valid()) inUse_.emplace(firstReading_.get());
+  if (clock.uptime() - inUseReadAt_ > oldestUse) {
     inUseReadAt_ = clock.uptime();
     inUse_.emplace(services_.processReader.read());
   }
@@ -190,7 +194,7 @@ void RemovalRun::recordLast() {
 /// That of the review, unless an earlier run used it: the same review may be acted upon again after an undo.
 Uuid RemovalRun::identifierOf(const Candidate& candidate) {
   const Uuid& reviewed = task_.requests[candidate.index].id;
-  return task_.history->document().find(reviewed) == nullptr ? reviewed : services_.random.uuid();
+  return task_.history->document().knows(reviewed) ? services_.random.uuid() : reviewed;
 }
 
 void RemovalRun::perform(Moving& moving) {

@@ -6,6 +6,7 @@
 #include "quorvane/removal/Remover.h"
 
 #include <chrono>
+#include <future>
 #include <memory>
 #include <optional>
 #include <set>
@@ -85,6 +86,7 @@ class RemovalRun {
   std::set<Uuid> identifiers_;
   TakenPlaces taken_;  ///< of one batch; of all in a rehearsal
   TakenPlaces moved_;
+  std::future<Outcome<std::vector<RunningProcess>, PosixError>> firstReading_;
   std::optional<InUseIndex> inUse_;
   std::chrono::steady_clock::time_point inUseReadAt_;
   RemovalReport report_;
