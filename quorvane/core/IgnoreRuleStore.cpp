@@ -58,11 +58,16 @@ std::unexpected<IgnoreRuleError> IgnoreRuleStore::refused(IgnoreRuleFault fault,
   return failure(IgnoreRuleError{fault, fileURL_, reason});
 }
 
+std::unexpected<IgnoreRuleError> IgnoreRuleStore::refusedFolder(IgnoreRuleFault fault, PosixError reason) const {
+  if (fault != IgnoreRuleFault::untrusted) return refused(fault, reason);
+  return failure(IgnoreRuleError{IgnoreRuleFault::untrustedFolder, parentOf(fileURL_), reason});
+}
+
 Outcome<std::vector<IgnoreRule>, IgnoreRuleError> IgnoreRuleStore::load() {
   const auto folder = openSupportFolder(fileSystem_, parentOf(fileURL_));
   if (folder) return read(folder->number());
   if (folder.error().fault == TrustFault::missing) return std::vector<IgnoreRule>{};
-  return refused(faultOf(folder.error().fault), folder.error().reason);
+  return refusedFolder(faultOf(folder.error().fault), folder.error().reason);
 }
 
 Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::add(const FilePath& path,
@@ -72,7 +77,7 @@ Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::add(const FilePath& path,
   if (!canonical) return refused(IgnoreRuleFault::invalidPath, canonical.error());
 
   const auto folder = makeSupportFolder(fileSystem_, parentOf(fileURL_));
-  if (!folder) return refused(faultOfMaking(folder.error().fault), folder.error().reason);
+  if (!folder) return refusedFolder(faultOfMaking(folder.error().fault), folder.error().reason);
   const auto lock = locked(folder->number());
   if (!lock) return failure(lock.error());
   auto rules = read(folder->number());
@@ -88,7 +93,7 @@ Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::add(const FilePath& path,
 Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::remove(std::string_view pathOrIdentifier) {
   const auto folder = openSupportFolder(fileSystem_, parentOf(fileURL_));
   if (!folder && folder.error().fault == TrustFault::missing) return refused(IgnoreRuleFault::notFound);
-  if (!folder) return refused(faultOf(folder.error().fault), folder.error().reason);
+  if (!folder) return refusedFolder(faultOf(folder.error().fault), folder.error().reason);
   const auto lock = locked(folder->number());
   if (!lock) return failure(lock.error());
   auto rules = read(folder->number());
@@ -122,8 +127,7 @@ Outcome<std::vector<IgnoreRule>, IgnoreRuleError> IgnoreRuleStore::read(int fold
 Outcome<void, IgnoreRuleError> IgnoreRuleStore::write(int folder, const std::vector<IgnoreRule>& rules) {
   const std::string text = jsonText(rules);
   if (text.size() > largestFile) return refused(IgnoreRuleFault::notWritten, {EFBIG});
-  const auto written =
-      replaceFile(fileSystem_, folder, std::string(AppPaths::ignoredPathsName), text, random_.uuid());
+  const auto written = replaceFile(fileSystem_, folder, std::string(AppPaths::ignoredPathsName), text, random_.uuid());
   if (!written) return refused(IgnoreRuleFault::notWritten, written.error());
   return {};
 }

@@ -15,19 +15,21 @@ namespace quorvane {
 
 /// Why the ignore rules could not be read or changed. The file is left as it is in every case.
 enum class IgnoreRuleFault {
-  untrusted,    ///< the file could have been written by somebody else
-  unreadable,   ///< the system refuses to read it
-  undecodable,  ///< it does not hold ignore rules
-  busy,         ///< another run of the program is changing it
-  notWritten,   ///< the new rules could not be brought to the disk
-  notFound,     ///< no rule has this path or identifier
-  invalidPath,  ///< empty, relative, with a NUL, or one whose links cannot be resolved
+  untrustedFolder,  ///< the folder could have been filled by somebody else
+  untrusted,        ///< the file could have been written by somebody else
+  unreadable,       ///< the system refuses to read it
+  undecodable,      ///< it does not hold ignore rules
+  busy,             ///< another run of the program is changing it
+  notWritten,       ///< the new rules could not be brought to the disk
+  notFound,         ///< no rule has this path or identifier
+  invalidPath,      ///< empty, relative, with a NUL, or one whose links cannot be resolved
 };
-QV_CASE_NAMES(IgnoreRuleFault, untrusted, unreadable, undecodable, busy, notWritten, notFound, invalidPath)
+QV_CASE_NAMES(IgnoreRuleFault, untrustedFolder, untrusted, unreadable, undecodable, busy, notWritten, notFound,
+              invalidPath)
 
 struct IgnoreRuleError {
   IgnoreRuleFault fault;
-  FilePath file;      ///< the rules' file
+  FilePath file;      ///< the rules' file, or the folder that is not trusted
   PosixError reason;  ///< the system's own, where it gave one
 
   bool operator==(const IgnoreRuleError&) const = default;
@@ -58,6 +60,7 @@ class IgnoreRuleStore {
 
  private:
   std::unexpected<IgnoreRuleError> refused(IgnoreRuleFault fault, PosixError reason = {}) const;
+  std::unexpected<IgnoreRuleError> refusedFolder(IgnoreRuleFault fault, PosixError reason) const;
   Outcome<FileDescriptor, IgnoreRuleError> locked(int folder);
   Outcome<std::vector<IgnoreRule>, IgnoreRuleError> read(int folder);
   Outcome<void, IgnoreRuleError> write(int folder, const std::vector<IgnoreRule>& rules);

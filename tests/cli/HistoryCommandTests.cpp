@@ -10,6 +10,7 @@ namespace quorvane {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using Names = std::vector<std::string>;
 
 constexpr const char* historyFile = ".local/share/Quorvane/history.json";
@@ -82,7 +83,8 @@ TEST(HistoryCommandTests, tellsWhatCannotBePutBackAndWhatToDo) {
   std::filesystem::rename(home.at(".cache"), home.at("elsewhere"));
   const CommandLineRun orphan = home.run({"restore", id});
   EXPECT_EQ(orphan.code, 1);
-  EXPECT_THAT(orphan.output, HasSubstr("The folder " + home.at(".cache") + " is gone: make it first"));
+  EXPECT_THAT(orphan.output,
+              HasSubstr("The folder " + home.at(".cache") + " is gone, or a link or a file stands there"));
   std::filesystem::rename(home.at("elsewhere"), home.at(".cache"));
   EXPECT_EQ(home.run({"restore", id, id}).code, 0);
   const CommandLineRun again = home.run({"restore", id});
@@ -118,6 +120,10 @@ TEST(HistoryCommandTests, refusesAHistoryThatIsDamagedOrLocked) {
   const CommandLineRun overview = home.run({});
   EXPECT_EQ(overview.code, 1) << "the disk is shown all the same";
   EXPECT_THAT(overview.output, HasSubstr("Free"));
+  const Json document = home.json({}, 1);
+  EXPECT_TRUE(document.contains("storage"));
+  EXPECT_EQ(document["error"]["key"], "history.error.undecodable");
+  EXPECT_THAT(document["error"]["message"].get<std::string>(), HasSubstr("does not hold a history"));
   EXPECT_EQ(home.folder().read(historyFile), "damaged");
   EXPECT_TRUE(home.hasCache("unknown"));
 }
@@ -133,7 +139,29 @@ TEST(HistoryCommandTests, areInTheOverview) {
   EXPECT_EQ(after["history"]["entryCount"], 2);
   EXPECT_EQ(after["history"]["reclaimedBytes"], done["reclaimedBytes"]);
   EXPECT_EQ(after["history"]["lastRunAt"], done["entries"][0]["date"]);
-  EXPECT_THAT(home.run({}).output, HasSubstr("Moved to the Trash so far: "));
+  const std::string moved = home.run({}).output;
+  EXPECT_THAT(moved, HasSubstr("Moved to the Trash so far: "));
+  EXPECT_THAT(moved, testing::AllOf(HasSubstr("quorvane undo"), Not(HasSubstr("put back;"))));
+  ASSERT_EQ(home.run({"undo"}).code, 0);
+  const std::string back = home.run({}).output;
+  EXPECT_THAT(back, testing::AllOf(HasSubstr("was put back;"), Not(HasSubstr("quorvane undo"))));
+}
+
+TEST(HistoryCommandTests, sayInTheOverviewThatTheLastRunWasInterrupted) {
+  const CleanHome home;
+  ASSERT_EQ(home.run({"clean", "--yes"}).code, 0);
+  EXPECT_THAT(home.run({}).output, Not(HasSubstr("interrupted")));
+  Json entries = home.json({"history"});
+  Json& item = entries[0]["items"][0];
+  item["outcome"] = "failed";
+  item["failureReason"] = MessageCatalogue::english().text("cleanup.journal.interrupted");
+  for (const char* member : {"trashedPath", "trashIdentity", "trashLocation"}) item.erase(member);
+  std::filesystem::remove(home.at(historyFile));
+  home.folder().write(historyFile, entries.dump());
+  std::filesystem::permissions(home.at(historyFile), std::filesystem::perms(0600));
+  const CommandLineRun run = home.run({});
+  EXPECT_EQ(run.code, 0) << run.errors;
+  EXPECT_THAT(run.output, HasSubstr("The last run was interrupted: of 1 item"));
 }
 
 TEST(TrashCommandTests, movesWhatIsNamedAfterAReview) {
@@ -148,8 +176,9 @@ TEST(TrashCommandTests, movesWhatIsNamedAfterAReview) {
   for (const char* member : {"id", "url", "displayName", "size", "snapshot"})
     EXPECT_TRUE(planned["wouldMove"][0].contains(member)) << member;
   EXPECT_EQ(home.answered({"trash", letter}, {"n"}).code, 0);
+  EXPECT_THAT(home.answered({"trash", letter}, {"?", "", "y"}).errors, HasSubstr("y moves what is listed above"));
   EXPECT_TRUE(home.folder().holds("documents/letter"));
-  const CommandLineRun asked = home.answered({"trash", letter, letter, home.at("documents/missing")}, {"y"});
+  const CommandLineRun asked = home.answered({"trash", letter, letter, home.at("documents/missing")}, {" Y "});
   EXPECT_EQ(asked.code, 1);
   EXPECT_THAT(asked.errors, HasSubstr("Move this 1 item ("));
   EXPECT_THAT(asked.errors, HasSubstr("documents/missing: "));

@@ -14,6 +14,7 @@ namespace quorvane {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 const FilePath home{"/home/ada"};
 const std::string hostileName = "\x1b[2J\n\xE2\x80\xAE\xE6\x97\xA5\xFF" + std::string(200, 'w');
@@ -121,10 +122,31 @@ TEST(RemovalReportTests, tellTheStateOfEveryItem) {
 TEST(RemovalReportTests, groupFailuresAndGiveHints) {
   const auto catalogue = MessageCatalogue::english();
   const std::string text = removalReport(hostileSummary(), {catalogue, home, {}}, true);
-  for (const char* part : {"30 items were not moved:\n", "  Changed since the review, 5: ", "  In use, 5: ",
-                           "once the program that uses it is closed", "`ls -ld` shows whose it is",
-                           "What was not moved is where it was.", "`gio trash --empty`", "less available on the disk"})
+  for (const char* part :
+       {"30 items were not moved:\n", "  Changed since the review, 5: ", "  In use, 5: ",
+        "once the program that uses it is closed", "`ls -ld` shows whose it is",
+        "What was not moved was left as it is.", "`gio trash --empty`", "less available on the disk"})
     EXPECT_THAT(text, HasSubstr(part));
+  RemovalSummary onlyMissing;
+  onlyMissing.failures = {{{}, home, "gone", {"cleanup.failure.missing", CleanupFailureCategory::missing}}};
+  EXPECT_THAT(removalReport(onlyMissing, {catalogue, home, {}}, true), Not(HasSubstr("was left as it is")));
+}
+
+TEST(RemovalReportTests, sayWhatStillTakesItsSpace) {
+  const auto catalogue = MessageCatalogue::english();
+  RemovalSummary summary;
+  summary.movedCount = 1;
+  EXPECT_THAT(removalReport(summary, {catalogue, home, {}}, true), Not(HasSubstr("In the Trash")));
+  summary.movedBytes = 4096;
+  EXPECT_THAT(removalReport(summary, {catalogue, home, {}}, true), HasSubstr("In the Trash it still takes its space"));
+  summary.movedCount = 2;
+  EXPECT_THAT(removalReport(summary, {catalogue, home, {}}, true), HasSubstr("they still take their space"));
+}
+
+TEST(RemovalReportTests, doNotSayThatSomethingGoneIsInTheTrash) {
+  CleaningHistoryItem gone = item(1, "a");
+  gone.restoreFailure = RecoveryFailure::missing;
+  EXPECT_EQ(MessageCatalogue::english().text(stateOf(gone, false)), "no longer in the Trash");
 }
 
 TEST(HistoryRunsTests, takeTheNewestRunThatHasSomethingInTheTrash) {

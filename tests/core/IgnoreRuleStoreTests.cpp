@@ -124,6 +124,14 @@ TEST_F(IgnoreRuleStoreTests, doesNotTrustAFileThatOthersCouldHaveWritten) {
   expectRefusal(IgnoreRuleFault::untrusted);
 }
 
+TEST_F(IgnoreRuleStoreTests, namesTheFolderThatOthersCouldHaveFilled) {
+  temp_.write(rulesFile, "[]");
+  ASSERT_EQ(::chmod(temp_.at(rulesFile).bytes.c_str(), 0600), 0);
+  ASSERT_EQ(::chmod(temp_.at(supportFolder).bytes.c_str(), 0777), 0);
+  expectRefusal(IgnoreRuleFault::untrustedFolder);
+  EXPECT_EQ(store_.load().error().file, temp_.at(supportFolder));
+}
+
 TEST_F(IgnoreRuleStoreTests, doesNotWaitForAnotherRun) {
   ASSERT_TRUE(store_.add(temp_.at("a")));
   const auto folder = fileSystem_->openStartingFolder(temp_.at(supportFolder));

@@ -4,6 +4,7 @@
 #include "quorvane/app/cli/ReviewDialogue.h"
 #include "quorvane/app/cli/ReviewFile.h"
 #include "quorvane/app/cli/RunningOperation.h"
+#include "quorvane/app/cli/ScanReport.h"
 #include "quorvane/cleaning/CleaningSelection.h"
 
 namespace quorvane {
@@ -25,7 +26,9 @@ class CleanCommand {
     if (!result) return failure(result.error());
     const auto selected = applySelection(result->items, {asked_.select, asked_.unselect});
     if (!selected) return failure(matchesNothing(selected.error()));
-    if (selectedItems(result->items).empty()) return nothingSelected();
+    const bool hasNothing = selectedItems(result->items).empty();
+    if (hasNothing || isSettled()) showCoverage(*result);
+    if (hasNothing) return nothingSelected(result->items.empty());
     const auto confirmed = isAllowed(*result);
     if (!confirmed) return failure(confirmed.error());
     if (!*confirmed) return declined(console_);
@@ -33,9 +36,17 @@ class CleanCommand {
   }
 
  private:
-  CommandOutcome nothingSelected() {
+  /// Nobody is to be asked.
+  bool isSettled() const { return asked_.isRehearsal || asked_.isConfirmed; }
+
+  void showCoverage(const ScanResult& result) {
+    const std::string notes = coverageReport(result, console_.errorReport());
+    if (!notes.empty()) console_.show(notes);
+  }
+
+  CommandOutcome nothingSelected(bool isNothingFound) {
     if (!console_.wantsJson()) {
-      console_.printLine({"cli.clean.nothingSelected", {}});
+      console_.printLine({isNothingFound ? "cli.scan.nothing" : "cli.clean.nothingSelected", {}});
       return ExitCode::done;
     }
     RemovalSummary summary;
@@ -44,7 +55,7 @@ class CleanCommand {
   }
 
   Outcome<bool, CommandError> isAllowed(ScanResult& result) {
-    if (asked_.isRehearsal || asked_.isConfirmed) return true;
+    if (isSettled()) return true;
     if (auto refusal = whyNotToAsk(console_, asked_.from == "-")) return failure(*std::move(refusal));
     return isConfirmed(console_, result);
   }

@@ -68,7 +68,7 @@ void Console::tellItem(const FilePath& path, const Message& reason) {
 void Console::report(const CommandError& error) {
   tell(error);
   if (!wantsJson_) return;
-  const Json content{{"key", error.message.key}, {"message", errorText(error, MessageStyle{home_})}};
+  const Json content{{"key", error.message.key}, {"message", documentText(error)}};
   print(printedJson(Json{{"error", content}}));
 }
 

@@ -53,6 +53,9 @@ class Console {
   /// "quorvane: TEXT [message.key]" on the error channel, and its JSON document where JSON was asked for.
   void report(const CommandError& error);
 
+  /// What is wrong, and what to do instead, as a JSON document holds it.
+  std::string documentText(const CommandError& error) { return errorText(error, MessageStyle{home_}); }
+
   /// The same line alone: of what is told in the result as well.
   void tell(const CommandError& error);
   /// "quorvane: PATH: TEXT [message.key]": an item that could not be done.

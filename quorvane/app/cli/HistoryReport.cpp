@@ -127,6 +127,7 @@ Message stateOf(const CleaningHistoryItem& item, bool isInFlight) {
   if (item.outcome == CleaningHistoryItemOutcome::removed) return {"cli.history.state.removed", {}};
   if (item.outcome == CleaningHistoryItemOutcome::failed)
     return {"cli.history.state.failed", {{"text", item.failureReason.value_or("")}}};
+  if (isRestorable(item) && !isInTrash(item)) return {"cli.history.state.noLongerInTrash", {}};
   if (item.restoreFailure)
     return {"cli.history.state.notRestored", {{"text", MessageKey{messageKey(*item.restoreFailure)}}}};
   return {"cli.history.state.inTrash", {}};

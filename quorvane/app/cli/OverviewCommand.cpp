@@ -1,4 +1,5 @@
 #include "quorvane/app/cli/Commands.h"
+#include "quorvane/app/cli/HistoryRuns.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
 #include "quorvane/app/cli/StoragePicture.h"
@@ -27,15 +28,56 @@ HistorySummary summaryOf(const HistoryView& history) {
   return summary;
 }
 
+/// What people are told beyond that.
+struct HistoryOutlook {
+  std::int64_t movedBytes = 0;
+  std::int64_t restoredBytes = 0;  ///< of those
+  std::optional<Date> lastMovedAt;
+  std::int64_t interruptedCount = 0;  ///< items of the last run
+  bool hasSomethingInTrash = false;
+};
+
+void addUp(std::int64_t& sum, std::int64_t size) { sum += std::min(std::max<std::int64_t>(0, size), INT64_MAX - sum); }
+
+void addMoved(HistoryOutlook& outlook, const CleaningHistoryItem& item, Date date) {
+  if (item.outcome != CleaningHistoryItemOutcome::movedToTrash) return;
+  addUp(outlook.movedBytes, item.size);
+  if (item.restoredAt) addUp(outlook.restoredBytes, item.size);
+  outlook.lastMovedAt = std::max(outlook.lastMovedAt, std::optional(date));
+}
+
+// The record keeps why something was not moved as the text that people were told.
+bool wasInterrupted(const CleaningHistoryItem& item, const MessageCatalogue& catalogue) {
+  return item.outcome == CleaningHistoryItemOutcome::failed && !isPending(item) &&
+         item.failureReason == catalogue.text("cleanup.journal.interrupted");
+}
+
+HistoryOutlook outlookOf(const HistoryView& history, const MessageCatalogue& catalogue) {
+  HistoryOutlook outlook;
+  for (const CleaningHistoryEntry& entry : history.entries)
+    for (const CleaningHistoryItem& item : entry.items) addMoved(outlook, item, entry.date);
+  const std::vector<HistoryRun> runs = historyRuns(history.entries);
+  if (!runs.empty())
+    for (const CleaningHistoryEntry* entry : runs.front().entries)
+      outlook.interruptedCount += std::ranges::count_if(
+          entry->items, [&](const CleaningHistoryItem& item) { return wasInterrupted(item, catalogue); });
+  outlook.hasSomethingInTrash = !lastRunInTrash(history.entries).empty();
+  return outlook;
+}
+
 std::string historyLines(const HistoryView& history, const ReportStyle& style) {
   ReportText text(style);
-  const HistorySummary summary = summaryOf(history);
-  if (summary.lastRunAt) {
-    text.line({"cli.overview.lastRun", {{"date", *summary.lastRunAt}, {"size", ByteCount{summary.reclaimedBytes}}}});
-  }
+  const HistoryOutlook outlook = outlookOf(history, style.catalogue);
+  if (outlook.lastMovedAt)
+    text.line({outlook.restoredBytes > 0 ? "cli.overview.lastRunRestored" : "cli.overview.lastRun",
+               {{"date", *outlook.lastMovedAt},
+                {"size", ByteCount{outlook.movedBytes}},
+                {"restored", ByteCount{outlook.restoredBytes}}}});
   if (history.pendingCount > 0) text.line({"cli.overview.pending", {{"count", history.pendingCount}}});
+  if (outlook.interruptedCount > 0) text.line({"cli.overview.interrupted", {{"count", outlook.interruptedCount}}});
   if (!text.isEmpty()) text.blank();
-  text.asIs(style.catalogue.text(summary.lastRunAt ? "cli.overview.nextWithHistory" : "cli.overview.next") + "\n");
+  text.asIs(style.catalogue.text(outlook.hasSomethingInTrash ? "cli.overview.nextWithHistory" : "cli.overview.next") +
+            "\n");
   return text.take();
 }
 
@@ -52,6 +94,10 @@ CommandOutcome overview(const CommandContext& context, MainLoop& loop, AppModel&
     Json json{{"storage", toJson(*storage)}};
     if (history) json["history"] = toJson(summaryOf(*history));
     if (history) json["pendingCount"] = history->pendingCount;
+    if (!history) {
+      const CommandError error = commandError(history.error());
+      json["error"] = Json{{"key", error.message.key}, {"message", console.documentText(error)}};
+    }
     console.print(printedJson(json));
   } else {
     const ReportStyle style = console.outputReport();

@@ -101,7 +101,10 @@ class RemovalReportWriter {
     for (const CleanupFailureCategory category : allCases<CleanupFailureCategory>()) writeFailures(category);
     if (hasFailed(CleanupFailureCategory::inUse)) text_.line({"error.cleaningPartialFailure.busyHint", {}});
     if (hasFailed(CleanupFailureCategory::permission)) text_.line({"error.cleaningPartialFailure.fdaHint", {}});
-    text_.line({"error.cleaningPartialFailure.footer", {}});
+    const bool isAnythingLeft = std::ranges::any_of(summary_.failures, [](const FailedItem& failed) {
+      return isInPlace(failed) && failed.refusal.category != CleanupFailureCategory::missing;
+    });
+    if (isAnythingLeft) text_.line({"error.cleaningPartialFailure.footer", {}});
   }
 
   // The others are in the Trash, or may be; what is told of each of them says so.
@@ -132,7 +135,8 @@ class RemovalReportWriter {
   }
 
   void writeWhatNow() {
-    text_.line({"cli.clean.inTrash", {{"size", ByteCount{summary_.movedBytes}}}});
+    if (summary_.movedBytes > 0)
+      text_.line({"cli.clean.inTrash", {{"count", summary_.movedCount}, {"size", ByteCount{summary_.movedBytes}}}});
     if (isOwnTrash_) {
       text_.line({"cli.clean.howToEmpty", {}});
     } else {

@@ -2,6 +2,7 @@
 
 #include "quorvane/app/cli/ItemEvidence.h"
 #include "quorvane/app/cli/ReviewSelection.h"
+#include "quorvane/app/cli/ScanReport.h"
 
 #include <optional>
 #include <set>
@@ -37,6 +38,7 @@ class ReviewDialogue {
 
   bool run() {
     showGroups(selection_.selected());
+    console_.show(coverageReport(result_, style_));
     showHint();
     while (true) {
       const ItemSum sum = selection_.selectedSum();

@@ -57,8 +57,10 @@ Outcome<ScanResult, CommandError> reviewedResult(const CommandContext& context, 
       std::ranges::find_if(result->items, [](const ScanItem& item) { return item.size < 0; }) - result->items.begin();
   if (negative < std::ssize(result->items))
     return failure(undecodable(from, {JsonFault::outOfRange, "items." + std::to_string(negative) + ".size"}));
-  if (const auto stale = staleSelection(*result, model.clock().now()))
-    return failure(refused("cli.error.staleReview", from, {"date", stale->finishedAt}));
+  const Date now = model.clock().now();
+  if (const auto stale = staleSelection(*result, now))
+    return failure(refused(stale->finishedAt > now ? "cli.error.futureReview" : "cli.error.staleReview", from,
+                           {"date", stale->finishedAt}));
   return *std::move(result);
 }
 

@@ -70,6 +70,12 @@ class ReportWriter {
     return report_.take();
   }
 
+  std::string coverageText() {
+    writeNotes();
+    writeUnreadable();
+    return report_.take();
+  }
+
  private:
   void writeNotes() {
     const std::size_t before = report_.size();
@@ -136,6 +142,10 @@ Message contentOf(const ScanCoverageNote& note) {
   Message content{note.key, {{"names", MessageList{note.names}}}};
   if (note.count) content.arguments.push_back({"count", *note.count});
   return content;
+}
+
+std::string coverageReport(const ScanResult& result, const ReportStyle& style) {
+  return ReportWriter(result, style).coverageText();
 }
 
 std::string scanReport(const ScanResult& result, const MessageCatalogue& catalogue, const std::optional<FilePath>& home,

@@ -12,6 +12,7 @@ ExitCode exitCodeOf(IgnoreRuleFault fault) {
   switch (fault) {
     case IgnoreRuleFault::notFound:
     case IgnoreRuleFault::invalidPath: return ExitCode::wrongUsage;
+    case IgnoreRuleFault::untrustedFolder:
     case IgnoreRuleFault::untrusted:
     case IgnoreRuleFault::unreadable:
     case IgnoreRuleFault::undecodable:

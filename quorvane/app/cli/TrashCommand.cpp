@@ -1,5 +1,6 @@
 #include "quorvane/app/cli/Confirmation.h"
 #include "quorvane/app/cli/RemovalRun.h"
+#include "quorvane/app/cli/ReviewAnswer.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
 #include "quorvane/app/messages/ByteFormat.h"
@@ -88,9 +89,15 @@ class TrashCommand {
     for (const FailedItem& refused : review.refused)
       text.line({"cli.trash.leftOut", {{"path", refused.path}, {"text", MessageKey{refused.refusal.reasonKey}}}}, 2, 2);
     console_.show(text.take());
-    const auto answer =
-        console_.ask({"cli.trash.question", {{"count", std::ssize(review.requests)}, {"size", ByteCount{bytes}}}});
-    return answer && (*answer == "y" || *answer == "Y" || *answer == "yes");
+    while (true) {
+      const auto line =
+          console_.ask({"cli.trash.question", {{"count", std::ssize(review.requests)}, {"size", ByteCount{bytes}}}});
+      if (!line) return false;
+      const ReviewAnswer answer = reviewAnswerFrom(*line);
+      if (!std::holds_alternative<reviewAnswer::Help>(answer)) return std::holds_alternative<reviewAnswer::Yes>(answer);
+      text.line({"cli.trash.help", {}});
+      console_.show(text.take());
+    }
   }
 
   const CommandContext& context_;
