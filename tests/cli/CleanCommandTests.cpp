@@ -1,14 +1,18 @@
 #include "quorvane/base/Utf8.h"
 #include "quorvane/core/ScanResult.h"
+#include "quorvane/platform/FileDescriptor.h"
 #include "tests/cli/CleanHome.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <map>
 #include <sstream>
+
+#include <unistd.h>
 
 namespace quorvane {
 namespace {
@@ -282,6 +286,37 @@ TEST(CleanCommandTests, showsAHostileReviewHarmlessly) {
   }
   EXPECT_EQ(home.caches(), everything);
   EXPECT_TRUE(home.folder().holds("documents/letter")) << "a record cannot talk a place into being cleaned";
+}
+
+TEST(CleanCommandTests, ctrlCAtTheQuestionMovesNothing) {
+  const CleanHome home;
+  for (const Names& command : {Names{"clean"}, Names{"trash", home.at(".cache/unknown")}}) {
+    const CommandLineRun run = home.answered(command, {PreparedInput::ctrlC, "y"});
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(run.output, "");
+    EXPECT_TRUE(run.errors.ends_with(" \nNothing was moved.\n")) << run.errors;
+  }
+  EXPECT_EQ(home.caches(), everything);
+}
+
+TEST(InputChannelTests, waitForALineUnlessInterrupted) {
+  std::array<int, 2> input{}, interrupt{};
+  ASSERT_EQ(::pipe(input.data()), 0);
+  ASSERT_EQ(::pipe(interrupt.data()), 0);
+  const FileDescriptor inputReader(input[0]), interruptReader(interrupt[0]), interruptWriter(interrupt[1]);
+  FileDescriptor inputWriter(input[1]);
+  DescriptorInput channel(inputReader.number());
+  ASSERT_EQ(::write(inputWriter.number(), "one\ntwo\nthr", 11), 11);
+  EXPECT_EQ(channel.readLine(interruptReader.number()), "one");
+  EXPECT_EQ(channel.readLine(interruptReader.number()), "two");
+  ASSERT_EQ(::write(interruptWriter.number(), "", 1), 1);
+  EXPECT_EQ(channel.readLine(interruptReader.number()), std::nullopt) << "though the writer is still there";
+  char byte = 0;
+  ASSERT_EQ(::read(interruptReader.number(), &byte, 1), 1);
+  ASSERT_EQ(::write(inputWriter.number(), "ee\nhalf", 7), 7);
+  inputWriter.close();
+  EXPECT_EQ(channel.readLine(interruptReader.number()), "three");
+  EXPECT_EQ(channel.readLine(interruptReader.number()), std::nullopt) << "an answer without its end";
 }
 
 TEST(CleanCommandTests, ctrlCStopsAfterTheItemInHand) {

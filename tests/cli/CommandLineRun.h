@@ -3,6 +3,7 @@
 #include "quorvane/app/cli/CommandLine.h"
 
 #include <cerrno>
+#include <csignal>
 #include <functional>
 #include <string>
 #include <vector>
@@ -38,6 +39,8 @@ class KeepingChannel final : public OutputChannel {
 /// Answers that were prepared, in their order; then the input is at its end.
 class PreparedInput final : public InputChannel {
  public:
+  static constexpr const char* ctrlC = "\x03";  ///< a line that stands for the key
+
   struct Kind {
     bool isTerminal = false;
     std::vector<std::string> lines = {};
@@ -48,8 +51,12 @@ class PreparedInput final : public InputChannel {
 
   bool isTerminal() const override { return kind_.isTerminal; }
 
-  std::optional<std::string> readLine() override {
+  std::optional<std::string> readLine(int) override {
     if (next_ == kind_.lines.size()) return std::nullopt;
+    if (kind_.lines[next_] == ctrlC) {
+      std::raise(SIGINT);
+      return std::nullopt;
+    }
     return kind_.lines[next_++];
   }
 

@@ -52,6 +52,8 @@ TEST(CommandLineTests, refusesWrongUsageWithAHint) {
        "deviceBackup."},
       {{"scan", "--category"}, "cli.error.missingValue", "--category needs a value."},
       {{"--home=", "scan"}, "cli.error.missingValue", "--home needs a value."},
+      {{"clean", "--from", "--yes"}, "cli.error.missingValue", "--from needs a value."},
+      {{"--home", "--layout=macos", "scan"}, "cli.error.missingValue", "--home needs a value."},
       {{"--home", "", "scan"}, "cli.error.missingValue", "--home needs a value."},
       {{"scan", "--category="}, "cli.error.missingValue", "See `quorvane scan --help`."},
       {{"scan", "--category", ""}, "cli.error.missingValue", "--category needs a value."},

@@ -66,6 +66,25 @@ std::optional<Message> takeWrongAssignments(Words& words) {
   return first;
 }
 
+// Takes options away in whose value's place another option stands, which the library would take for the value; what is
+// wrong with the first of them.
+std::optional<Message> takeOptionsWithoutValue(Words& words) {
+  std::optional<Message> first;
+  for (std::size_t i = 0; i + 1 < words.size();) {
+    const OptionDescription* option = optionNamed(words[i]);
+    const std::string& next = words[i + 1];
+    const bool isMissing =
+        option != nullptr && !option->value.empty() && optionNamed(next.substr(0, next.find('='))) != nullptr;
+    if (!isMissing) {
+      ++i;
+      continue;
+    }
+    if (!first) first = valueMissing(option->name);
+    words.erase(words.begin() + static_cast<std::ptrdiff_t>(i));
+  }
+  return first;
+}
+
 /// The grammar, and what was read by it. The library is told no text: what it throws is turned into our messages.
 class ArgumentParser {
  public:
@@ -126,7 +145,8 @@ Request ArgumentParser::parse(const Words& arguments) {
   const auto end = arguments.begin() + static_cast<std::ptrdiff_t>(asFarAsOptions(arguments));
   Words options(arguments.begin(), end);
   if (end != arguments.end()) operands_.assign(end + 1, arguments.end());
-  const std::optional<Message> mistake = takeWrongAssignments(options);
+  std::optional<Message> mistake = takeWrongAssignments(options);
+  if (auto missing = takeOptionsWithoutValue(options); missing && !mistake) mistake = std::move(missing);
   try {
     app_.parse(Words(options.rbegin(), options.rend()));  // the library takes them from the back
   } catch (const CLI::CallForHelp&) {

@@ -9,7 +9,7 @@ std::optional<CommandError> whyNotToAsk(const Console& console, bool isInputTake
 
 CommandOutcome declined(Console& console) {
   console.show(console.text({"cli.clean.declined", {}}) + "\n");
-  return ExitCode::done;
+  return console.wasInterrupted() ? ExitCode::cancelled : ExitCode::done;
 }
 
 }  // namespace quorvane

@@ -10,7 +10,7 @@ namespace quorvane {
 /// holds something else than answers.
 std::optional<CommandError> whyNotToAsk(const Console& console, bool isInputTaken);
 
-/// How a run ends whose question was answered with no.
+/// How a run ends whose question was answered with no, or with Ctrl-C.
 CommandOutcome declined(Console& console);
 
 }  // namespace quorvane

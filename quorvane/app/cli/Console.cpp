@@ -1,5 +1,6 @@
 #include "quorvane/app/cli/Console.h"
 
+#include "quorvane/app/cli/InterruptSignal.h"
 #include "quorvane/base/Json.h"
 
 #include <fmt/format.h>
@@ -74,9 +75,12 @@ void Console::report(const CommandError& error) {
 
 std::optional<std::string> Console::ask(const Message& question) {
   const TextStyle style = errorStyle();
+  const QuestionInterrupt interrupt;
   show(toned(catalogue().text(question, messageStyle(style)), Tone::strong, style) + " ");
-  auto answer = streams_.input.readLine();
+  auto answer = streams_.input.readLine(interrupt.descriptor());
   if (!answer) show("\n");
+  wasInterrupted_ = interrupt.hasCome();
+  if (wasInterrupted_) return std::nullopt;
   return answer;
 }
 

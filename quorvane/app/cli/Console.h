@@ -65,6 +65,8 @@ class Console {
   bool canAsk() const { return streams_.input.isTerminal() && streams_.errors.isTerminal(); }
   /// Puts a question beside the result and waits for the answer. Nothing when none will come.
   std::optional<std::string> ask(const Message& question);
+  /// Whether Ctrl-C came to the last question.
+  bool wasInterrupted() const { return wasInterrupted_; }
   /// Writes beside the result, as it is.
   void show(std::string_view text) { streams_.errors.write(text); }
 
@@ -83,6 +85,7 @@ class Console {
   bool wantsJson_;
   bool isQuiet_ = false;
   bool hasNoColours_ = false;
+  bool wasInterrupted_ = false;
   std::optional<FilePath> home_;
   std::once_flag catalogueOnce_;
   std::unique_ptr<const MessageCatalogue> catalogue_;

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <utility>
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -11,6 +12,14 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t longestLine = std::size_t{64} * 1024;
+
+// Whether there is something to read, or an end or an error to find, and no interrupt.
+bool isReadyBefore(int interrupt, int input) {
+  std::array<pollfd, 2> waiting{pollfd{interrupt, POLLIN, 0}, pollfd{input, POLLIN, 0}};
+  while (::poll(waiting.data(), waiting.size(), -1) < 0)
+    if (errno != EINTR) return false;
+  return waiting[0].revents == 0;
+}
 
 }  // namespace
 
@@ -27,10 +36,11 @@ Outcome<bool, PosixError> DescriptorInput::readMore() {
   }
 }
 
-std::optional<std::string> DescriptorInput::readLine() {
+std::optional<std::string> DescriptorInput::readLine(int interrupt) {
   std::size_t end = 0;
   while ((end = buffer_.find('\n')) == std::string::npos) {
     if (buffer_.size() > longestLine) return std::nullopt;
+    if (!isReadyBefore(interrupt, descriptor_)) return std::nullopt;
     if (!readMore().value_or(false)) return std::nullopt;  // an answer without its end was not given
   }
   std::string line = buffer_.substr(0, end);

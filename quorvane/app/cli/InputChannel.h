@@ -16,8 +16,9 @@ class InputChannel {
 
   virtual bool isTerminal() const = 0;
 
-  /// The next line without its end; waits for it. Nothing at the end of the input, and when reading fails.
-  virtual std::optional<std::string> readLine() = 0;
+  /// The next line without its end; waits for it. Nothing at the end of the input, when reading fails, and as soon as
+  /// the descriptor `interrupt` is readable.
+  virtual std::optional<std::string> readLine(int interrupt) = 0;
 
   /// Everything up to the end. EFBIG when it is more than `limit` bytes.
   virtual Outcome<std::string, PosixError> readAll(std::size_t limit) = 0;
@@ -29,7 +30,7 @@ class DescriptorInput final : public InputChannel {
   explicit DescriptorInput(int descriptor);
 
   bool isTerminal() const override { return isTerminal_; }
-  std::optional<std::string> readLine() override;
+  std::optional<std::string> readLine(int interrupt) override;
   Outcome<std::string, PosixError> readAll(std::size_t limit) override;
 
  private:

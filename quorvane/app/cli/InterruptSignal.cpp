@@ -2,9 +2,14 @@
 
 #include "quorvane/base/Assert.h"
 
+#include <array>
 #include <atomic>
+#include <cerrno>
 
+#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
+#include <unistd.h>
 
 namespace quorvane {
 
@@ -16,6 +21,15 @@ static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may touch
 std::atomic<MainLoop*> interrupted{nullptr};
 std::atomic<int> firstNumber{0};
 
+std::atomic<int> questionWriter{-1};
+
+void interruptQuestion(int) {
+  const int before = errno;  // a signal handler leaves it as it was
+  const char byte = 0;
+  [[maybe_unused]] const auto written = ::write(questionWriter.load(), &byte, 1);
+  errno = before;
+}
+
 void interruptLoop(int number) {
   int none = 0;
   firstNumber.compare_exchange_strong(none, number);
@@ -23,6 +37,30 @@ void interruptLoop(int number) {
 }
 
 }  // namespace
+
+QuestionInterrupt::QuestionInterrupt() {
+  std::array<int, 2> ends{};
+  require(::pipe(ends.data()) == 0, "there is no descriptor left for a pipe");
+  reader_ = FileDescriptor(ends[0]);
+  writer_ = FileDescriptor(ends[1]);
+  for (const int end : ends) require(::fcntl(end, F_SETFD, FD_CLOEXEC) == 0, "a pipe cannot be prepared");
+  require(questionWriter.exchange(writer_.number()) == -1, "one question at a time is asked");
+  struct sigaction action {};
+  action.sa_handler = interruptQuestion;
+  action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+  ::sigaction(SIGINT, nullptr, &before_);
+  if (before_.sa_handler != SIG_IGN) ::sigaction(SIGINT, &action, nullptr);
+}
+
+QuestionInterrupt::~QuestionInterrupt() {
+  ::sigaction(SIGINT, &before_, nullptr);
+  questionWriter = -1;
+}
+
+bool QuestionInterrupt::hasCome() const {
+  pollfd waiting{reader_.number(), POLLIN, 0};
+  return ::poll(&waiting, 1, 0) > 0;
+}
 
 InterruptSignal::InterruptSignal(MainLoop& loop) {
   require(interrupted.exchange(&loop) == nullptr, "one loop at a time listens to signals");

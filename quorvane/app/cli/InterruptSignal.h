@@ -2,6 +2,7 @@
 
 #include "quorvane/app/cli/CommandError.h"
 #include "quorvane/app/model/MainLoop.h"
+#include "quorvane/platform/FileDescriptor.h"
 
 #include <array>
 #include <csignal>
@@ -25,6 +26,25 @@ class InterruptSignal {
   static constexpr std::array numbers_{SIGINT, SIGHUP, SIGTERM};
 
   std::array<struct sigaction, numbers_.size()> before_{};
+};
+
+/// As long as it lives, Ctrl-C ends a wait for an answer instead of the process, the first time; a second one ends the
+/// process. It stays overlooked where the process was started to overlook it. One at a time.
+class QuestionInterrupt {
+ public:
+  QuestionInterrupt();
+  ~QuestionInterrupt();
+  QuestionInterrupt(const QuestionInterrupt&) = delete;
+  QuestionInterrupt& operator=(const QuestionInterrupt&) = delete;
+
+  /// Becomes readable with Ctrl-C, and stays so.
+  int descriptor() const { return reader_.number(); }
+  bool hasCome() const;
+
+ private:
+  FileDescriptor reader_;
+  FileDescriptor writer_;
+  struct sigaction before_ {};
 };
 
 }  // namespace quorvane
