@@ -10,8 +10,8 @@ namespace quorvane {
 /// or the environment named the path; where they lead, only the effective user may own it and write to it.
 Outcome<FileDescriptor, TrustError> openSupportFolder(FileSystem& fileSystem, const FilePath& path);
 
-/// The same, making what is missing of it with permissions 0700, each made durable in its parent. No link is followed or
-/// made where something is missing. What was made before a failure stays, empty.
+/// The same, making what is missing of it with permissions 0700, each made durable in its parent. No link is followed
+/// or made where something is missing. What was made before a failure stays, empty.
 Outcome<FileDescriptor, TrustError> makeSupportFolder(FileSystem& fileSystem, const FilePath& path);
 
 }  // namespace quorvane

@@ -39,8 +39,8 @@ class TrashFolder {
   /// the note for `forgetUnfinished`.
   virtual Outcome<std::string, PosixError> receive(int folder, const std::string& name, const TrashNote& note) = 0;
 
-  /// The first half of `receive`, ahead of time: writes the note of an item called `name`, and returns the leaf that is its
-  /// own now. May be called on another thread than everything else.
+  /// The first half of `receive`, ahead of time: writes the note of an item called `name`, and returns the leaf that is
+  /// its own now. May be called on another thread than everything else.
   virtual Outcome<std::string, PosixError> reserve(const std::string& name, const TrashNote& note) = 0;
 
   /// The second half: the rename to a reserved leaf. EEXIST when something without a note stands there already. After a

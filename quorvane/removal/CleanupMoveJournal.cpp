@@ -139,7 +139,7 @@ CleaningHistoryEntry receiptFor(CleanupMoveJournal::Request request, CleaningHis
 }  // namespace
 
 Outcome<CleanupMoveJournal::Transaction, RecoveryStoreError> CleanupMoveJournal::begin(
-    std::shared_ptr<OpenHistory> history, std::vector<Request> requests, CleaningHistorySource source, Date date,
+    const std::shared_ptr<OpenHistory>& history, std::vector<Request> requests, CleaningHistorySource source, Date date,
     OpenHistory::Change alongside) {
   require(requests.size() <= mostMoves, "a transaction carries a limited number of moves");
   Beginning beginning(services_, history->document());

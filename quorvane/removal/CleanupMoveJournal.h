@@ -51,8 +51,8 @@ class CleanupMoveJournal {
   /// and have their failure in the transaction; the others go on. When the write fails, nothing may be moved.
   ///
   /// `alongside` is written in the same write: what the transaction before concluded with.
-  Outcome<Transaction, RecoveryStoreError> begin(std::shared_ptr<OpenHistory> history, std::vector<Request> requests,
-                                                 CleaningHistorySource source, Date date,
+  Outcome<Transaction, RecoveryStoreError> begin(const std::shared_ptr<OpenHistory>& history,
+                                                 std::vector<Request> requests, CleaningHistorySource source, Date date,
                                                  OpenHistory::Change alongside = {});
 
  private:

@@ -22,9 +22,9 @@ void recordFailure(CleaningHistoryEntry& receipt, const MoveFailure& failure, co
   item.failureCategory = categoryOf(failure);
 }
 
-void recordSuccess(CleaningHistoryEntry& receipt, const FilePath& trashed) {
+void recordSuccess(CleaningHistoryEntry& receipt, const FilePath& trashed, const FileIdentity& identity) {
   CleaningHistoryItem& item = receipt.items.front();
-  markMovedToTrash(item, trashed, item.pendingCleanup->identity);
+  markMovedToTrash(item, trashed, identity);
   receipt.itemCount = 1;
   receipt.reclaimedBytes = item.size;
   receipt.failures.clear();
@@ -48,12 +48,15 @@ std::optional<MoveFailure> Transaction::perform(std::size_t index) {
   auto place = verifySource(index);
   if (!place) return failed(move, place.error(), true);
   const auto leaf = receive(index, *place);
-  if (!leaf) return failed(move, leaf.error(), identityAt(services_.fileSystem, *place) == move.identity);
+  if (!leaf) {
+    const auto left = identityAt(services_.fileSystem, *place);
+    return failed(move, leaf.error(), left && *left == move.identity);
+  }
   move.leaf = *leaf;
   const FilePath trashed = joined(move.trash->directory(), move.leaf);
   if (auto failure = whyNotMoved(move, move.trash->descriptor(), move.leaf, *place))
     return failed(move, *std::move(failure), putBack(move, *place));
-  recordSuccess(move.receipt, trashed);
+  recordSuccess(move.receipt, trashed, move.identity);
   move.isFinished = move.isSettled = true;
   noteEmptied(move.item().originalPath, std::move(place->folder));
   return std::nullopt;
@@ -61,6 +64,7 @@ std::optional<MoveFailure> Transaction::perform(std::size_t index) {
 
 void Transaction::writeNotesAhead() {
   std::vector<NotesAhead::Item> items;
+  items.reserve(moves_.size());
   for (const Move& move : moves_)
     items.push_back(
         {move.isAnnounced ? move.trash : nullptr, std::string(leafOf(move.item().originalPath)), noteOf(move)});
@@ -107,7 +111,7 @@ Outcome<CleaningHistoryItem, MoveFailure> Transaction::complete(std::size_t inde
   if (!before) return failure(MoveFailure(before.error()));
   if (auto failed = whyNotMoved(move, inTrash->folder.number(), inTrash->name, *before))
     return failure(*std::move(failed));
-  recordSuccess(move.receipt, trashed);
+  recordSuccess(move.receipt, trashed, move.identity);
   move.isFinished = move.isSettled = true;
   return move.item();
 }

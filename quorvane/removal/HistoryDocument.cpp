@@ -91,12 +91,9 @@ class ElementSplitter {
   }
 
   std::size_t endOfString(std::size_t start) const {
-    for (std::size_t i = start + 1; i < rest_.size(); ++i) {
-      i = std::min(rest_.find_first_of("\"\\", i), rest_.size());
-      if (i == rest_.size() || rest_[i] == '"') return i;
-      ++i;  // what is escaped
-    }
-    return rest_.size();
+    std::size_t end = rest_.find_first_of("\"\\", start + 1);
+    while (end < rest_.size() && rest_[end] == '\\') end = rest_.find_first_of("\"\\", end + 2);
+    return std::min(end, rest_.size());
   }
 
   std::string_view rest_;

@@ -18,7 +18,7 @@ NotesAhead::~NotesAhead() {
   next_ = reservations_.size();
   if (thread_.joinable()) thread_.join();
   for (Reservation& each : reservations_)
-    if (!each.isTaken && each.leaf && *each.leaf) (void)each.item.trash->forget(**each.leaf);
+    if (!each.isTaken && each.leaf) (void)each.item.trash->forget(*each.leaf);
 }
 
 void NotesAhead::work() {
@@ -34,7 +34,7 @@ Outcome<std::string, PosixError> NotesAhead::take(std::size_t index) {
   Reservation& each = reservations_[index];
   each.isDone.wait(false);
   each.isTaken = true;
-  return *each.leaf;
+  return each.leaf;
 }
 
 }  // namespace quorvane

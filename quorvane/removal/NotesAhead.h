@@ -5,7 +5,6 @@
 #include <atomic>
 #include <deque>
 #include <memory>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -35,7 +34,7 @@ class NotesAhead {
  private:
   struct Reservation {
     Item item;
-    std::optional<Outcome<std::string, PosixError>> leaf = std::nullopt;
+    Outcome<std::string, PosixError> leaf = failure(cancelledError());
     std::atomic<bool> isDone = false;
     bool isTaken = false;
 

@@ -12,7 +12,7 @@ Outcome<std::shared_ptr<OpenHistory>, RecoveryStoreError> OpenHistory::open(File
                                                                             HistoryCache& cache) {
   auto journal = HistoryJournalFile::open(fileSystem, random, fileURL);
   if (!journal) return failure(journal.error());
-  const std::shared_ptr<OpenHistory> history(new OpenHistory(fileSystem, *std::move(journal), cache));
+  std::shared_ptr<OpenHistory> history(new OpenHistory(fileSystem, *std::move(journal), cache));
   if (auto loaded = history->load(); !loaded) return failure(loaded.error());
   return history;
 }

@@ -49,7 +49,8 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
     CleaningHistoryEntry settled = entry;
     bool isChanged = false;
     for (CleaningHistoryItem& item : settled.items) {
-      if (item.pendingCleanup && settleMove(item, entry.date)) {
+      const std::optional<CleanupMoveIntent> intent = item.pendingCleanup;
+      if (intent && settleMove(item, *intent, entry.date)) {
         isChanged = true;
         if (entry.isCleanupReceipt) countMoved(settled);
       }
@@ -64,11 +65,10 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
 void Reconciliation::claimRecorded() {
   for (const CleaningHistoryEntry& entry : history_.document().entries())
     for (const CleaningHistoryItem& item : entry.items)
-      if (isInTrash(item)) claimed_.insert(*item.trashedPath);
+      if (isInTrash(item) && item.trashedPath) claimed_.insert(*item.trashedPath);
 }
 
-bool Reconciliation::settleMove(CleaningHistoryItem& item, Date date) {
-  const CleanupMoveIntent& intent = *item.pendingCleanup;
+bool Reconciliation::settleMove(CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date) {
   const auto source = readIdentity(services_.fileSystem, item.originalPath);
   // A link or a file in the way means that the item is not there, either.
   const bool isGone = !source && (source.error().isMissing() || source.error().isOtherKind());
@@ -84,7 +84,7 @@ bool Reconciliation::settleMove(CleaningHistoryItem& item, Date date) {
     if (!files->leaves.empty()) return settleInTrash(item, *files, date);
   }
   if (intent.externalMoveRequested.value_or(false)) return false;
-  forgetUnfinished(item, date);
+  forgetUnfinished(item, intent, date);
   item.pendingCleanup.reset();
   if (!source && source.error().isMissing()) {
     item.failureReason = services_.texts(messageKey(MoveFailure(source.error())));
@@ -99,35 +99,39 @@ bool Reconciliation::settleInTrash(CleaningHistoryItem& item, TrashLookup::Files
   const auto status = services_.fileSystem.status(trash.descriptor(), leaf.c_str());
   if (!status) return false;
   (void)trash.ensureNote(leaf, noteOf(item, date));  // the item itself is safe without
-  markMovedToTrash(item, joined(trash.directory(), leaf), identityOf(*status));
-  claimed_.insert(*item.trashedPath);
+  const FilePath trashed = joined(trash.directory(), leaf);
+  markMovedToTrash(item, trashed, identityOf(*status));
+  claimed_.insert(trashed);
   return true;
 }
 
-void Reconciliation::forgetUnfinished(const CleaningHistoryItem& item, Date date) {
-  const CleanupMoveIntent& intent = *item.pendingCleanup;
+void Reconciliation::forgetUnfinished(const CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date) {
   const auto trash = lookup_.open(intent.trashDirectory, intent.trashLocation);
   if (trash) trash->folder->forgetUnfinished(std::string(leafOf(item.originalPath)), noteOf(item, date));
 }
 
 bool Reconciliation::settleRestore(CleaningHistoryItem& item) {
-  if (!item.trashedPath || !item.trashIdentity) return false;
-  const auto trash = lookup_.open(parentOf(*item.trashedPath), item.trashLocation);
+  if (!item.trashedPath || !item.trashIdentity || !item.pendingRestorePath) return false;
+  const FilePath trashed = *item.trashedPath, destination = *item.pendingRestorePath;
+  const FileIdentity identity = *item.trashIdentity;
+  const auto trash = lookup_.open(parentOf(trashed), item.trashLocation);
   const AnchorMatch volume = trash ? trash->volume : AnchorMatch::exact;
   const auto isItem = [&](const Outcome<FileIdentity, PosixError>& found) {
-    return found && isSameObject(*item.trashIdentity, *found, volume);
+    return found && isSameObject(identity, *found, volume);
   };
-  const auto inTrash = readIdentity(services_.fileSystem, *item.trashedPath);
-  const auto inPlace = readIdentity(services_.fileSystem, *item.pendingRestorePath);
+  const auto inTrash = readIdentity(services_.fileSystem, trashed);
+  const auto inPlace = readIdentity(services_.fileSystem, destination);
   if (!inTrash && !inTrash.error().isMissing()) return false;
-  item.restoreAttemptedAt = wholeSeconds(services_.clock.now());
+  const Date now = wholeSeconds(services_.clock.now());
   if (!inTrash && isItem(inPlace)) {
-    if (trash) (void)trash->folder->forget(std::string(leafOf(*item.trashedPath)));  // the item is back without, too
-    markRestored(item, *item.pendingRestorePath, *item.restoreAttemptedAt);
+    if (trash) (void)trash->folder->forget(std::string(leafOf(trashed)));  // the item is back without, too
+    item.restoreAttemptedAt = now;
+    markRestored(item, destination, now);
     return true;
   }
   const bool isPlaceKnown = inPlace || inPlace.error().isMissing();
   if (!trash || !isPlaceKnown) return false;
+  item.restoreAttemptedAt = now;
   item.restoreFailure = isItem(inTrash) ? RecoveryFailure::other
                         : inTrash       ? RecoveryFailure::changed
                                         : RecoveryFailure::missing;

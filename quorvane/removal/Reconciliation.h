@@ -19,12 +19,12 @@ class Reconciliation {
 
  private:
   /// Both say whether they changed the item; `date` is that of its entry.
-  bool settleMove(CleaningHistoryItem& item, Date date);
+  bool settleMove(CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date);
   bool settleRestore(CleaningHistoryItem& item);
 
   void claimRecorded();
   bool settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files, Date date);
-  void forgetUnfinished(const CleaningHistoryItem& item, Date date);
+  void forgetUnfinished(const CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date);
 
   const MoveServices& services_;
   OpenHistory& history_;

@@ -21,6 +21,7 @@ bool isVolumeTrash(std::string_view component) { return component == ".Trash" ||
 
 std::vector<FilePath> canonicalPathsOf(const std::vector<IgnoreRule>& rules) {
   std::vector<FilePath> paths;
+  paths.reserve(rules.size());
   for (const IgnoreRule& rule : rules) paths.push_back(rule.canonicalPath);
   sortUniquely(paths);
   return paths;

@@ -144,7 +144,7 @@ std::optional<RemovalRefusal> RemovalRun::refusalOfTree(const Candidate& candida
 std::optional<RemovalRefusal> RemovalRun::refusalOfUse(const FilePath& canonicalPath) {
   const Clock& clock = services_.moves.clock;
   if (firstReading_.valid()) inUse_.emplace(firstReading_.get());
-  if (clock.uptime() - inUseReadAt_ > oldestUse) {
+  if (!inUse_ || clock.uptime() - inUseReadAt_ > oldestUse) {
     inUseReadAt_ = clock.uptime();
     inUse_.emplace(services_.processReader.read());
   }

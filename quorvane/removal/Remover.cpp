@@ -93,7 +93,7 @@ ReviewOutcome Remover::admitted(RemovalGuard& guard, const FilePath& path, std::
 
 ReviewOutcome Remover::measured(RemovalGuard& guard, RemovalRequest request, const TreeOutcome& tree) {
   if (!tree) return failure(refusalOfPath(tree.error()));
-  const FilePath canonicalPath = request.snapshot->canonicalPath;
+  const FilePath canonicalPath = request.snapshot ? request.snapshot->canonicalPath : request.path;
   if (auto refusal = guard.refusalOfObject(tree->root, canonicalPath)) return failure(*std::move(refusal));
   if (auto refusal = refusalOfUnproved(*tree)) return failure(*std::move(refusal));
   request.size = tree->allocatedBytes;

@@ -67,7 +67,7 @@ Outcome<void, RecoveryStoreError> Restoration::restore(std::span<const RecoveryR
   if (auto announced = announce(batch); !announced) return announced;
   for (Return& each : batch) {
     if (!each.failure && options_.stop.stopRequested()) break;
-    if (!each.failure) each.failure = move(*itemOf(each.reference), each);
+    if (!each.failure) each.failure = move(each);
     each.isDone = !each.failure;
     hasMoved_ = hasMoved_ || each.isDone;
     if (each.isDone) ++restoredCount_;
@@ -83,11 +83,13 @@ Outcome<void, RecoveryStoreError> Restoration::restore(std::span<const RecoveryR
 Restoration::Return Restoration::plan(const RecoveryReference& reference) {
   Return planned{.reference = reference};
   const CleaningHistoryItem* item = itemOf(reference);
-  if (item == nullptr || !isRestorable(*item) || !item->trashIdentity) {
+  if (item == nullptr || !isRestorable(*item) || !item->trashIdentity || !item->trashedPath) {
     planned.failure = RecoveryFailure::unsupported;
   } else if (item->pendingRestorePath) {
     planned.failure = RecoveryFailure::other;  // an earlier restore of it is not settled yet
   } else {
+    planned.trashed = *item->trashedPath;
+    planned.identity = *item->trashIdentity;
     planned.failure = findInTrash(*item, planned);
     if (!planned.failure) planned.failure = chooseDestination(*item, planned);
   }
@@ -95,17 +97,18 @@ Restoration::Return Restoration::plan(const RecoveryReference& reference) {
 }
 
 std::optional<RecoveryFailure> Restoration::findInTrash(const CleaningHistoryItem& item, Return& planned) {
-  auto trash = lookup_.open(parentOf(*item.trashedPath), item.trashLocation);
-  if (!trash) return whyNoTrash(item, trash.error());
+  auto trash = lookup_.open(parentOf(planned.trashed), item.trashLocation);
+  if (!trash) return whyNoTrash(item, planned.trashed, trash.error());
   planned.trash = *std::move(trash);
-  planned.leaf = leafOf(*item.trashedPath);
-  return checkInTrash(item, planned);
+  planned.leaf = leafOf(planned.trashed);
+  return checkInTrash(planned);
 }
 
 /// A Trash that is missing may have been removed with all it held, or lie on a volume that is not there now.
-RecoveryFailure Restoration::whyNoTrash(const CleaningHistoryItem& item, PosixError error) const {
+RecoveryFailure Restoration::whyNoTrash(const CleaningHistoryItem& item, const FilePath& trashed,
+                                        PosixError error) const {
   if (!error.isMissing() || !item.trashLocation) return trashFailure(error);
-  FilePath above = parentOf(*item.trashedPath);
+  FilePath above = parentOf(trashed);
   auto folder = services_.fileSystem.openRealFolder(above);
   for (; !folder && above.bytes != "/"; folder = services_.fileSystem.openRealFolder(above)) above = parentOf(above);
   const auto volume = folder ? services_.volumes.identity(folder->number()) : failure(folder.error());
@@ -115,10 +118,10 @@ RecoveryFailure Restoration::whyNoTrash(const CleaningHistoryItem& item, PosixEr
   return isSameVolume ? RecoveryFailure::missing : RecoveryFailure::other;
 }
 
-std::optional<RecoveryFailure> Restoration::checkInTrash(const CleaningHistoryItem& item, const Return& planned) const {
+std::optional<RecoveryFailure> Restoration::checkInTrash(const Return& planned) const {
   const auto status = services_.fileSystem.status(planned.trash.folder->descriptor(), planned.leaf.c_str());
   if (!status) return trashFailure(status.error());
-  const bool isItem = isSameObject(*item.trashIdentity, identityOf(*status), planned.trash.volume);
+  const bool isItem = isSameObject(planned.identity, identityOf(*status), planned.trash.volume);
   return isItem ? std::nullopt : std::optional(RecoveryFailure::changed);
 }
 
@@ -135,7 +138,7 @@ std::optional<RecoveryFailure> Restoration::chooseDestination(const CleaningHist
     if (!taken && !taken.error().isMissing()) return failureOf(taken.error());
     if (!taken && destinations_.insert(planned.destination).second) return std::nullopt;
     if (options_.onConflict == RestoreConflictPolicy::skip) break;
-    name = restoredName(place->name, isFolder(*item.trashIdentity), services_.clock.now(), attempt);
+    name = restoredName(place->name, isFolder(planned.identity), services_.clock.now(), attempt);
   }
   return RecoveryFailure::conflict;
 }
@@ -155,22 +158,22 @@ Outcome<void, RecoveryStoreError> Restoration::announce(std::vector<Return>& bat
   return history_.write(std::move(change));
 }
 
-std::optional<RecoveryFailure> Restoration::move(const CleaningHistoryItem& item, Return& planned) {
+std::optional<RecoveryFailure> Restoration::move(Return& planned) {
   auto place = placeOf(services_.fileSystem, planned.destination);
   if (!place) return parentFailure(place.error());
-  if (const auto failed = checkInTrash(item, planned)) return failed;
+  if (const auto failed = checkInTrash(planned)) return failed;
   const auto moved = services_.fileSystem.renameExclusive(planned.trash.folder->descriptor(), planned.leaf.c_str(),
                                                           place->folder.number(), place->name.c_str());
   if (!moved) {
-    planned.isUncertain = checkInTrash(item, planned).has_value();
+    planned.isUncertain = checkInTrash(planned).has_value();
     return failureOf(moved.error());
   }
-  return verify(item, planned, *place);
+  return verify(planned, *place);
 }
 
-std::optional<RecoveryFailure> Restoration::verify(const CleaningHistoryItem& item, Return& planned, ItemPlace& place) {
+std::optional<RecoveryFailure> Restoration::verify(Return& planned, ItemPlace& place) {
   const auto restored = identityAt(services_.fileSystem, place);
-  if (!restored || !isSameObject(*item.trashIdentity, *restored, planned.trash.volume)) {
+  if (!restored || !isSameObject(planned.identity, *restored, planned.trash.volume)) {
     // It was exchanged at the last moment: what was moved instead goes back to where it was.
     planned.isUncertain = !services_.fileSystem.renameExclusive(
         place.folder.number(), place.name.c_str(), planned.trash.folder->descriptor(), planned.leaf.c_str());
@@ -187,6 +190,7 @@ std::vector<int> Restoration::changedFolders(const std::vector<Return>& batch) {
   for (const Return& each : batch)
     if (each.isDone) emptied.insert(each.trash.folder.get());
   std::vector<int> changed;
+  changed.reserve(filledFolders_.size() + emptied.size());
   for (const auto& [path, folder] : filledFolders_) changed.push_back(folder.number());
   for (TrashFolder* trash : emptied) {
     trash->tellSizes({});

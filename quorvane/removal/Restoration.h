@@ -28,6 +28,8 @@ class Restoration {
   /// One item on its way back.
   struct Return {
     RecoveryReference reference;
+    FilePath trashed = {};
+    FileIdentity identity = {};
     RecordedTrash trash = {};
     std::string leaf = {};  ///< in the Trash
     FilePath destination = {};
@@ -42,11 +44,11 @@ class Restoration {
 
   Return plan(const RecoveryReference& reference);
   std::optional<RecoveryFailure> findInTrash(const CleaningHistoryItem& item, Return& planned);
-  RecoveryFailure whyNoTrash(const CleaningHistoryItem& item, PosixError error) const;
+  RecoveryFailure whyNoTrash(const CleaningHistoryItem& item, const FilePath& trashed, PosixError error) const;
   std::optional<RecoveryFailure> chooseDestination(const CleaningHistoryItem& item, Return& planned);
-  std::optional<RecoveryFailure> move(const CleaningHistoryItem& item, Return& planned);
-  std::optional<RecoveryFailure> verify(const CleaningHistoryItem& item, Return& planned, ItemPlace& place);
-  std::optional<RecoveryFailure> checkInTrash(const CleaningHistoryItem& item, const Return& planned) const;
+  std::optional<RecoveryFailure> move(Return& planned);
+  std::optional<RecoveryFailure> verify(Return& planned, ItemPlace& place);
+  std::optional<RecoveryFailure> checkInTrash(const Return& planned) const;
 
   Outcome<void, RecoveryStoreError> announce(std::vector<Return>& batch);
   std::vector<int> changedFolders(const std::vector<Return>& batch);

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "quorvane/core/InUseIndex.h"
 #include "quorvane/core/ScanCoverage.h"
 #include "quorvane/scan/DiskScanner.h"
-#include "quorvane/core/InUseIndex.h"
 #include "quorvane/scan/LocationFindings.h"
 #include "quorvane/scan/MobileBackupCatalog.h"
 #include "quorvane/scan/WorktreeGitInspector.h"

@@ -30,8 +30,8 @@ class PosixFileSystem : public FileSystem {
   static bool isLeaf(const char* name);
 
  private:
-  /// The system's own call for `openRealFolder`: a descriptor, or -1 with `errno` set; ENOSYS where it has none for this
-  /// path, and the folders are opened one after the other.
+  /// The system's own call for `openRealFolder`: a descriptor, or -1 with `errno` set; ENOSYS where it has none for
+  /// this path, and the folders are opened one after the other.
   virtual int systemOpenRealFolder(const char* path) = 0;
 
   /// The system's own call for `renameExclusive`: 0, or -1 with `errno` set.
