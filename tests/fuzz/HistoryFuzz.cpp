@@ -24,7 +24,7 @@ void roundTrip(std::string_view text) {
   require(again->entries() == document->entries(), "a history keeps its meaning");
   const auto before = document->entries();
   for (const CleaningHistoryEntry& entry : before) {
-    require(document->holds(entry.id), "an entry is known by its identifier");
+    require(document->knows(entry.id), "an entry is known by its identifier");
     require(document->find(entry.id) != nullptr, "an entry is found by its identifier");
     document->replace(entry);
   }
