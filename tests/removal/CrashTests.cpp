@@ -22,6 +22,7 @@ const std::vector<FileCall> changingCalls{FileCall::makeFolder,  FileCall::creat
 
 /// Runs the work in a child that is killed right before its n-th changing call; whether it got that far.
 bool isKilledAt(RoadScene& scene, std::size_t call, const std::function<bool(RoadScene&)>& work) {
+  scene.home().endWalkerThreads();
   const pid_t child = ::fork();
   if (child == 0) {
     scene.files().countOnly(changingCalls);

@@ -60,6 +60,7 @@ class OtherVolumeTests : public testing::Test {
 
   /// Does it in a process that is killed before it writes the history for the second time: when all was moved.
   void killWhenMoved(const std::function<void()>& work) {
+    home_.endWalkerThreads();
     const pid_t child = ::fork();
     if (child == 0) {
       home_.fileSystem.countOnly({FileCall::renameReplacing});

@@ -135,6 +135,7 @@ TEST(RoadTests, aTreeThatIsWrittenToIsRefusedOrGoesAlongWhole) {
 
 /// Removes these in a process of its own, as often as another run holds the lock.
 pid_t startedCleaner(CleaningHome& home, const std::vector<RemovalRequest>& requests) {
+  home.endWalkerThreads();
   const pid_t child = ::fork();
   if (child != 0) return child;
   for (int attempt = 0; attempt < 1000; ++attempt) {

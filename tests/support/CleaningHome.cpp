@@ -35,6 +35,11 @@ std::vector<RemovalRequest> CleaningHome::requests(const std::vector<std::string
   return all;
 }
 
+void CleaningHome::endWalkerThreads() {
+  std::destroy_at(&walker);
+  std::construct_at(&walker, fileSystem);
+}
+
 RemovalReport CleaningHome::remove(const std::vector<RemovalRequest>& requests, const RemovalOptions& options,
                                    const RemovalChecks& checks) {
   auto report = remover.remove(requests, checks, options);

@@ -38,6 +38,10 @@ class CleaningHome : public ScanHome {
   RemovalReport remove(const std::vector<RemovalRequest>& requests, const RemovalOptions& options = {},
                        const RemovalChecks& checks = {});
 
+  /// Ends the threads of the walker, which starts new ones when it needs them: a process that is to fork may have no
+  /// other thread, since that could hold a lock that nobody would ever open in the child.
+  void endWalkerThreads();
+
   /// The entries of the history as it stands on the disk, newest first.
   std::vector<CleaningHistoryEntry> recorded();
 
