@@ -430,7 +430,7 @@ TEST_F(TrashTests, whatOthersPutThereStaysTheirs) {
   EXPECT_EQ(home_.read("data/Trash/files/" + leaf), "ours");
 }
 
-/// Another volume, mounted in the home; at its top a folder "work" with an item.
+/// Another volume, mounted in the home; at its top a folder "project" with an item.
 class TrashOnVolumeTests : public TrashTests {
  protected:
   void SetUp() override {
@@ -438,16 +438,16 @@ class TrashOnVolumeTests : public TrashTests {
     home_.makeFolders("volume");
     if (::mount("quorvane-test", volume().c_str(), "tmpfs", 0, "size=1m,mode=755") != 0)
       GTEST_SKIP() << "this system does not let us mount";
-    home_.write("volume/work/item name", "content");
+    home_.write("volume/project/item name", "content");
   }
   void TearDown() override { ::umount2(volume().c_str(), MNT_DETACH); }
 
   std::string volume() const { return home_.at("volume").bytes; }
   std::string user() const { return std::to_string(::geteuid()); }
-  FilePath item() const { return home_.at("volume/work/item name"); }
+  FilePath item() const { return home_.at("volume/project/item name"); }
 
   std::string receiveItem(TrashFolder& trash) {
-    const auto folder = openFolderBelow(*fileSystem_, home_.descriptor(), "volume/work").value();
+    const auto folder = openFolderBelow(*fileSystem_, home_.descriptor(), "volume/project").value();
     return trash.receive(folder.number(), "item name", {item(), deletedAt_, someMove}).value();
   }
 };
@@ -458,7 +458,7 @@ TEST_F(TrashOnVolumeTests, eachVolumeHasItsOwnTrashAndNothingIsCopied) {
   EXPECT_FALSE(home_.holds("data/Trash"));
   receiveItem(*trash);
   const std::string own = "volume/.Trash-" + user() + "/";
-  EXPECT_EQ(home_.read(own + "info/item name.trashinfo"), trashInfoText("work/item name", deletedAt_, someMove));
+  EXPECT_EQ(home_.read(own + "info/item name.trashinfo"), trashInfoText("project/item name", deletedAt_, someMove));
   EXPECT_EQ(permissionsOf(home_.at(own)), 0700u);
 
   home_.write("work/here", "");
@@ -479,7 +479,7 @@ TEST_F(TrashOnVolumeTests, aRecordedTrashTellsPathsLikeTheOneThatWasFound) {
     ASSERT_TRUE(trash->open(directory).value()->ensureNote("x", {item(), deletedAt_, someMove}));
     const std::string text =
         home_.read(joined(parentOf(directory), "info/x.trashinfo").bytes.substr(home_.path().bytes.size() + 1));
-    EXPECT_EQ(trashInfoFromText(text)->path, "work/item name");
+    EXPECT_EQ(trashInfoFromText(text)->path, "project/item name");
   }
   const auto trash = makeSystemTrash(*fileSystem_, random_, folders());
   const FilePath shared = home_.at("volume/.Trash/" + user() + "/files");

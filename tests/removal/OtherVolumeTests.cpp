@@ -30,7 +30,7 @@ class OtherVolumeTests : public testing::Test {
     std::filesystem::resize_file(home_.at("image").bytes, 8 << 20);
     if (!succeeds("PATH=$PATH:/usr/sbin:/sbin mkfs.ext4 -q -F '" + home_.at("image").bytes + "'") || !mount("volume"))
       GTEST_SKIP() << "this system does not let us mount";
-    home_.write("volume/work/item/file", "far");
+    home_.write("volume/project/item/file", "far");
     home_.write(".cache/near", "near");
   }
   void TearDown() override {
@@ -78,18 +78,18 @@ class OtherVolumeTests : public testing::Test {
 };
 
 TEST_F(OtherVolumeTests, eachItemGoesToTheTrashOfItsVolumeAndComesBack) {
-  const RemovalReport report = home_.remove(home_.requests({"volume/work/item", ".cache/near"}));
+  const RemovalReport report = home_.remove(home_.requests({"volume/project/item", ".cache/near"}));
   ASSERT_EQ(report.movedCount, 2);
   EXPECT_EQ(report.entries[0].items[0].trashedPath, home_.at("volume/.Trash-0/files/item"));
   EXPECT_EQ(report.entries[1].items[0].trashedPath, home_.at(".local/share/Trash/files/near"));
   EXPECT_EQ(restored(report.entries).restoredCount, 2);
-  EXPECT_EQ(home_.folder.read("volume/work/item/file"), "far");
+  EXPECT_EQ(home_.folder.read("volume/project/item/file"), "far");
   EXPECT_EQ(home_.folder.read(".cache/near"), "near");
   EXPECT_THAT(home_.folder.names("volume/.Trash-0/info"), IsEmpty());
 }
 
 TEST_F(OtherVolumeTests, anItemWaitsInTheTrashOfAVolumeThatIsGone) {
-  const RemovalReport report = home_.remove(home_.requests({"volume/work/item"}));
+  const RemovalReport report = home_.remove(home_.requests({"volume/project/item"}));
   ASSERT_EQ(report.movedCount, 1);
   unmount();
   EXPECT_TRUE(isInTrash(loaded().entries[0].items[0]));
@@ -100,11 +100,11 @@ TEST_F(OtherVolumeTests, anItemWaitsInTheTrashOfAVolumeThatIsGone) {
   EXPECT_THAT(home_.folder.names("volume"), IsEmpty()) << "nothing is made in its place";
   ASSERT_TRUE(mount("volume"));
   EXPECT_EQ(restored(report.entries).restoredCount, 1);
-  EXPECT_EQ(home_.folder.read("volume/work/item/file"), "far");
+  EXPECT_EQ(home_.folder.read("volume/project/item/file"), "far");
 }
 
 TEST_F(OtherVolumeTests, whatIsPendingOnAVolumeThatIsGoneStaysPending) {
-  const auto requests = home_.requests({"volume/work/item"});
+  const auto requests = home_.requests({"volume/project/item"});
   killWhenMoved([&] { (void)home_.remove(requests); });
   unmount();
   HistoryView view = loaded();
@@ -120,8 +120,8 @@ TEST_F(OtherVolumeTests, whatIsPendingOnAVolumeThatIsGoneStaysPending) {
   ASSERT_TRUE(mount("volume"));
   view = loaded();
   EXPECT_EQ(view.pendingCount, 0);
-  EXPECT_EQ(view.entries[0].items[0].restoredPath, home_.at("volume/work/item"));
-  EXPECT_EQ(home_.folder.read("volume/work/item/file"), "far");
+  EXPECT_EQ(view.entries[0].items[0].restoredPath, home_.at("volume/project/item"));
+  EXPECT_EQ(home_.folder.read("volume/project/item/file"), "far");
 }
 
 TEST_F(OtherVolumeTests, nothingIsCopiedToAHomeTrashOnAnotherVolume) {
