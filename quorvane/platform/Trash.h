@@ -51,7 +51,8 @@ class TrashFolder {
   virtual Outcome<void, PosixError> forget(const std::string& leaf) = 0;
 
   /// Takes away a note that `receive` left for an item of this name and note when the process was killed before its
-  /// rename. Notes with an item, of other moves and of other programs stay.
+  /// rename. Notes with an item, of other moves and of other programs stay; an empty note,
+  /// which says nothing of whose it is, goes only if its name and time are those of the item.
   virtual void forgetUnfinished(const std::string& name, const TrashNote& note) = 0;
 
   /// Makes sure that an item that is here has its note: writes it where it is missing or was never completed.
@@ -66,7 +67,7 @@ class TrashFolder {
   virtual void tellSizes(const std::vector<Size>& folders) = 0;
 
   /// The folders to be brought to the disk after something was received or forgotten; open as long as this object
-  /// lives.
+  /// lives. That of the notes is not among them: a note that a power cut took is only a help that the desktop lacks.
   virtual std::vector<int> changedFolders() const = 0;
 };
 
