@@ -78,7 +78,8 @@ class ProgramHome {
     EXPECT_EQ(inPlace().size() + trashed().size(), static_cast<std::size_t>(logCount));
     EXPECT_EQ(run({"history"}), 0);
     EXPECT_EQ(notes().size(), trashed().size()) << "looking at the history settles what was left";
-    EXPECT_EQ(run({"undo"}), trashed().empty() ? 2 : 0);
+    const bool nothingMoved = trashed().empty();
+    EXPECT_EQ(run({"undo"}), nothingMoved ? 2 : 0);
     EXPECT_EQ(listing(), before);
     EXPECT_THAT(trashed(), IsEmpty());
     EXPECT_THAT(notes(), IsEmpty());
