@@ -130,9 +130,10 @@ TEST(CleanCommandTests, asksAndLetsTheReviewBeEdited) {
     EXPECT_EQ(home.caches(), left) << testing::PrintToString(answers) << done.errors;
   }
   const CleanHome home;
-  const std::string shown = home.answered({"clean"}, {"1", "nonsense", "2-3", "y", "e", "?4"}).errors;
-  for (const char* part : {"1: blocked", "nonsense: there is no such item", "2-3: no longer selected",
-                           "Nothing is selected.", "Not a known cache", "Digest", "Identifier"})
+  const std::string shown = home.answered({"clean"}, {"1", "nonsense", "reveiw", "2-3", "y", "e", "?4"}).errors;
+  for (const char* part :
+       {"1: blocked", "nonsense: there is no such item", "Did you mean \"review\"?", "2-3: no longer selected",
+        "Nothing is selected.", "Not a known cache", "Digest", "Identifier"})
     EXPECT_THAT(shown, HasSubstr(part));
   // Once when it is shown first, and once when it is selected.
   const auto timesShown = [&](const Names& answers) {
@@ -191,6 +192,7 @@ TEST(CleanCommandTests, selectsExactlyWhatIsNamed) {
     EXPECT_EQ(wrong.code, 2) << selector;
     EXPECT_THAT(wrong.errors, HasSubstr("[cli.error.selectorMatchesNothing]"));
   }
+  EXPECT_THAT(home.run({"clean", "--select", "lgos", "--yes"}).errors, HasSubstr("Did you mean \"logs\"?"));
   EXPECT_EQ(home.caches(), everything);
 }
 

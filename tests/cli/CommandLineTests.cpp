@@ -35,6 +35,7 @@ TEST(CommandLineTests, refusesWrongUsageWithAHint) {
     const char* text;
   } cases[] = {
       {{"scna"}, "cli.error.unknownCommand", "There is no command \"scna\". Did you mean \"scan\"?"},
+      {{"help"}, "cli.error.unknownCommand", "See `quorvane --help`."},
       {{"frobnicate"},
        "cli.error.unknownCommand",
        "It can be one of: scan, clean, trash, history, restore, undo, ignore."},
@@ -140,6 +141,12 @@ TEST(CommandLineTests, explainsEachCommandWithAnExample) {
     EXPECT_NE(run.output.find("Examples"), std::string::npos);
     EXPECT_EQ(run.output.find("cli."), std::string::npos) << "a key without a text";
     EXPECT_EQ(run.output.find("{{"), std::string::npos) << "a placeholder without a value";
+    for (const std::size_t columns : {20U, 30U, 60U, 80U}) {
+      std::istringstream lines(CommandLineRun(arguments, {.output = {.isTerminal = true, .columns = columns}}).output);
+      for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), columns) << line;
+    }
+    arguments.push_back("--json");
+    EXPECT_EQ(CommandLineRun(arguments).output, run.output) << "help is for people";
   }
   EXPECT_EQ(CommandLineRun({"scan", "--version"}).code, 0);
   EXPECT_TRUE(CommandLineRun({"--version"}).output.starts_with("quorvane "));
@@ -257,21 +264,22 @@ TEST(CommandLineTests, toldOfLostOutput) {
 
 TEST(TextStyleTests, followsTheTerminalAndTheEnvironment) {
   const struct {
-    bool isTerminal;
+    bool isLaidOut;
     EnvironmentVariables variables;
     bool hasColours, canRedraw;
     CharacterSet characters;
   } cases[] = {
       {false, {{"TERM", "xterm"}, {"LANG", "de_DE.UTF-8"}}, false, false, CharacterSet::unicode},
       {true, {{"TERM", "xterm"}, {"LANG", "C"}}, true, true, CharacterSet::ascii},
-      {true, {{"TERM", "dumb"}, {"LC_CTYPE", "C.utf8"}, {"LANG", "C"}}, false, false, CharacterSet::unicode},
+      {false, {{"TERM", "dumb"}, {"LC_CTYPE", "C.utf8"}, {"LANG", "C"}}, false, false, CharacterSet::unicode},
       {true, {{"LC_ALL", "C"}, {"LANG", "C.UTF-8"}}, false, false, CharacterSet::ascii},
       {true, {{"TERM", "xterm"}, {"NO_COLOR", "1"}}, false, true, CharacterSet::ascii},
       {true, {{"TERM", "xterm"}, {"NO_COLOR", ""}}, true, true, CharacterSet::ascii},
   };
-  for (const auto& [isTerminal, variables, hasColours, canRedraw, characters] : cases) {
-    const KeepingChannel channel({.isTerminal = isTerminal, .columns = 93});
-    EXPECT_EQ(textStyle(channel, variables), (TextStyle{isTerminal, hasColours, canRedraw, characters, 93}));
+  for (const auto& [isLaidOut, variables, hasColours, canRedraw, characters] : cases) {
+    const bool isDumb = variables.contains("TERM") && variables.at("TERM") == "dumb";
+    const KeepingChannel channel({.isTerminal = isLaidOut || isDumb, .columns = 93});
+    EXPECT_EQ(textStyle(channel, variables), (TextStyle{isLaidOut, hasColours, canRedraw, characters, 93}));
   }
 }
 

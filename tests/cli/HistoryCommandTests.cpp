@@ -55,10 +55,53 @@ TEST(HistoryCommandTests, listsRunsAndUndoesTheLastOne) {
   const CommandLineRun second = home.run({"restore", "--last"});
   EXPECT_EQ(second.code, 0);
   EXPECT_THAT(second.output,
-              testing::AllOf(HasSubstr("  " + home.at(".cache/thumbnails") + "\n"), HasSubstr("\nPut back 2 items\n")));
+              testing::AllOf(HasSubstr(home.at(".cache/thumbnails") + "\n"), HasSubstr("\nPut back 2 items\n")));
   EXPECT_EQ(home.caches().size(), 4U);
   EXPECT_EQ(home.run({"undo"}).code, 2);
   EXPECT_THAT(home.run({"history"}).output, HasSubstr("2 put back"));
+}
+
+TEST(HistoryCommandTests, takesTheBeginningOfAnIdentifierThatIsOnlyOnes) {
+  const CleanHome home;
+  ASSERT_EQ(home.run({"clean", "--yes"}).code, 0);
+  Json entries = home.json({"history"});
+  const std::string ids[] = {"ABCD0000-0000-4000-8000-00000000000A", "ABCD0000-0000-4000-8000-00000000000B"};
+  for (std::size_t i = 0; i < 2; ++i) entries[i]["id"] = entries[i]["items"][0]["id"] = ids[i];
+  std::filesystem::remove(home.at(historyFile));
+  home.folder().write(historyFile, entries.dump());
+  std::filesystem::permissions(home.at(historyFile), std::filesystem::perms(0600));
+  for (const Names& asked : {Names{"history", "show"}, Names{"restore"}}) {
+    const auto with = [&](const std::string& id) {
+      Names arguments = asked;
+      arguments.push_back(id);
+      return home.run(arguments);
+    };
+    const CommandLineRun several = with("abcd0");
+    EXPECT_EQ(several.code, 2);
+    EXPECT_THAT(several.errors,
+                testing::AllOf(HasSubstr(ids[0] + ", " + ids[1]), HasSubstr("[cli.error.ambiguousIdentifier]")));
+    for (const std::string& none : {std::string("abc"), std::string("abce"), ids[0] + "0"})
+      EXPECT_THAT(with(none).errors, HasSubstr("[cli.error.noSuchEntry]")) << none;
+    EXPECT_EQ(with("abcd0000-0000-4000-8000-00000000000b").code, 0);
+  }
+  EXPECT_EQ(home.caches().size(), 3U) << "only the one that was named is back";
+  const CommandLineRun wide = home.run({"history"}, {.output = {.isTerminal = true, .columns = 200}});
+  EXPECT_THAT(wide.output, HasSubstr(ids[0])) << "shown as long as tells them apart";
+}
+
+TEST(HistoryCommandTests, looksWhetherTheTrashStillHoldsIt) {
+  const CleanHome home;
+  ASSERT_EQ(home.run({"clean", "--yes"}).code, 0);
+  const Json before = home.json({"history"});
+  std::filesystem::remove_all(before[0]["items"][0]["trashedPath"].get<std::string>());
+  const std::string shown = home.run({"history"}).output;
+  EXPECT_THAT(shown, testing::AllOf(HasSubstr("\tno longer in the Trash\t"), HasSubstr("\tin the Trash\t")));
+  EXPECT_THAT(home.run({"history", "show", before[0]["id"].get<std::string>()}).output,
+              HasSubstr("State: no longer in the Trash"));
+  EXPECT_THAT(home.run({}).output, HasSubstr("Of that still in the Trash: "));
+  std::filesystem::remove_all(home.at(".local/share/Trash"));
+  EXPECT_THAT(home.run({}).output, testing::AllOf(Not(HasSubstr("still in the Trash")), Not(HasSubstr("undo"))));
+  EXPECT_EQ(home.json({"history"}), before) << "a look changes no record";
 }
 
 TEST(HistoryCommandTests, tellsWhatCannotBePutBackAndWhatToDo) {
@@ -188,6 +231,29 @@ TEST(TrashCommandTests, movesWhatIsNamedAfterAReview) {
   EXPECT_EQ(done["movedCount"], 2) << "a link goes itself, wherever it leads";
   EXPECT_EQ(home.json({"undo"})["restoredCount"], 2);
   EXPECT_TRUE(home.folder().holds("documents/draft"));
+}
+
+TEST(TrashCommandTests, countsWhatWentWithItsFolderAsDone) {
+  const CleanHome home;
+  home.folder().write("d/e/x", "content");
+  const Names command{"trash", home.at("d"), home.at("d/e/x"), home.at("d/e")};
+  const auto with = [&](const char* option) {
+    Names arguments = command;
+    arguments.emplace_back(option);
+    return arguments;
+  };
+  const std::string alone = home.run({"trash", home.at("d"), "--dry-run"}).output;
+  const std::string size = alone.substr(0, alone.find('\t'));
+  EXPECT_THAT(home.run(with("--dry-run")).output, HasSubstr(": " + size + ".")) << "nothing counts twice";
+  const CommandLineRun done = home.run(with("--yes"));
+  EXPECT_EQ(done.code, 0) << done.errors;
+  EXPECT_THAT(done.output, testing::AllOf(HasSubstr("Moved 1 item"), HasSubstr(home.at("d/e/x") + " lay in one of")));
+  EXPECT_EQ(done.errors, "");
+  ASSERT_EQ(home.run({"undo"}).code, 0);
+  EXPECT_TRUE(home.folder().holds("d/e/x"));
+  const Json document = home.json(with("--yes"));
+  EXPECT_EQ(document["failures"], Json::array());
+  EXPECT_EQ(document["movedCount"], 1);
 }
 
 TEST(TrashCommandTests, neverMovesWhatItMustNot) {

@@ -88,9 +88,9 @@ RestoreSummary hostileRestore() {
 TEST(RemovalReportTests, fitAnyTerminalWhateverTheNames) {
   const auto catalogue = MessageCatalogue::english();
   const HistoryView history = hostileHistory();
-  for (const std::size_t columns : {60U, 80U, 100U, 140U, 200U}) {
+  for (const std::size_t columns : {20U, 30U, 40U, 60U, 80U, 100U, 140U, 200U}) {
     for (const CharacterSet characters : {CharacterSet::unicode, CharacterSet::ascii}) {
-      const ReportStyle style{catalogue, home, {.isTerminal = true, .characters = characters, .columns = columns}};
+      const ReportStyle style{catalogue, home, {.isLaidOut = true, .characters = characters, .columns = columns}};
       std::istringstream lines(historyReport(history, std::nullopt, style) +
                                entryReport(history.entries[2], false, style) +
                                removalReport(hostileSummary(), style, true) +
@@ -109,10 +109,10 @@ TEST(RemovalReportTests, tellTheStateOfEveryItem) {
   HistoryView history = hostileHistory();
   const std::string settled = historyReport(history, std::nullopt, style);
   for (const char* part :
-       {"moved 3 items, 370 MB; 2 put back\n", "moved 1 item, 123 MB; 1 not moved; 1 unsettled\n", "in the Trash  ",
+       {"moved 3 items, 370 MB; 2 put back\n", "moved 1 item, 123 MB; 1 not moved; 1 unsettled\n", "\tin the Trash\t",
         "put back to ~/.cache/b (restored ", "in the Trash; not put back: The folder",
         "not moved: It has changed.\\x1b[2J", "1 item was left unsettled by a run that was interrupted.",
-        "00000000-0000-0000-0000-000000000006  interrupted"})
+        "00000000-0000-0000-0000-000000000006\tinterrupted\t"})
     EXPECT_THAT(settled, HasSubstr(part));
   history.isInFlight = true;
   EXPECT_THAT(historyReport(history, 1, style), HasSubstr("1 item is being moved or put back by another run"));
@@ -123,7 +123,7 @@ TEST(RemovalReportTests, groupFailuresAndGiveHints) {
   const auto catalogue = MessageCatalogue::english();
   const std::string text = removalReport(hostileSummary(), {catalogue, home, {}}, true);
   for (const char* part :
-       {"30 items were not moved:\n", "  Changed since the review, 5: ", "  In use, 5: ",
+       {"30 items were not moved:\n", "\nChanged since the review, 5: ", "\nIn use, 5: ",
         "once the program that uses it is closed", "`ls -ld` shows whose it is",
         "What was not moved was left as it is.", "`gio trash --empty`", "less available on the disk"})
     EXPECT_THAT(text, HasSubstr(part));

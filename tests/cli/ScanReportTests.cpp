@@ -3,9 +3,11 @@
 #include "quorvane/app/cli/ProgressBar.h"
 #include "quorvane/app/cli/StoragePicture.h"
 #include "quorvane/app/messages/TextLayout.h"
+#include "tests/cli/CommandLineRun.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
 namespace quorvane {
@@ -97,7 +99,7 @@ std::string withoutColours(const std::string& text) {
 }
 
 TEST(ScanReportTests, readsWellAtEightyColumns) {
-  EXPECT_EQ(report(plainResult(), {.isTerminal = true, .columns = 80}),
+  EXPECT_EQ(report(plainResult(), {.isLaidOut = true, .columns = 80}),
             "Application caches  93.4 MB in 2 items\n"
             "      93.4 MB  vault       Blocked  Of a security or network application\n"
             "  * 512 bytes  tiny        Safe     Made again when needed\n"
@@ -112,22 +114,22 @@ TEST(ScanReportTests, readsWellAtEightyColumns) {
 }
 
 TEST(ScanReportTests, putsReasonsBelowWhereItIsNarrowAndShowsPathsWhereItIsWide) {
-  const std::string narrow = report(plainResult(), {.isTerminal = true, .columns = 50});
+  const std::string narrow = report(plainResult(), {.isLaidOut = true, .columns = 50});
   EXPECT_NE(narrow.find("  vault       Blocked\n"
                         "               Of a security or network\n"
                         "               application\n"),
             std::string::npos)
       << narrow;
-  const std::string wide = report(plainResult(), {.isTerminal = true, .columns = 120});
+  const std::string wide = report(plainResult(), {.isLaidOut = true, .columns = 120});
   EXPECT_NE(wide.find("  ~/.cache/vault\n"), std::string::npos) << wide;
   EXPECT_EQ(wide.find("wider terminal"), std::string::npos) << wide;
 }
 
 TEST(ScanReportTests, fitsAnyTerminalWhateverTheNames) {
   const ScanResult result = hostileResult();
-  for (const std::size_t columns : {40U, 60U, 80U, 120U, 200U}) {
+  for (const std::size_t columns : {20U, 24U, 32U, 40U, 50U, 60U, 80U, 100U, 120U, 200U}) {
     for (const CharacterSet characters : {CharacterSet::unicode, CharacterSet::ascii}) {
-      const TextStyle plain{.isTerminal = true, .characters = characters, .columns = columns};
+      const TextStyle plain{.isLaidOut = true, .characters = characters, .columns = columns};
       TextStyle coloured = plain;
       coloured.hasColours = true;
       const std::string text = report(result, plain);
@@ -140,18 +142,35 @@ TEST(ScanReportTests, fitsAnyTerminalWhateverTheNames) {
   }
 }
 
+TEST(ScanReportTests, isPlainWhereItIsNotForTheEye) {
+  EXPECT_EQ(report(plainResult(), {.characters = CharacterSet::unicode, .columns = 20}),
+            "Application caches: 93.4 MB in 2 items\n"
+            "93.4 MB\tBlocked\tnot selected\tvault\tOf a security or network application\t~/.cache/vault\n"
+            "512 bytes\tSafe\tselected\ttiny\tMade again when needed\t~/.cache/tiny\n"
+            "\n"
+            "Old installers: 524 MB in 1 item\n"
+            "524 MB\tReview\tnot selected\tsystem.iso\tAn installer older than 30 days\t~/Downloads/system.iso\n"
+            "\n"
+            "Found: 618 MB in 3 items\n"
+            "Selected: 512 bytes in 1 item\n");
+  int items = 0;
+  for (const std::string& line : linesOf(report(hostileResult(), {.characters = CharacterSet::unicode}))) {
+    const auto tabs = std::ranges::count(line, '\t');
+    EXPECT_TRUE(tabs == 0 || tabs == 5) << line;
+    items += tabs == 5 ? 1 : 0;
+  }
+  EXPECT_EQ(items, std::ssize(hostileResult().items)) << "one line each, whatever the names";
+}
+
 TEST(ScanReportTests, saysWhatWasNotSeen) {
   const std::string text = report(hostileResult(), {.characters = CharacterSet::unicode});
   for (const char* part :
-       {"≥ 1.5 MB", "Sizes marked ≥ are lower bounds", "14 places could not be read:", "and 9 more places",
-        "Found: at least ", "left out: ~/.cache/a\\nb\\x1b[2J\\x07: you chose to ignore it",
+       {"at least 1.5 MB\t", "14 places could not be read:", "and 9 more places", "Found: at least ",
+        "left out: ~/.cache/a\\nb\\x1b[2J\\x07: you chose to ignore it",
         "holds 2 files that git ignores and that may matter: .env, ", "2 running programs could not be looked into"})
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
   EXPECT_EQ(text.find("left out: ~/.cache:"), std::string::npos) << "a location that was read in part";
-  EXPECT_NE(text.find(std::string(255, 'w')), std::string::npos) << "without a terminal nothing is shortened";
-  EXPECT_NE(text.find("  system.iso                            Review"), std::string::npos)
-      << "one long name does not move what stands behind the others\n"
-      << text;
+  EXPECT_NE(text.find(std::string(255, 'w')), std::string::npos) << "plain, nothing is shortened";
   EXPECT_EQ(report({}, {}), "Nothing that could be cleaned was found.\n");
 }
 
@@ -160,7 +179,7 @@ TEST(ScanReportTests, saysWhichSumsAreLowerBounds) {
   ScanItem mounted = result.items.front();
   mounted.snapshot.reset();
   result.items = {item("a", ScanCategory::logs, SafetyLevel::safe, "reason.cacheTag", 9'000), mounted};
-  EXPECT_EQ(report(result, {.isTerminal = true, .columns = 80}),
+  EXPECT_EQ(report(result, {.isLaidOut = true, .columns = 80}),
             "Logs  9 kB in 1 item\n"
             "  *      9 kB  a           Safe    Marked as a cache by its program\n"
             "\n"
@@ -179,7 +198,7 @@ TEST(ScanReportTests, saysWhichSumsAreLowerBounds) {
 TEST(ScanReportTests, tellsItemsOfOneNameApart) {
   ScanResult result = plainResult();
   result.items.push_back(item(".npm/tiny", ScanCategory::applicationCache, SafetyLevel::safe, "reason.cacheTag", 9));
-  const std::string text = report(result, {.isTerminal = true, .columns = 80});
+  const std::string text = report(result, {.isLaidOut = true, .columns = 80});
   EXPECT_NE(text.find("~/.npm/tiny"), std::string::npos) << text;
 }
 
@@ -189,10 +208,11 @@ TEST(ProgressLineTests, fitsExactly) {
   for (const double progress : {0.0, 0.427, 1.0}) {
     for (std::size_t columns = 20; columns < 160; ++columns) {
       const TextStyle style{
-          .isTerminal = true, .canRedraw = true, .characters = CharacterSet::unicode, .columns = columns};
+          .isLaidOut = true, .canRedraw = true, .characters = CharacterSet::unicode, .columns = columns};
       const std::string line = progressLine({progress, "scan.status.logs", ScanActivitySnapshot{place, 24'310}},
                                             catalogue, {home, CharacterSet::unicode}, style);
-      EXPECT_LE(displayWidth(line), std::max<std::size_t>(columns, 27)) << line;
+      EXPECT_LE(displayWidth(line), columns) << line;
+      EXPECT_FALSE(line.contains("100%")) << "the end is told by the result";
       EXPECT_EQ(harmlessText(line), line);
       if (columns > 80) {
         EXPECT_GE(displayWidth(line), columns - 1) << "the place takes the room that is left";
@@ -202,15 +222,46 @@ TEST(ProgressLineTests, fitsExactly) {
   }
 }
 
+TEST(ProgressBarTests, neverGoesBack) {
+  PreparedInput input({});
+  KeepingChannel output({}), errors({.isTerminal = true, .columns = 80});
+  const EnvironmentVariables variables{{"TERM", "xterm"}};
+  Console console({input, output, errors}, variables, parseArguments({"scan"}));
+  {
+    ProgressBar bar(console);
+    for (const double progress : {0.0, 0.4, 0.2, 0.0, 0.41, 1.0})
+      bar.show({progress, "scan.status.logs", std::nullopt});
+  }
+  std::vector<std::string> percents;
+  for (std::size_t at = 0; (at = errors.text.find('%', at)) != std::string::npos; ++at)
+    percents.push_back(errors.text.substr(at - 3, 3));
+  EXPECT_EQ(percents, (std::vector<std::string>{" 40", " 40", " 40", " 41", " 99"}));
+  EXPECT_TRUE(errors.text.ends_with("\r\x1b[K"));
+}
+
 TEST(StoragePictureTests, hasABarOfOneLengthWhateverItShows) {
   const auto catalogue = MessageCatalogue::english();
   for (const StorageSnapshot& storage :
        {StorageSnapshot{}, StorageSnapshot{1000, 400, 100, 200, true}, StorageSnapshot{1000, 1000, 0, 0, false},
         StorageSnapshot{1000, 100, 5000, 5000, false}, StorageSnapshot{INT64_MAX, 1, INT64_MAX, INT64_MAX, false}}) {
-    const auto lines = linesOf(storagePicture(storage, catalogue, home, {.isTerminal = true, .columns = 60}));
-    EXPECT_TRUE(lines.at(2) == "  " || displayWidth(lines.at(2)) == 58) << lines.at(2);
-    for (const std::string& line : lines) EXPECT_LE(displayWidth(line), 64U) << line;
+    for (const std::size_t columns : {32U, 60U}) {
+      const auto lines =
+          linesOf(storagePicture(storage, home, {catalogue, home, {.isLaidOut = true, .columns = columns}}));
+      const auto bar = std::ranges::find(lines, "");
+      ASSERT_TRUE(bar != lines.end() && bar + 1 != lines.end());
+      EXPECT_TRUE(bar[1] == "  " || displayWidth(bar[1]) == columns - 2) << bar[1];
+      for (const std::string& line : lines) EXPECT_LE(displayWidth(line), columns) << line;
+    }
   }
+  EXPECT_EQ(storagePicture({1000, 400, 100, 200, false}, home, {catalogue, home, {}}),
+            "The disk of /home/ada: 400 bytes of 1 kB free\n"
+            "Applications: 100 bytes\n"
+            "Your files: 200 bytes\n"
+            "Everything else: 300 bytes\n"
+            "Free: 400 bytes\n"
+            "\n"
+            "Everything else holds what the system keeps in reserve, too.\n"
+            "\n");
 }
 
 }  // namespace

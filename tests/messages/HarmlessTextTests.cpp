@@ -67,6 +67,12 @@ TEST(TextLayoutTests, measuresAndFitsByColumns) {
   EXPECT_EQ(shortened("abcdefgh", 0, "..."), "");
   EXPECT_EQ(shortened(japanese, 5, "~"), "\xE6\x97\xA5~\xE8\xAA\x9E");
   EXPECT_EQ(shortened(accents, 2, "~"), "e\xCC\x81~") << "an accent stays with its letter";
+  // A character that is spelled out is shown whole or not at all.
+  EXPECT_EQ(shortened("\\x1b\\x1b\\x1b\\x1b", 12, "~"), "\\x1b~\\x1b");
+  EXPECT_EQ(shortened("a\\u{202e}b\\u{200d}c", 14, "~"), "a~b\\u{200d}c");
+  EXPECT_EQ(shortened("a\\nb\\tcdef", 6, "~"), "a\\n~ef");
+  EXPECT_EQ(shortened("\\xyz\\u{}\\", 5, "~"), "\\x~}\\") << "these are only characters";
+  EXPECT_EQ(wrapped("ab\\x1bcd", 5), (std::vector<std::string>{"ab", "\\x1bc", "d"}));
   for (std::size_t columns = 0; columns < 12; ++columns)
     EXPECT_LE(displayWidth(shortened("a\xE6\x97\xA5"
                                      "b\xE6\x9C\xAC"

@@ -206,6 +206,7 @@ std::optional<CommandError> ArgumentParser::takeSubjects() {
 
 CommandError ArgumentParser::unexpected(const std::string& given) const {
   const Words names = namesBelow(reached());
+  if (given == "help") return seeingHelp({"cli.error.unknownCommand", {{"given", given}}});
   if (names.empty()) return seeingHelp({"cli.error.unexpectedArgument", {{"given", given}}});
   return wrongUsage({"cli.error.unknownCommand", {{"given", given}}}, hintFor(given, names));
 }

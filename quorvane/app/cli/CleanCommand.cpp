@@ -1,44 +1,47 @@
-#include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/cli/Confirmation.h"
+#include "quorvane/app/cli/NearestWord.h"
+#include "quorvane/app/cli/RemovalCommand.h"
 #include "quorvane/app/cli/RemovalRun.h"
 #include "quorvane/app/cli/ReviewDialogue.h"
 #include "quorvane/app/cli/ReviewFile.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ScanReport.h"
+#include "quorvane/app/cli/ScannedCategories.h"
 #include "quorvane/cleaning/CleaningSelection.h"
 
 namespace quorvane {
 
 namespace {
 
+// A selector is an identifier, a path, or one of these words.
 CommandError matchesNothing(const SelectionError& error) {
-  return {ExitCode::wrongUsage, {"cli.error.selectorMatchesNothing", {{"given", error.selector}}}};
+  std::vector<std::string> words = scannedCategoryNames();
+  for (const SafetyLevel level : allCases<SafetyLevel>()) words.emplace_back(caseName(level));
+  CommandError told{ExitCode::wrongUsage, {"cli.error.selectorMatchesNothing", {{"given", error.selector}}}};
+  const auto word = nearestWord(error.selector, words);
+  if (word && *word != error.selector) told.hint = Message{"cli.hint.didYouMean", {{"word", *word}}};
+  return told;
 }
 
 /// The command that moves what a scan found.
 class CleanCommand {
  public:
-  CleanCommand(const CommandContext& context, MainLoop& loop, AppModel& model)
-      : context_(context), console_(context.console), asked_(context.invocation.removal), loop_(loop), model_(model) {}
+  explicit CleanCommand(const RemovalTask& task) : task_(task), console_(task.console()), asked_(task.asked()) {}
 
   CommandOutcome run() {
-    auto result = asked_.from ? reviewedResult(context_, model_) : scanToEnd(console_, loop_, model_, {});
+    auto result =
+        asked_.from ? reviewedResult(task_.context, task_.model) : scanToEnd(console_, task_.loop, task_.model, {});
     if (!result) return failure(result.error());
     const auto selected = applySelection(result->items, {asked_.select, asked_.unselect});
     if (!selected) return failure(matchesNothing(selected.error()));
     const bool hasNothing = selectedItems(result->items).empty();
-    if (hasNothing || isSettled()) showCoverage(*result);
+    if (hasNothing || task_.isSettled()) showCoverage(*result);
     if (hasNothing) return nothingSelected(result->items.empty());
-    const auto confirmed = isAllowed(*result);
-    if (!confirmed) return failure(confirmed.error());
-    if (!*confirmed) return declined(console_);
-    return move(selectedItems(result->items));
+    return task_.moveIfConfirmed(
+        asked_.from == "-", [&] { return isConfirmed(console_, *result); },
+        [&] { return move(selectedItems(result->items)); });
   }
 
  private:
-  /// Nobody is to be asked.
-  bool isSettled() const { return asked_.isRehearsal || asked_.isConfirmed; }
-
   void showCoverage(const ScanResult& result) {
     const std::string notes = coverageReport(result, console_.errorReport());
     if (!notes.empty()) console_.show(notes);
@@ -54,29 +57,20 @@ class CleanCommand {
     return printSummary(console_, summary, std::nullopt);
   }
 
-  Outcome<bool, CommandError> isAllowed(ScanResult& result) {
-    if (isSettled()) return true;
-    if (auto refusal = whyNotToAsk(console_, asked_.from == "-")) return failure(*std::move(refusal));
-    return isConfirmed(console_, result);
-  }
-
   CommandOutcome move(const std::vector<ScanItem>& items) {
-    return runRemoval(
-        console_, loop_, model_, asked_.isRehearsal, items,
-        [&](AppModel::RemovalKind kind, RemovalHandlers handlers) { model_.clean(items, kind, std::move(handlers)); });
+    return runRemoval(console_, task_.loop, task_.model, asked_.isRehearsal, items,
+                      [&](AppModel::RemovalKind kind, RemovalHandlers handlers) {
+                        task_.model.clean(items, kind, std::move(handlers));
+                      });
   }
 
-  const CommandContext& context_;
+  const RemovalTask task_;
   Console& console_;
   const RemovalArguments& asked_;
-  MainLoop& loop_;
-  AppModel& model_;
 };
 
 }  // namespace
 
-CommandOutcome runClean(const CommandContext& context) {
-  return withModel(context, [&](MainLoop& loop, AppModel& model) { return CleanCommand(context, loop, model).run(); });
-}
+CommandOutcome runClean(const CommandContext& context) { return runRemovalCommand<CleanCommand>(context); }
 
 }  // namespace quorvane

@@ -14,12 +14,7 @@ void DetailLines::add(std::string_view titleKey, MessageValue value) {
 void DetailLines::writeTo(ReportText& text) const {
   std::size_t width = 0;
   for (const auto& [title, value] : lines_) width = std::max(width, displayWidth(title));
-  for (const auto& [title, value] : lines_) {
-    ReportText part(style_);
-    part.words(value, 2 + width + 2);
-    std::string lines = part.take();
-    text.asIs("  " + paddedRight(title, width) + lines.substr(2 + width));
-  }
+  for (const auto& [title, value] : lines_) text.row(title, value, width);
 }
 
 }  // namespace quorvane

@@ -1,39 +1,44 @@
 #include "quorvane/app/cli/HelpText.h"
 
+#include "quorvane/app/cli/ReportText.h"
 #include "quorvane/app/cli/ScannedCategories.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <sstream>
 
 namespace quorvane {
 
 namespace {
 
-constexpr std::size_t widestText = 100;
+constexpr std::size_t widestText = 100, exampleIndent = 8;
+
+// Help is laid out wherever it goes: people page it.
+TextStyle helpStyle(TextStyle style) {
+  style.isLaidOut = true;
+  style.columns = std::min(style.columns, widestText);
+  return style;
+}
 
 class HelpWriter {
  public:
   HelpWriter(const MessageCatalogue& catalogue, const TextStyle& style)
-      : catalogue_(catalogue), style_(style), width_(std::min(style.columns, widestText)) {}
-
-  void paragraph(std::string_view key) {
-    for (const std::string& line : wrapped(catalogue_.text(key), width_)) text_ += line + "\n";
-  }
+      : style_{catalogue, std::nullopt, helpStyle(style)}, text_(style_) {}
 
   void usage(const CommandDescription& command) {
-    const std::string title = catalogue_.text("cli.help.usage");
-    const std::size_t indent = displayWidth(title) + 2;
-    std::string start = toned(title, Tone::strong, style_) + "  ";
-    for (const std::string& line : wrapped(usageOf(command), width_ - std::min(width_, indent))) {
-      text_ += start + line + "\n";
+    const std::string title = style_.catalogue.text("cli.help.usage");
+    const std::size_t indent = displayWidth(title) + 2, columns = style_.text.columns;
+    std::string start = toned(title, Tone::strong, style_.text) + "  ";
+    for (const std::string& line : wrapped(usageOf(command), columns - std::min(columns, indent))) {
+      text_.asIs(start + line + "\n");
       start = std::string(indent, ' ');
     }
-    text_ += "\n";
+    text_.blank();
   }
 
-  void title(std::string_view key) { text_ += "\n" + toned(catalogue_.text(key), Tone::strong, style_) + "\n"; }
+  void paragraph(std::string_view key) { text_.words(style_.catalogue.text(key)); }
 
   void commands(const std::vector<const CommandDescription*>& below) {
     std::vector<OptionDescription> rows;
@@ -48,20 +53,24 @@ class HelpWriter {
     title(titleKey);
     std::size_t longest = 0;
     for (const OptionDescription& row : rows) longest = std::max(longest, spelling(row).size());
-    for (const OptionDescription& row : rows) entry(row, longest + 4);
+    const MessageArgument categories{"categories", MessageList{scannedCategoryNames()}};
+    for (const OptionDescription& row : rows)
+      text_.row(spelling(row), text_.say({std::string(row.key), {categories}}), longest);
   }
 
+  // Broken lines go on as a shell understands them.
   void examples(std::string_view key) {
     title("cli.help.examples");
-    std::string lines = catalogue_.text(key);
-    for (std::size_t start = 0; start <= lines.size();) {
-      const std::size_t end = std::min(lines.find('\n', start), lines.size());
-      text_ += "  " + lines.substr(start, end - start) + "\n";
-      start = end + 1;
+    std::istringstream lines(style_.catalogue.text(key));
+    for (std::string line; std::getline(lines, line);) {
+      std::string joined;
+      for (const std::string& part : wrapped(line, style_.text.columns - exampleIndent))
+        joined += joined.empty() ? part : " \\\n      " + part;
+      text_.asIs("  " + joined + "\n");
     }
   }
 
-  std::string text() && { return std::move(text_); }
+  std::string text() && { return text_.take(); }
 
  private:
   static std::string spelling(const OptionDescription& row) {
@@ -84,19 +93,13 @@ class HelpWriter {
     return argument.repeats ? name + "..." : name;
   }
 
-  void entry(const OptionDescription& row, std::size_t indent) {
-    const Message message{std::string(row.key), {{"categories", MessageList{scannedCategoryNames()}}}};
-    std::string first = "  " + spelling(row);
-    for (const std::string& line : wrapped(catalogue_.text(message), width_ > indent + 20 ? width_ - indent : 20)) {
-      text_ += paddedRight(first, indent) + line + "\n";
-      first.clear();
-    }
+  void title(std::string_view key) {
+    text_.blank();
+    text_.heading(style_.catalogue.text(key));
   }
 
-  const MessageCatalogue& catalogue_;
-  const TextStyle& style_;
-  const std::size_t width_;
-  std::string text_;
+  const ReportStyle style_;
+  ReportText text_;
 };
 
 }  // namespace

@@ -18,19 +18,21 @@ CommandOutcome list(const CommandContext& context, AppModel& model) {
     if (limit && *limit < std::ssize(history->entries)) history->entries.resize(static_cast<std::size_t>(*limit));
     console.print(jsonText(history->entries));
   } else {
+    markWhatIsGone(*history, model.fileSystem());
     console.print(historyReport(*history, limit, console.outputReport()));
   }
   return ExitCode::done;
 }
 
 CommandOutcome show(const CommandContext& context, AppModel& model) {
-  const auto history = model.history();
+  auto history = model.history();
   if (!history) return failure(commandError(history.error()));
-  const auto entry = namedEntry(history->entries, context.invocation.subjects.front());
-  if (!entry) return failure(entry.error());
+  if (!context.console.wantsJson()) markWhatIsGone(*history, model.fileSystem());
+  const auto named = namedEntry(history->entries, context.invocation.subjects.front());
+  if (!named) return failure(named.error());
   Console& console = context.console;
-  console.print(console.wantsJson() ? jsonText(**entry)
-                                    : entryReport(**entry, history->isInFlight, console.outputReport()));
+  console.print(console.wantsJson() ? jsonText(*named->entry)
+                                    : entryReport(*named->entry, history->isInFlight, console.outputReport()));
   return ExitCode::done;
 }
 

@@ -1,7 +1,7 @@
 #include "quorvane/app/cli/HistoryReport.h"
 
 #include "quorvane/app/cli/DetailLines.h"
-#include "quorvane/app/messages/ByteFormat.h"
+#include "quorvane/app/cli/NamedEntry.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <algorithm>
@@ -10,8 +10,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::size_t sizeColumns = 9, gap = 2, widestState = 40;
-constexpr std::size_t identifierColumns = 36, leastPath = 30;
+constexpr std::size_t gap = 2, widestState = 40, leastPath = 24;
 
 /// What a run came to.
 struct RunSum {
@@ -38,7 +37,7 @@ struct RunSum {
 class HistoryWriter {
  public:
   HistoryWriter(const HistoryView& history, const ReportStyle& style)
-      : history_(history), style_(style), text_(style) {}
+      : history_(history), style_(style), identifierColumns_(distinctLength(history.entries)), text_(style) {}
 
   std::string text(std::optional<std::int64_t> limit) {
     const std::vector<HistoryRun> runs = historyRuns(history_.entries);
@@ -79,23 +78,19 @@ class HistoryWriter {
 
   // In one line where there is room for all of it; otherwise the state and the identifier stand below the path.
   void writeItem(const CleaningHistoryItem& item, std::size_t stateWidth) {
-    const std::string size = paddedLeft(ByteFormat::text(style_.catalogue, item.size), sizeColumns);
-    const std::string state = stateText(item), identifier = uuidText(item.id), path = text_.path(item.originalPath);
-    const std::size_t before = sizeColumns + gap + identifierColumns + gap + stateWidth + gap;
-    const bool hasRoom = !style_.text.isTerminal || gap + before + leastPath <= style_.text.columns;
-    const bool isShort = displayWidth(state) <= stateWidth;
-    const std::string space(gap, ' ');
-    if (hasRoom && (isShort || !style_.text.isTerminal)) {
-      text_.fitted(size + space + identifier + space + paddedRight(state, stateWidth) + space + path, gap);
-      return;
-    }
-    text_.fitted(size + space + path, gap);
-    text_.words(state, gap + sizeColumns + gap);
-    text_.words(identifier, gap + sizeColumns + gap);
+    const std::string state = stateText(item), path = text_.path(item.originalPath), amount = text_.amount(item.size);
+    if (!style_.text.isLaidOut) return text_.facts({uuidText(item.id), state, amount, path});
+    const std::string identifier = uuidText(item.id).substr(0, identifierColumns_);
+    const std::size_t before = displayWidth(amount) + identifierColumns_ + stateWidth + 4 * gap;
+    if (before + leastPath <= style_.text.columns && displayWidth(state) <= stateWidth)
+      return text_.facts({amount, identifier, paddedRight(state, stateWidth), path});
+    text_.facts({amount, path});
+    text_.words(identifier + ": " + state, gap + displayWidth(amount) + gap);
   }
 
   const HistoryView& history_;
   const ReportStyle& style_;
+  const std::size_t identifierColumns_;
   ReportText text_;
 };
 

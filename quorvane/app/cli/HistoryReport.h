@@ -9,7 +9,8 @@
 
 namespace quorvane {
 
-/// The history for people, by run: when, how much, and what became of each item. At most `limit` runs.
+/// The history for people, by run: when, how much, and what became of each item. At most `limit` runs. Laid out, the
+/// identifiers are as short as tells all of the history apart; plain, they are whole.
 std::string historyReport(const HistoryView& history, std::optional<std::int64_t> limit, const ReportStyle& style);
 
 /// Everything that is known of one entry.

@@ -7,6 +7,18 @@
 
 namespace quorvane {
 
+namespace {
+
+// Only a certain no counts.
+bool isGone(const FilePath& path, FileSystem& fileSystem) {
+  const auto folder = fileSystem.openStartingFolder(parentOf(path));
+  if (!folder) return folder.error().isMissing();
+  const auto status = fileSystem.status(folder->number(), std::string(leafOf(path)).c_str());
+  return !status && status.error().isMissing();
+}
+
+}  // namespace
+
 std::vector<HistoryRun> historyRuns(const std::vector<CleaningHistoryEntry>& entries) {
   std::map<std::pair<Date, CleaningHistorySource>, HistoryRun, std::greater<>> byDate;
   for (const CleaningHistoryEntry& entry : entries) {
@@ -29,22 +41,19 @@ std::vector<RecoveryReference> inTrash(const std::vector<const CleaningHistoryEn
   return references;
 }
 
+void markWhatIsGone(HistoryView& history, FileSystem& fileSystem) {
+  for (CleaningHistoryEntry& entry : history.entries)
+    for (CleaningHistoryItem& item : entry.items)
+      if (isInTrash(item) && item.trashedPath && isGone(*item.trashedPath, fileSystem))
+        item.restoreFailure = RecoveryFailure::missing;
+}
+
 std::vector<RecoveryReference> lastRunInTrash(const std::vector<CleaningHistoryEntry>& entries) {
   for (const HistoryRun& run : historyRuns(entries)) {
     auto references = inTrash(run.entries);
     if (!references.empty()) return references;
   }
   return {};
-}
-
-const CleaningHistoryEntry* entryWith(const std::vector<CleaningHistoryEntry>& entries, const Uuid& id) {
-  const auto named = std::ranges::find(entries, id, &CleaningHistoryEntry::id);
-  if (named != entries.end()) return &*named;
-  const auto holds = [&](const CleaningHistoryEntry& entry) {
-    return std::ranges::find(entry.items, id, &CleaningHistoryItem::id) != entry.items.end();
-  };
-  const auto holder = std::ranges::find_if(entries, holds);
-  return holder == entries.end() ? nullptr : &*holder;
 }
 
 const CleaningHistoryItem* itemOf(const std::vector<CleaningHistoryEntry>& entries,

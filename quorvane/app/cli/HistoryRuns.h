@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorvane/platform/FileSystem.h"
 #include "quorvane/removal/HistoryStore.h"
 
 #include <vector>
@@ -19,11 +20,11 @@ std::vector<HistoryRun> historyRuns(const std::vector<CleaningHistoryEntry>& ent
 /// What is in the Trash of these entries.
 std::vector<RecoveryReference> inTrash(const std::vector<const CleaningHistoryEntry*>& entries);
 
+/// Marks the items of a view whose place in the Trash is empty: somebody emptied it. The history itself stays as it is.
+void markWhatIsGone(HistoryView& history, FileSystem& fileSystem);
+
 /// The newest run that has something in the Trash; empty without one.
 std::vector<RecoveryReference> lastRunInTrash(const std::vector<CleaningHistoryEntry>& entries);
-
-/// The entry with this identifier, or the one that holds an item with it; null without one.
-const CleaningHistoryEntry* entryWith(const std::vector<CleaningHistoryEntry>& entries, const Uuid& id);
 
 /// The item that a reference names; null without one.
 const CleaningHistoryItem* itemOf(const std::vector<CleaningHistoryEntry>& entries, const RecoveryReference& reference);

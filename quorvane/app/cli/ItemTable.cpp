@@ -24,14 +24,16 @@ using Rows = std::vector<std::vector<ScanRow>>;  // of each group
 
 ScanRow rowOf(const ListedItem& listed, const ReportStyle& style) {
   const ScanItem& item = *listed.item;
-  return {.number = listed.number == 0 ? "" : std::to_string(listed.number),
-          .isSelected = item.isSelected,
-          .size = sizeText(item, style),
-          .name = harmlessText(item.displayName, style.text.characters),
-          .safety = item.safety,
-          .safetyTitle = style.catalogue.text(titleKey(item.safety)),
-          .reason = reasonText(item, style),
-          .path = MessageCatalogue::pathText(item.url.path, style.messages())};
+  return {
+      .number = listed.number == 0 ? "" : std::to_string(listed.number),
+      .isSelected = item.isSelected,
+      .selectedText = style.catalogue.text(item.isSelected ? "cli.scan.item.selected" : "cli.scan.item.notSelected"),
+      .size = sizeText(item, style),
+      .name = harmlessText(item.displayName, style.text.characters),
+      .safety = item.safety,
+      .safetyTitle = style.catalogue.text(titleKey(item.safety)),
+      .reason = reasonText(item, style),
+      .path = MessageCatalogue::pathText(item.url.path, style.messages())};
 }
 
 std::vector<ScanRow> allOf(const Rows& groups) {
@@ -54,9 +56,12 @@ void writeHeading(ReportText& report, const ItemGroup& group, const ReportStyle&
   sum.isLowerBound |= isSeenInPart;
   const std::string title = style.catalogue.text(titleKey(group.category));
   const std::string amount = report.say(sumMessage("cli.scan.group", sum, style));
-  const bool fits = !style.text.isTerminal || displayWidth(title) + 2 + displayWidth(amount) <= style.text.columns;
-  report.asIs(toned(title, Tone::strong, style.text) + (fits ? "  " : "\n  ") + toned(amount, Tone::faint, style.text) +
-              "\n");
+  if (!style.text.isLaidOut) return report.asIs(title + ": " + amount + "\n");
+  if (displayWidth(title) + 2 + displayWidth(amount) > style.text.columns) {
+    report.heading(title);
+    return report.words(amount, 2);
+  }
+  report.asIs(toned(title, Tone::strong, style.text) + "  " + toned(amount, Tone::faint, style.text) + "\n");
 }
 
 }  // namespace
@@ -95,7 +100,9 @@ std::string reasonText(const ScanItem& item, const ReportStyle& style) {
 
 std::string sizeText(const ScanItem& item, const ReportStyle& style) {
   const std::string size = ByteFormat::text(style.catalogue, item.size);
-  return isPartlyMeasured(item) ? std::string(glyphs(style.text.characters).lowerBound) + " " + size : size;
+  if (!isPartlyMeasured(item)) return size;
+  if (!style.text.isLaidOut) return style.catalogue.text({"cli.amount.atLeast", {{"size", size}}});
+  return std::string(glyphs(style.text.characters).lowerBound) + " " + size;
 }
 
 bool writeItemTable(ReportText& report, const std::vector<ItemGroup>& groups, const ReportStyle& style,

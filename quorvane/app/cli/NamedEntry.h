@@ -3,18 +3,23 @@
 #include "quorvane/app/cli/CommandError.h"
 #include "quorvane/app/cli/HistoryRuns.h"
 
+#include <cstddef>
 #include <string>
 
 namespace quorvane {
 
-/// The entry that a person names by its identifier or that of one of its items; wrong usage when there is none.
-inline Outcome<const CleaningHistoryEntry*, CommandError> namedEntry(const std::vector<CleaningHistoryEntry>& entries,
-                                                                     const std::string& given) {
-  const auto id = uuidFromText(given);
-  const CleaningHistoryEntry* entry = id ? entryWith(entries, *id) : nullptr;
-  if (entry == nullptr)
-    return failure(CommandError{ExitCode::wrongUsage, {"cli.error.noSuchEntry", {{"given", given}}}});
-  return entry;
-}
+/// What a person named by an identifier: an entry, and the identifier of that or of one of its items.
+struct NamedEntry {
+  const CleaningHistoryEntry* entry;
+  Uuid id;
+};
+
+/// The entry with that identifier, or the one that holds an item with it. The beginning of an identifier will do, from
+/// four characters on, when it is that of no other. Wrong usage otherwise; where several begin so, they are told.
+Outcome<NamedEntry, CommandError> namedEntry(const std::vector<CleaningHistoryEntry>& entries,
+                                             const std::string& given);
+
+/// How many characters tell all identifiers of these apart, but not less than eight.
+std::size_t distinctLength(const std::vector<CleaningHistoryEntry>& entries);
 
 }  // namespace quorvane

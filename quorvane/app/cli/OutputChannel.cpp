@@ -69,8 +69,8 @@ std::size_t DescriptorChannel::columns() const {
 TextStyle textStyle(const OutputChannel& channel, const EnvironmentVariables& environment) {
   TextStyle style;
   const std::string_view terminal = valueOf(environment, "TERM");
-  style.isTerminal = channel.isTerminal();
-  style.canRedraw = style.isTerminal && !terminal.empty() && terminal != "dumb";
+  style.isLaidOut = channel.isTerminal() && terminal != "dumb";
+  style.canRedraw = style.isLaidOut && !terminal.empty();
   style.hasColours = style.canRedraw && valueOf(environment, "NO_COLOR").empty();
   style.characters = isUtf8Locale(environment) ? CharacterSet::unicode : CharacterSet::ascii;
   style.columns = channel.columns();

@@ -46,7 +46,9 @@ using EnvironmentVariables = std::map<std::string, std::string>;
 
 /// How text is shown on a channel.
 struct TextStyle {
-  bool isTerminal = false;
+  /// In columns that fit the width, with marks and bars for the eye. Otherwise it is plain: each fact in words, those
+  /// of one item on one line with tabs between them, for scripts and for programs that read aloud.
+  bool isLaidOut = false;
   bool hasColours = false;
   bool canRedraw = false;  ///< a line can be drawn over
   CharacterSet characters = CharacterSet::ascii;
@@ -55,8 +57,8 @@ struct TextStyle {
   bool operator==(const TextStyle&) const = default;
 };
 
-/// Colours and redrawing only on terminals that can, and no colours with NO_COLOR; letters beyond ASCII only where the
-/// environment says that they are UTF-8.
+/// Laid out on terminals other than TERM=dumb. Colours and redrawing only on terminals that can, and no colours with
+/// NO_COLOR; letters beyond ASCII only where the environment says that they are UTF-8.
 TextStyle textStyle(const OutputChannel& channel, const EnvironmentVariables& environment);
 
 /// The colours that stand for something. The first one is that of the text around.

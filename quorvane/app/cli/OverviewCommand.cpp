@@ -6,6 +6,8 @@
 #include "quorvane/base/Json.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace quorvane {
 
@@ -32,6 +34,7 @@ HistorySummary summaryOf(const HistoryView& history) {
 struct HistoryOutlook {
   std::int64_t movedBytes = 0;
   std::int64_t restoredBytes = 0;  ///< of those
+  std::int64_t inTrashBytes = 0;   ///< of those
   std::optional<Date> lastMovedAt;
   std::int64_t interruptedCount = 0;  ///< items of the last run
   bool hasSomethingInTrash = false;
@@ -43,6 +46,7 @@ void addMoved(HistoryOutlook& outlook, const CleaningHistoryItem& item, Date dat
   if (item.outcome != CleaningHistoryItemOutcome::movedToTrash) return;
   addUp(outlook.movedBytes, item.size);
   if (item.restoredAt) addUp(outlook.restoredBytes, item.size);
+  if (isInTrash(item)) addUp(outlook.inTrashBytes, item.size);
   outlook.lastMovedAt = std::max(outlook.lastMovedAt, std::optional(date));
 }
 
@@ -65,19 +69,35 @@ HistoryOutlook outlookOf(const HistoryView& history, const MessageCatalogue& cat
   return outlook;
 }
 
-std::string historyLines(const HistoryView& history, const ReportStyle& style) {
-  ReportText text(style);
-  const HistoryOutlook outlook = outlookOf(history, style.catalogue);
+void writeHistory(ReportText& text, const HistoryView& history, const HistoryOutlook& outlook) {
+  const std::size_t before = text.size();
   if (outlook.lastMovedAt)
     text.line({outlook.restoredBytes > 0 ? "cli.overview.lastRunRestored" : "cli.overview.lastRun",
                {{"date", *outlook.lastMovedAt},
                 {"size", ByteCount{outlook.movedBytes}},
                 {"restored", ByteCount{outlook.restoredBytes}}}});
+  if (outlook.inTrashBytes > 0) text.line({"cli.overview.inTrash", {{"size", ByteCount{outlook.inTrashBytes}}}});
   if (history.pendingCount > 0) text.line({"cli.overview.pending", {{"count", history.pendingCount}}});
   if (outlook.interruptedCount > 0) text.line({"cli.overview.interrupted", {{"count", outlook.interruptedCount}}});
-  if (!text.isEmpty()) text.blank();
-  text.asIs(style.catalogue.text(outlook.hasSomethingInTrash ? "cli.overview.nextWithHistory" : "cli.overview.next") +
-            "\n");
+  if (text.size() > before) text.blank();
+}
+
+void writeWhatNow(ReportText& text, bool hasSomethingInTrash) {
+  struct Next {
+    std::string_view command, key;
+  };
+  constexpr std::array all{Next{"quorvane scan", "cli.overview.next.scan"},
+                           Next{"quorvane clean", "cli.overview.next.clean"},
+                           Next{"quorvane undo", "cli.overview.next.undo"}};
+  for (const auto& [command, key] : std::span(all).first(hasSomethingInTrash ? 3 : 2))
+    text.row(std::string(command), text.say({std::string(key), {}}), all[1].command.size());
+}
+
+std::string historyLines(const HistoryView& history, const ReportStyle& style) {
+  ReportText text(style);
+  const HistoryOutlook outlook = outlookOf(history, style.catalogue);
+  writeHistory(text, history, outlook);
+  writeWhatNow(text, outlook.hasSomethingInTrash);
   return text.take();
 }
 
@@ -101,8 +121,10 @@ CommandOutcome overview(const CommandContext& context, MainLoop& loop, AppModel&
     console.print(printedJson(json));
   } else {
     const ReportStyle style = console.outputReport();
-    console.print(storagePicture(*storage, style.catalogue, model.settings().folders.home, style.text));
-    console.print(historyLines(history.value_or(HistoryView{}), style));
+    console.print(storagePicture(*storage, model.settings().folders.home, style));
+    HistoryView view = history.value_or(HistoryView{});
+    markWhatIsGone(view, model.fileSystem());
+    console.print(historyLines(view, style));
   }
   if (history) return ExitCode::done;
   console.tell(commandError(history.error()));

@@ -7,13 +7,13 @@
 
 namespace quorvane {
 
-/// One line about a running scan, exactly `style.columns` wide or less: how far it is where that is known, what it
-/// does, how many entries it has seen, and the place it looks at in the room that is left.
+/// One line about a running scan, exactly `style.columns` wide or less: how far it is where that is known, never the
+/// whole; what it does, how many entries it has seen, and the place it looks at in the room that is left.
 std::string progressLine(const CleaningScanProgressUpdate& update, const MessageCatalogue& catalogue,
                          const MessageStyle& messages, const TextStyle& style);
 
-/// Draws that line over itself at the bottom of the error channel, and takes it away at the end. Draws nothing without
-/// a terminal, on one that cannot redraw, or when the run is to be quiet.
+/// Draws that line over itself at the bottom of the error channel, and takes it away at the end. It never goes back.
+/// Draws nothing without a terminal, on one that cannot redraw, or when the run is to be quiet.
 class ProgressBar {
  public:
   explicit ProgressBar(Console& console);
@@ -28,6 +28,7 @@ class ProgressBar {
   Console& console_;
   const bool isDrawn_;
   bool isVisible_ = false;
+  double furthest_ = 0;
 };
 
 }  // namespace quorvane

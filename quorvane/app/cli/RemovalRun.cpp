@@ -20,8 +20,14 @@ RemovalSummary summaryOf(const RemovalReport& report, const std::vector<Item>& i
   RemovalSummary summary;
   summary.isRehearsal = isRehearsal;
   summary.entries = report.entries;
-  for (const RemovalFailure& failed : report.failures)
-    summary.failures.push_back(failedItem(items.at(failed.index), failed.refusal));
+  for (const RemovalFailure& failed : report.failures) {
+    FailedItem item = failedItem(items.at(failed.index), failed.refusal);
+    if (failed.refusal.reasonKey == "cleanup.failure.inside") {
+      summary.wentAlong.push_back(std::move(item.path));
+    } else {
+      summary.failures.push_back(std::move(item));
+    }
+  }
   std::vector<Item> wouldMove;
   wouldMove.reserve(report.wouldMove.size());
   for (const std::size_t index : report.wouldMove) wouldMove.push_back(items.at(index));

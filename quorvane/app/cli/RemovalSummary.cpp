@@ -2,8 +2,6 @@
 
 #include "quorvane/app/cli/Glyphs.h"
 #include "quorvane/app/cli/ItemTable.h"
-#include "quorvane/app/messages/ByteFormat.h"
-#include "quorvane/app/messages/TextLayout.h"
 #include "quorvane/core/FileTreeSnapshot.h"
 #include "quorvane/removal/HistoryJson.h"
 
@@ -16,7 +14,6 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t namesShown = 3;
-constexpr std::size_t sizeColumns = 9;
 
 Json failureJson(const FailedItem& failed) {
   return Json{{"id", toJson(failed.id)},
@@ -34,6 +31,21 @@ Json plannedJson(const RemovalRequest& request) {
             {"size", toJson(request.size)}};
   if (request.snapshot) json["snapshot"] = toJson(*request.snapshot);
   return json;
+}
+
+// No sum of what a disk holds, but of what a file says.
+void addUp(std::int64_t& sum, std::int64_t size) { sum += std::min(size, INT64_MAX - sum); }
+
+std::int64_t togetherBytes(const std::vector<ScanItem>& items) {
+  std::int64_t bytes = 0;
+  for (const ScanItem& item : items) addUp(bytes, item.size);
+  return bytes;
+}
+
+bool isInsideOf(const std::set<FilePath>& others, const FilePath& path) {
+  for (FilePath above = parentOf(path); above.bytes.size() > 1; above = parentOf(above))
+    if (others.contains(above)) return true;
+  return false;
 }
 
 /// Writes a summary for people.
@@ -72,9 +84,7 @@ class RemovalReportWriter {
   template <class Planned>
   void writePlannedSum(const std::vector<Planned>& planned) {
     if (planned.empty()) return text_.line({"cli.clean.wouldMoveNothing", {}});
-    std::int64_t bytes = 0;  // no sum of what a disk holds, but of what a file says
-    for (const Planned& each : planned) bytes += std::min(each.size, INT64_MAX - bytes);
-    text_.line({"cli.clean.wouldMove", {{"count", std::ssize(planned)}, {"size", ByteCount{bytes}}}});
+    text_.line({"cli.clean.wouldMove", {{"count", std::ssize(planned)}, {"size", ByteCount{togetherBytes(planned)}}}});
   }
 
   // The sum stands below the list, where it is still in sight after a long one.
@@ -83,15 +93,13 @@ class RemovalReportWriter {
     for (const CleaningHistoryEntry& entry : summary_.entries)
       for (const CleaningHistoryItem& item : entry.items)
         if (item.outcome == CleaningHistoryItemOutcome::movedToTrash) writeItem(item.size, item.originalPath);
+    for (const FilePath& path : summary_.wentAlong) text_.line({"cli.clean.wentAlong", {{"path", path}}}, 2, 2);
     text_.blank();
     text_.heading(
         text_.say({"cli.clean.moved", {{"count", summary_.movedCount}, {"size", ByteCount{summary_.movedBytes}}}}));
   }
 
-  void writeItem(std::int64_t size, const FilePath& path) {
-    const std::string amount = paddedLeft(ByteFormat::text(style_.catalogue, size), sizeColumns);
-    text_.fitted(amount + "  " + text_.path(path), 2);
-  }
+  void writeItem(std::int64_t size, const FilePath& path) { text_.facts({text_.amount(size), text_.path(path)}); }
 
   void writeFailures() {
     const auto notMovedCount = std::ranges::count_if(summary_.failures, isInPlace);
@@ -109,8 +117,7 @@ class RemovalReportWriter {
 
   // The others are in the Trash, or may be; what is told of each of them says so.
   static bool isInPlace(const FailedItem& failed) {
-    constexpr std::array elsewhere{"cleanup.journal.unavailable", "cleanup.failure.uncertain",
-                                   "cleanup.failure.inside"};
+    constexpr std::array elsewhere{"cleanup.journal.unavailable", "cleanup.failure.uncertain"};
     return std::ranges::find(elsewhere, failed.refusal.reasonKey) == elsewhere.end();
   }
 
@@ -171,6 +178,15 @@ class RemovalReportWriter {
 };
 
 }  // namespace
+
+std::int64_t togetherBytes(const std::vector<RemovalRequest>& requests) {
+  std::set<FilePath> paths;
+  for (const RemovalRequest& request : requests) paths.insert(request.path);
+  std::int64_t bytes = 0;
+  for (const RemovalRequest& request : requests)
+    if (!isInsideOf(paths, request.path)) addUp(bytes, request.size);
+  return bytes;
+}
 
 std::string jsonText(const RemovalSummary& summary) {
   Json failures = Json::array();

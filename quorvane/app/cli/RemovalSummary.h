@@ -24,11 +24,15 @@ struct RemovalSummary {
   bool isRehearsal = false;
   std::vector<CleaningHistoryEntry> entries = {};
   std::vector<FailedItem> failures = {};
+  std::vector<FilePath> wentAlong = {};  ///< named too, but inside of another item that was moved
   std::variant<std::vector<ScanItem>, std::vector<RemovalRequest>> wouldMove = {};  ///< of a rehearsal
   std::int64_t movedCount = 0;
   std::int64_t movedBytes = 0;
   std::optional<std::int64_t> availableBytesDelta = {};
 };
+
+/// What these take on the disk, those inside of others counted once.
+std::int64_t togetherBytes(const std::vector<RemovalRequest>& requests);
 
 /// The summary as a JSON document.
 std::string jsonText(const RemovalSummary& summary);

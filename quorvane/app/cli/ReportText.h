@@ -4,8 +4,10 @@
 #include "quorvane/app/messages/MessageCatalogue.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quorvane {
 
@@ -18,7 +20,8 @@ struct ReportStyle {
   MessageStyle messages() const { return {home, text.characters}; }
 };
 
-/// A text for people that grows line by line. On a terminal no line is longer than it is wide.
+/// A text for people that grows line by line. Laid out, no line is longer than the terminal is wide; plain, lines are
+/// neither broken nor shortened nor indented.
 class ReportText {
  public:
   explicit ReportText(const ReportStyle& style) : style_(style) {}
@@ -34,6 +37,14 @@ class ReportText {
   void words(const std::string& text, std::size_t indent = 0, std::size_t hanging = 0);
   /// One line, shortened in its middle where it would be too long.
   void fitted(const std::string& text, std::size_t indent);
+  /// The text behind its title, which takes `titleColumns`, or below it where that leaves little room. Plain:
+  /// "title: text".
+  void row(const std::string& title, const std::string& text, std::size_t titleColumns);
+  /// An amount as the first of such facts: laid out, all of them end at one column.
+  std::string amount(std::int64_t bytes) const;
+  /// Facts about one thing. Laid out they stand behind each other with two spaces between, the last one shortened to
+  /// fit; plain with tabs between.
+  void facts(const std::vector<std::string>& facts);
   /// A line as it is.
   void asIs(const std::string& text) { text_ += text; }
   void heading(const std::string& text);

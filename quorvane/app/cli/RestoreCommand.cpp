@@ -31,10 +31,9 @@ Outcome<References, CommandError> namedReferences(const std::vector<CleaningHist
                                                   const std::vector<std::string>& given) {
   References references;
   for (const std::string& each : given) {
-    const auto entry = namedEntry(entries, each);
-    if (!entry) return failure(entry.error());
-    const Uuid id = uuidFromText(each).value_or((*entry)->id);
-    for (const RecoveryReference& reference : referencesOf(**entry, id)) addOnce(references, reference);
+    const auto named = namedEntry(entries, each);
+    if (!named) return failure(named.error());
+    for (const RecoveryReference& reference : referencesOf(*named->entry, named->id)) addOnce(references, reference);
   }
   return references;
 }
@@ -81,7 +80,8 @@ CommandOutcome restore(const CommandContext& context, MainLoop& loop, AppModel& 
   }
   const auto attempted = result.restoredCount + result.failedCount;
   if (cancelled && attempted < std::ssize(*references)) {
-    console.tell({*cancelled, {"cli.restore.stopped", {{"count", result.restoredCount}}}});
+    const char* key = result.restoredCount > 0 ? "cli.restore.stopped" : "cli.restore.stoppedBefore";
+    console.tell({*cancelled, {key, {{"count", result.restoredCount}}}});
     return *cancelled;
   }
   return result.failedCount == 0 ? ExitCode::done : ExitCode::someNotDone;

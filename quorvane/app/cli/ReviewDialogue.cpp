@@ -1,6 +1,7 @@
 #include "quorvane/app/cli/ReviewDialogue.h"
 
 #include "quorvane/app/cli/ItemEvidence.h"
+#include "quorvane/app/cli/NearestWord.h"
 #include "quorvane/app/cli/ReviewSelection.h"
 #include "quorvane/app/cli/ScanReport.h"
 
@@ -82,14 +83,23 @@ class ReviewDialogue {
     for (const Part& part : change.parts) {
       const auto applied = selection_.apply(part);
       toShow.insert(applied.toShow.begin(), applied.toShow.end());
-      say({std::string(keyOf(applied.change)),
-           {{"what", wordsOf(part)}, {"categories", MessageList{selection_.categoryNames()}}}});
+      tell(applied.change, wordsOf(part));
     }
     showGroups(selection_.groupsOf(toShow));  // behind the last part: one answer cannot show and select
     return std::nullopt;
   }
 
  private:
+  void tell(ReviewSelection::Change change, const std::string& what) {
+    std::vector<std::string> words = selection_.categoryNames();
+    Message told{std::string(keyOf(change)), {{"what", what}, {"categories", MessageList{words}}}};
+    for (const SafetyLevel level : allCases<SafetyLevel>()) words.emplace_back(caseName(level));
+    const auto meant = nearestWord(what, words);
+    if (change == ReviewSelection::Change::unknown && meant)
+      told = {"cli.review.unknownWord", {{"what", what}, {"word", *meant}}};
+    say(told);
+  }
+
   void say(const Message& message) {
     ReportText text(style_);
     text.line(message);

@@ -123,11 +123,11 @@ class ReportWriter {
     ItemSum found = sumOf(result_.items, [](const ScanItem&) { return true; });
     const ItemSum selected = sumOf(result_.items, [](const ScanItem& item) { return item.isSelected; });
     const std::string mark(glyphs(style_.text.characters).lowerBound);
-    if (found.isLowerBound) report_.line({"cli.scan.lowerBound", {{"mark", mark}}});
+    if (found.isLowerBound && style_.text.isLaidOut) report_.line({"cli.scan.lowerBound", {{"mark", mark}}});
     found.isLowerBound |= gaps_.any();
     report_.line(sumMessage("cli.scan.found", found, style_));
-    report_.line(selected.count > 0 ? sumMessage("cli.scan.selected", selected, style_)
-                                    : Message{"cli.scan.nothingSelected", {}});
+    if (selected.count == 0) return report_.line({"cli.scan.nothingSelected", {}});
+    report_.line(sumMessage(style_.text.isLaidOut ? "cli.scan.selected" : "cli.scan.selectedPlain", selected, style_));
   }
 
   const ScanResult& result_;

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t indent = 2, gap = 2, longestName = 36, shortestPath = 20;
 constexpr std::size_t leastBesideEachOther = 48;  // of a name and a reason
+constexpr std::size_t leastName = 14, stackedIndent = 4, leastStacked = 8;
 
 template <class Text>
 std::size_t widest(const std::vector<ScanRow>& rows, Text text) {
@@ -34,7 +35,22 @@ std::size_t startWidth(const ScanColumns& columns) {
   return indent + (columns.number > 0 ? columns.number + 1 : 0) + 1 + 1 + columns.size + gap;
 }
 
+std::string startText(const ScanRow& row, const ScanColumns& columns, const TextStyle& style) {
+  std::string text(indent, ' ');
+  if (columns.number > 0) text += paddedLeft(row.number, columns.number) + " ";
+  text += row.isSelected ? toned(glyphs(style.characters).selected, Tone::good, style) : " ";
+  return text + " " + paddedLeft(row.size, columns.size) + std::string(gap, ' ');
+}
+
+std::string plainText(const ScanRow& row) {
+  std::string text = row.number.empty() ? "" : row.number + "\t";
+  for (const std::string* fact : {&row.size, &row.safetyTitle, &row.selectedText, &row.name, &row.reason})
+    text += *fact + "\t";
+  return text + row.path + "\n";
+}
+
 std::size_t reasonStart(const ScanColumns& columns) {
+  if (columns.isStacked) return stackedIndent;
   if (columns.isReasonBelow) return startWidth(columns);
   return startWidth(columns) + columns.name + gap + columns.safety + gap;
 }
@@ -49,7 +65,7 @@ ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style
                       .reason = widest(rows, &ScanRow::reason),
                       .path = widest(rows, &ScanRow::path)};
   columns.name = std::min(columns.name, longestName);
-  if (!style.isTerminal) return columns;
+  if (!style.isLaidOut) return columns;
   const std::size_t taken = reasonStart(columns) - columns.name;
   const std::size_t room = style.columns > taken ? style.columns - taken : 0;
   if (columns.name + columns.reason <= room) {
@@ -60,8 +76,10 @@ ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style
   columns.path = 0;
   if (room < leastBesideEachOther) {
     columns.isReasonBelow = true;
-    columns.name = std::min(columns.name, room + gap);
-    columns.reason = style.columns - std::min(style.columns, reasonStart(columns));
+    columns.isStacked = room + gap < std::min(columns.name, leastName);
+    const std::size_t behindStart = std::max(style.columns, reasonStart(columns) + leastStacked) - reasonStart(columns);
+    columns.name = columns.isStacked ? behindStart : std::min(columns.name, room + gap);
+    columns.reason = behindStart;
     return columns;
   }
   const std::size_t besideReason = room > columns.reason ? room - columns.reason : 0;
@@ -71,20 +89,19 @@ ScanColumns scanColumns(const std::vector<ScanRow>& rows, const TextStyle& style
 }
 
 std::string rowText(const ScanRow& row, const ScanColumns& columns, const TextStyle& style) {
-  const Glyphs& shown = glyphs(style.characters);
-  std::string text(indent, ' ');
-  if (columns.number > 0) text += paddedLeft(row.number, columns.number) + " ";
-  text += row.isSelected ? toned(shown.selected, Tone::good, style) : " ";
-  text += " " + paddedLeft(row.size, columns.size) + std::string(gap, ' ');
-  const std::string name = style.isTerminal ? shortened(row.name, columns.name, shown.ellipsis) : row.name;
-  text += paddedRight(name, columns.name) + std::string(gap, ' ');
+  if (!style.isLaidOut) return plainText(row);
   const std::string nextLine = "\n" + std::string(reasonStart(columns), ' ');
-  const std::size_t safetyWidth = columns.isReasonBelow ? 0 : columns.safety;
-  text += toned(paddedRight(row.safetyTitle, safetyWidth), toneOf(row.safety), style);
+  std::string text = startText(row, columns, style);
+  const std::string name = shortened(row.name, columns.name, glyphs(style.characters).ellipsis);
+  if (!columns.isStacked) text += paddedRight(name, columns.name) + std::string(gap, ' ');
+  const bool isSafetyBelow = columns.isStacked && startWidth(columns) + columns.safety > style.columns;
+  if (isSafetyBelow) text += nextLine;
+  text += toned(paddedRight(row.safetyTitle, columns.isReasonBelow ? 0 : columns.safety), toneOf(row.safety), style);
+  if (columns.isStacked) text += nextLine + name;
   text += columns.isReasonBelow ? nextLine : std::string(gap, ' ');
   const auto reason = wrapped(row.reason, columns.reason);
   if (columns.path > 0) {
-    const std::string path = shortened(row.path, columns.path, shown.ellipsis);
+    const std::string path = shortened(row.path, columns.path, glyphs(style.characters).ellipsis);
     return text + paddedRight(reason.front(), columns.reason) + std::string(gap, ' ') +
            toned(path, Tone::faint, style) + "\n";
   }

@@ -1,8 +1,6 @@
 #include "quorvane/app/cli/StoragePicture.h"
 
 #include "quorvane/app/cli/Glyphs.h"
-#include "quorvane/app/messages/ByteFormat.h"
-#include "quorvane/app/messages/TextLayout.h"
 
 #include <algorithm>
 #include <array>
@@ -52,30 +50,27 @@ std::string bar(const std::array<Part, 4>& parts, std::size_t columns, const Tex
 
 }  // namespace
 
-std::string storagePicture(const StorageSnapshot& storage, const MessageCatalogue& catalogue, const FilePath& home,
-                           const TextStyle& style) {
+std::string storagePicture(const StorageSnapshot& storage, const FilePath& home, const ReportStyle& style) {
   const auto parts = partsOf(storage);
-  const MessageStyle messages{std::nullopt, style.characters};
-  const Message title{
-      "cli.overview.title",
-      {{"path", home}, {"used", ByteCount{storage.total - storage.available}}, {"total", ByteCount{storage.total}}}};
-  std::string text;
-  for (const std::string& line : wrapped(catalogue.text(title, messages), style.columns))
-    text += toned(line, Tone::strong, style) + "\n";
-  text += "\n  " + bar(parts, std::min(style.columns - 4, widestBar), style) + "\n\n";
-
-  std::size_t titleWidth = 0;
-  for (const Part& part : parts) titleWidth = std::max(titleWidth, displayWidth(catalogue.text(part.titleKey)));
+  ReportText text(style);
+  text.heading(text.say(
+      {"cli.overview.title",
+       {{"path", home.bytes}, {"available", ByteCount{storage.available}}, {"total", ByteCount{storage.total}}}}));
+  if (style.text.isLaidOut)
+    text.asIs("\n  " + bar(parts, std::min(style.text.columns - 4, widestBar), style.text) + "\n\n");
   for (const Part& part : parts) {
-    const std::string size = ByteFormat::text(catalogue, part.bytes);
-    text += "  " + cells(part, 1, style) + " " + paddedRight(catalogue.text(part.titleKey), titleWidth) + "  " +
-            paddedLeft(size, 9) + "\n";
+    const std::string title = style.catalogue.text(part.titleKey);
+    if (style.text.isLaidOut) {
+      text.asIs("  " + cells(part, 1, style.text) + " " + text.amount(part.bytes) + "  " + title + "\n");
+    } else {
+      text.row(title, text.amount(part.bytes), 0);
+    }
   }
-  text += "\n";
-  if (storage.isPartial)
-    for (const std::string& line : wrapped(catalogue.text("cli.overview.isPartial"), style.columns))
-      text += line + "\n";
-  return text;
+  text.blank();
+  text.line({"cli.overview.reserved", {}});
+  if (storage.isPartial) text.line({"cli.overview.isPartial", {}});
+  text.blank();
+  return text.take();
 }
 
 }  // namespace quorvane

@@ -1,10 +1,8 @@
-#include "quorvane/app/cli/Confirmation.h"
+#include "quorvane/app/cli/RemovalCommand.h"
 #include "quorvane/app/cli/RemovalRun.h"
 #include "quorvane/app/cli/ReviewAnswer.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
-#include "quorvane/app/messages/ByteFormat.h"
-#include "quorvane/app/messages/TextLayout.h"
 
 #include <algorithm>
 
@@ -21,8 +19,7 @@ struct Review {
 /// The command that moves any paths.
 class TrashCommand {
  public:
-  TrashCommand(const CommandContext& context, MainLoop& loop, AppModel& model)
-      : context_(context), console_(context.console), asked_(context.invocation.removal), loop_(loop), model_(model) {}
+  explicit TrashCommand(const RemovalTask& task) : task_(task), console_(task.console()), asked_(task.asked()) {}
 
   CommandOutcome run() {
     const auto paths = givenPaths();
@@ -30,21 +27,15 @@ class TrashCommand {
     auto review = reviewed(*paths);
     if (!review) return failure(review.error());
     if (review->requests.empty()) return nothingToMove(std::move(review->refused));
-    if (!asked_.isRehearsal && !asked_.isConfirmed) {
-      if (auto refusal = whyNotToAsk(console_, false)) return failure(*std::move(refusal));
-      if (!isConfirmed(*review)) return declined(console_);
-    }
-    return runRemoval(console_, loop_, model_, asked_.isRehearsal, review->requests, std::move(review->refused),
-                      [&](AppModel::RemovalKind kind, RemovalHandlers handlers) {
-                        model_.trash(review->requests, kind, std::move(handlers));
-                      });
+    return task_.moveIfConfirmed(
+        false, [&] { return isConfirmed(*review); }, [&] { return move(*review); });
   }
 
  private:
   Outcome<std::vector<FilePath>, CommandError> givenPaths() {
     std::vector<FilePath> paths;
-    for (const std::string& given : context_.invocation.subjects) {
-      auto path = objectArgument(context_, model_, given);
+    for (const std::string& given : task_.context.invocation.subjects) {
+      auto path = objectArgument(task_.context, task_.model, given);
       if (!path) return failure(path.error());
       if (std::ranges::find(paths, *path) == paths.end()) paths.push_back(*std::move(path));
     }
@@ -55,8 +46,8 @@ class TrashCommand {
     using Paths = std::vector<ReviewedPath>;
     const CleaningScanProgressUpdate beginning{0, "cleanup.status.reviewing", std::nullopt};
     auto [outcome, cancelled] = runOperation<Paths, RemovalError>(
-        console_, loop_, model_, beginning,
-        [&](AppModel::Handlers<Paths, RemovalError> handlers) { model_.reviewPaths(paths, std::move(handlers)); });
+        console_, task_.loop, task_.model, beginning,
+        [&](AppModel::Handlers<Paths, RemovalError> handlers) { task_.model.reviewPaths(paths, std::move(handlers)); });
     if (cancelled) return failure(CommandError{*cancelled, {"cli.clean.stoppedBefore", {}}});
     if (!outcome) return failure(commandError(outcome.error()));
     Review review;
@@ -78,20 +69,25 @@ class TrashCommand {
     return printSummary(console_, summary, std::nullopt);
   }
 
+  CommandOutcome move(const Review& review) {
+    return runRemoval(console_, task_.loop, task_.model, asked_.isRehearsal, review.requests, review.refused,
+                      [&](AppModel::RemovalKind kind, RemovalHandlers handlers) {
+                        task_.model.trash(review.requests, kind, std::move(handlers));
+                      });
+  }
+
   bool isConfirmed(const Review& review) {
     const ReportStyle style = console_.errorReport();
     ReportText text(style);
-    std::int64_t bytes = 0;
-    for (const RemovalRequest& request : review.requests) {
-      bytes += request.size;
-      text.fitted(paddedLeft(ByteFormat::text(style.catalogue, request.size), 9) + "  " + text.path(request.path), 2);
-    }
+    for (const RemovalRequest& request : review.requests)
+      text.facts({text.amount(request.size), text.path(request.path)});
     for (const FailedItem& refused : review.refused)
       text.line({"cli.trash.leftOut", {{"path", refused.path}, {"text", MessageKey{refused.refusal.reasonKey}}}}, 2, 2);
     console_.show(text.take());
     while (true) {
       const auto line =
-          console_.ask({"cli.trash.question", {{"count", std::ssize(review.requests)}, {"size", ByteCount{bytes}}}});
+          console_.ask({"cli.trash.question",
+                        {{"count", std::ssize(review.requests)}, {"size", ByteCount{togetherBytes(review.requests)}}}});
       if (!line) return false;
       const ReviewAnswer answer = reviewAnswerFrom(*line);
       if (!std::holds_alternative<reviewAnswer::Help>(answer)) return std::holds_alternative<reviewAnswer::Yes>(answer);
@@ -100,17 +96,13 @@ class TrashCommand {
     }
   }
 
-  const CommandContext& context_;
+  const RemovalTask task_;
   Console& console_;
   const RemovalArguments& asked_;
-  MainLoop& loop_;
-  AppModel& model_;
 };
 
 }  // namespace
 
-CommandOutcome runTrash(const CommandContext& context) {
-  return withModel(context, [&](MainLoop& loop, AppModel& model) { return TrashCommand(context, loop, model).run(); });
-}
+CommandOutcome runTrash(const CommandContext& context) { return runRemovalCommand<TrashCommand>(context); }
 
 }  // namespace quorvane

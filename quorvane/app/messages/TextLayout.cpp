@@ -19,7 +19,25 @@ std::size_t widthOf(char32_t codePoint) {
   return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(number)));
 }
 
-// A letter with the marks on it: what may not be torn apart.
+bool isHexDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }
+
+std::size_t hexDigitsAt(std::string_view text, std::size_t start) {
+  std::size_t end = start;
+  while (end < text.size() && isHexDigit(text[end])) ++end;
+  return end - start;
+}
+
+// The length of a character that is spelled out at the beginning of harmless text, as "\x1b"; 0 without one.
+std::size_t spelledLength(std::string_view text) {
+  if (text.size() < 2 || text[0] != '\\') return 0;
+  if (text[1] == 'n' || text[1] == 'r' || text[1] == 't') return 2;
+  if (text[1] == 'x' && hexDigitsAt(text.substr(0, 4), 2) == 2) return 4;
+  if (!text.starts_with("\\u{")) return 0;
+  const std::size_t end = 3 + hexDigitsAt(text, 3);
+  return end > 3 && end <= 9 && end < text.size() && text[end] == '}' ? end + 1 : 0;
+}
+
+// A letter with the marks on it, or a character that is spelled out: what may not be torn apart.
 struct Cluster {
   std::size_t length = 0;
   std::size_t width = 0;
@@ -27,6 +45,7 @@ struct Cluster {
 
 Cluster firstCluster(std::string_view text) {
   Cluster cluster;
+  cluster.length = cluster.width = spelledLength(text);
   while (cluster.length < text.size()) {
     const Utf8Step step = readUtf8(text.substr(cluster.length));
     const std::size_t width = widthOf(step.codePoint);
