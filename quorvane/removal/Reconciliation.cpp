@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 namespace quorvane {
 
@@ -59,7 +60,18 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
     if (isChanged) change.replaced.push_back(std::move(settled));
   }
   if (change.replaced.empty()) return {};
+  change.changedFolders = settledFolders();
   return history_.write(std::move(change));
+}
+
+/// The Trash folders that a run may have left half done, having told them what they hold now.
+std::vector<int> Reconciliation::settledFolders() const {
+  std::vector<int> changed;
+  for (const auto& trash : lookup_.folders()) {
+    trash->tellSizes({});
+    std::ranges::copy(trash->changedFolders(), std::back_inserter(changed));
+  }
+  return changed;
 }
 
 void Reconciliation::claimRecorded() {

@@ -23,6 +23,7 @@ class Reconciliation {
   bool settleRestore(CleaningHistoryItem& item);
 
   void claimRecorded();
+  std::vector<int> settledFolders() const;
   bool settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files, Date date);
   void forgetUnfinished(const CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date);
 

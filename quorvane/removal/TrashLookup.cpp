@@ -42,6 +42,13 @@ TrashLookup::Lookup TrashLookup::find(const CleanupMoveIntent& intent) {
   return files;
 }
 
+std::vector<std::shared_ptr<TrashFolder>> TrashLookup::folders() const {
+  std::vector<std::shared_ptr<TrashFolder>> folders;
+  for (const auto& [directory, known] : opened_)
+    if (known) folders.push_back(known->folder);
+  return folders;
+}
+
 const std::optional<std::vector<TrashLookup::Listed>>& TrashLookup::listing(TrashFolder& folder) {
   const auto status = services_.fileSystem.status(folder.descriptor());
   const FileIdentity identity = status ? identityOf(*status) : FileIdentity{};

@@ -43,6 +43,9 @@ class TrashLookup {
   /// Where the object of an intent is now, if it is in its Trash.
   Lookup find(const CleanupMoveIntent& intent);
 
+  /// The folders that were opened so far.
+  std::vector<std::shared_ptr<TrashFolder>> folders() const;
+
  private:
   struct Listed {
     std::string leaf;

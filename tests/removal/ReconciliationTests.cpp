@@ -58,6 +58,16 @@ TEST_F(ReconciliationTests, anItemThatNeverLeftStaysAFailure) {
   EXPECT_TRUE(home_.folder().holds("cache/a/x"));
 }
 
+TEST_F(ReconciliationTests, theDesktopIsToldOfNoSizesThatAreNotThere) {
+  announce();
+  const std::string sizes = "data/Trash/directorysizes";
+  home_.folder().write(sizes, "4096 7 a\n");
+  home_.folder().write(sizes + ".writing-00000000-8B86-4011-B42D-00C04FC964FF", "4096");
+  settled();
+  EXPECT_EQ(home_.folder().read(sizes), "");
+  EXPECT_THAT(home_.folder().names("data/Trash"), ElementsAre("directorysizes", "files", "info"));
+}
+
 TEST_F(ReconciliationTests, anItemThatIsInTheTrashIsFoundByWhatItIs) {
   announce();
   moveToTrash("under another name");

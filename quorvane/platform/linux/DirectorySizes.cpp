@@ -95,6 +95,7 @@ std::optional<std::vector<DirectorySize>> directorySizesFromText(std::string_vie
 
 void addDirectorySizes(FileSystem& fileSystem, RandomSource& random, int trash, int info,
                        const std::vector<TrashFolder::Size>& sizes) {
+  removeAbandonedTemporaries(fileSystem, trash, fileName);
   const auto before = writtenText(fileSystem, trash);
   if (!before) return;
   const auto written = directorySizesFromText(*before);
@@ -104,7 +105,6 @@ void addDirectorySizes(FileSystem& fileSystem, RandomSource& random, int trash, 
   for (const TrashFolder::Size& size : sizes) table.add(size);
   const std::string text = table.text();
   if (text == *before || text.size() > longestFile) return;
-  removeAbandonedTemporaries(fileSystem, trash, fileName);
   (void)replaceFile(fileSystem, trash, fileName, text, random.uuid());  // the desktop measures for itself without it
 }
 
