@@ -19,6 +19,9 @@ class HistoryJournalFile {
  public:
   /// As much as is read or written.
   static constexpr std::size_t largestFile = std::size_t{256} << 20;
+  /// A history of this size takes no more entries. An entry at most doubles until its item was moved and put back, so
+  /// all that it holds can be completed.
+  static constexpr std::size_t fullFile = largestFile / 2;
 
   /// Makes the folder (permissions 0700) and the lock file beside the history where they are missing, and takes the
   /// lock. Never waits: `busy` when anybody else holds it, this process included. Temporaries that a killed process

@@ -32,6 +32,12 @@ Outcome<void, RecoveryStoreError> OpenHistory::load() {
   return {};
 }
 
+bool OpenHistory::isFull() const {
+  std::size_t size = 0;
+  for (const std::string_view piece : cache_.document.pieces()) size += piece.size();
+  return size >= HistoryJournalFile::fullFile;
+}
+
 Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
   FolderSync folders(fileSystem_, std::move(change.changedFolders));
   const auto foldersAreDurable = [&] { return folders.wait(); };
@@ -47,6 +53,8 @@ Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
   const bool isOurs = std::ranges::all_of(change.erased, holds) &&
                       std::ranges::all_of(change.replaced, holds, &CleaningHistoryEntry::id);
   if (!isOurs) return failure(RecoveryStoreError{RecoveryStoreFault::untrusted, journal_.fileURL(), {}});
+  if (!change.inserted.empty() && isFull())
+    return failure(RecoveryStoreError{RecoveryStoreFault::full, journal_.fileURL(), {}});
   for (const Uuid& entry : change.erased) document.erase(entry);
   for (const CleaningHistoryEntry& entry : change.replaced) document.replace(entry);
   document.insertFront(std::move(change.inserted));

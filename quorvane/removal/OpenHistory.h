@@ -37,8 +37,9 @@ class OpenHistory {
   };
 
   /// Applies a change and replaces the file with the result, in one write. An empty change only waits for its folders.
-  /// Refused as untrusted when somebody who does not heed the lock took entries away that are to be changed. After a
-  /// failure nothing of the change counts, though the file may hold it; it is read anew before anything else.
+  /// Refused as untrusted when somebody who does not heed the lock took entries away that are to be changed, and as
+  /// full when entries are to be inserted into a history that has no room for more. After a failure nothing of the
+  /// change counts, though the file may hold it; it is read anew before anything else.
   Outcome<void, RecoveryStoreError> write(Change change);
 
  private:
@@ -46,6 +47,7 @@ class OpenHistory {
       : fileSystem_(fileSystem), journal_(std::move(journal)), cache_(cache) {}
 
   Outcome<void, RecoveryStoreError> load();
+  bool isFull() const;
 
   FileSystem& fileSystem_;
   HistoryJournalFile journal_;

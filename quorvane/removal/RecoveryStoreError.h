@@ -18,10 +18,11 @@ enum class RecoveryStoreFault {
   unreadable,       ///< the system refuses to read it, or to make its folder or lock
   undecodable,      ///< it does not hold a history
   tooLarge,         ///< it holds, or would hold, more than 256 MiB
+  full,             ///< it has no room for more entries besides what those it holds may still grow by
   notWritten,       ///< the new history could not be brought to the disk
 };
 QV_CASE_NAMES(RecoveryStoreFault, busy, untrustedFolder, untrustedLock, untrusted, unreadable, undecodable, tooLarge,
-              notWritten)
+              full, notWritten)
 
 /// The history cannot be read, locked or written.
 struct RecoveryStoreError {

@@ -240,6 +240,19 @@ TEST_F(HistoryFileTests, readsAFileOfExactlyTheLargestSize) {
   EXPECT_TRUE(open());
 }
 
+TEST_F(HistoryFileTests, aFullHistoryTakesNoEntriesButCanBeCompleted) {
+  CleaningHistoryEntry large = entryNamed(home_.random(), "large");
+  large.failures = {std::string(HistoryJournalFile::fullFile, 'x')};
+  const auto history = open().value();
+  ASSERT_TRUE(history->write({.inserted = {large}}));
+  const auto refused = history->write({.inserted = {entryNamed(home_.random(), "one more")}});
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().fault, RecoveryStoreFault::full);
+  large.items.front().restoredPath = large.items.front().originalPath;
+  EXPECT_TRUE(history->write({.replaced = {large}}));
+  EXPECT_THAT(namesIn(history->document()), ElementsAre("large"));
+}
+
 TEST_F(HistoryFileTests, isReadAgainWhenSomebodyElseReplacedIt) {
   writeEntries({"mine"});
   HistoryCache others;
