@@ -1,5 +1,6 @@
 // The program itself, killed or interrupted while it cleans, and on a full disk.
 
+#include "tests/cli/StartedProgram.h"
 #include "tests/support/HostileTree.h"
 #include "tests/support/ScanHome.h"
 
@@ -14,7 +15,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -37,28 +37,12 @@ class ProgramHome {
     scan_.age(home, 24h * 90);
   }
 
-  pid_t start(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), QUORVANE_PROGRAM);
+  StartedProgram start(std::vector<std::string> arguments) const {
     arguments.insert(arguments.end(), {"--home", scan_.at(home_).bytes});
-    const pid_t child = ::fork();
-    if (child != 0) return child;
-    std::vector<char*> pointers;
-    for (std::string& argument : arguments) pointers.push_back(argument.data());
-    pointers.push_back(nullptr);
-    const int nothing = ::open("/dev/null", O_RDWR);
-    for (const int channel : {0, 1, 2}) ::dup2(nothing, channel);
-    ::execv(QUORVANE_PROGRAM, pointers.data());
-    ::_exit(127);
+    return StartedProgram(std::move(arguments));
   }
 
-  /// Its exit status, or 1000 and the signal that killed it.
-  static int waitFor(pid_t child) {
-    int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    return WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status);
-  }
-
-  int run(const std::vector<std::string>& arguments) const { return waitFor(start(arguments)); }
+  int run(const std::vector<std::string>& arguments) const { return start(arguments).wait(); }
 
   /// What there is of the logs; not of their folder, which they leave and come back to.
   TreeListing listing() const {
@@ -98,10 +82,10 @@ class ProgramHome {
     std::vector<int> endings;
     for (int round = 0; round < rounds && !testing::Test::HasFailure(); ++round) {
       SCOPED_TRACE(round);
-      const pid_t child = start({"clean", "--yes"});
+      const StartedProgram cleaning = start({"clean", "--yes"});
       std::this_thread::sleep_for(whole * round / rounds);
-      ::kill(child, signal);
-      endings.push_back(waitFor(child));
+      cleaning.send(signal);
+      endings.push_back(cleaning.wait());
       expectAllComesBack(before);
     }
     return endings;

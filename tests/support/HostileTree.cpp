@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -41,12 +42,29 @@ std::string contentOf(int folder, const char* name, const struct stat& status) {
   return content;
 }
 
+/// The extended attributes of an object that is no link, as far as the file system has some.
+std::string attributesOf(int folder, const char* name) {
+  const std::string path = folder == AT_FDCWD ? name : fmt::format("/proc/self/fd/{}/{}", folder, name);
+  std::string names(4096, '\0');
+  const auto length = ::llistxattr(path.c_str(), names.data(), names.size());
+  if (length <= 0) return {};
+  names.resize(static_cast<std::size_t>(length));
+  std::string told;
+  for (std::size_t at = 0; at < names.size(); at = names.find('\0', at) + 1) {
+    std::string value(4096, '\0');
+    const auto size = ::lgetxattr(path.c_str(), names.c_str() + at, value.data(), value.size());
+    value.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
+    told += fmt::format("[{}={}]", names.c_str() + at, value);
+  }
+  return told;
+}
+
 void list(int folder, const char* name, const std::string& path, TreeListing& listing) {
   struct stat status {};
   require(::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0, "a test's entry cannot be looked at");
-  listing[path] = fmt::format("{:o} {}:{} {}x{} {} {}.{:09} {}", status.st_mode, status.st_uid, status.st_gid,
+  listing[path] = fmt::format("{:o} {}:{} {}x{} {} {}.{:09} {}{}", status.st_mode, status.st_uid, status.st_gid,
                               status.st_ino, status.st_nlink, status.st_size, status.st_mtim.tv_sec,
-                              status.st_mtim.tv_nsec, contentOf(folder, name, status));
+                              status.st_mtim.tv_nsec, attributesOf(folder, name), contentOf(folder, name, status));
   if (!S_ISDIR(status.st_mode)) return;
   DIR* const stream = ::fdopendir(::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   require(stream != nullptr, "a test's folder cannot be listed");

@@ -18,8 +18,8 @@ constexpr std::int64_t hostileTreeEntries = 16;
 void makeDeepTree(const TempFolder& folder, const std::string& root, int depth);
 
 /// What there is to tell of everything at and below a path, but when it was read or renamed: kind and permissions,
-/// owner, inode and its links, size, time, where a link leads, and how the content begins. By the path below, "" for
-/// the root itself.
+/// owner, inode and its links, size, time, extended attributes, where a link leads, and how the content begins. By the
+/// path below, "" for the root itself.
 using TreeListing = std::map<std::string, std::string>;
 TreeListing listingOf(const FilePath& root);
 
