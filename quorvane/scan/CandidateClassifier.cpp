@@ -17,6 +17,11 @@ bool isSensitive(const FilePath& base, const FilePath& path) {
   return std::ranges::any_of(componentsOf(relativeTo(base, path)), SensitiveApplicationPolicy::isSensitive);
 }
 
+bool isSameInAnyCase(std::string_view left, std::string_view right) {
+  const auto lowered = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  return std::ranges::equal(left, right, {}, lowered, lowered);
+}
+
 bool staysOutForSensitive(LocationKind kind) {
   return kind == LocationKind::cache || kind == LocationKind::anyCache || kind == LocationKind::log;
 }
@@ -44,7 +49,8 @@ ScanCandidate CandidateClassifier::cacheEntry(const std::shared_ptr<const FoundF
   ScanCandidate made = candidate(folder, rule, entry.name);
   if (made.verdict.safety == SafetyLevel::blocked) return made;
   const bool isFile = !entry.isFolder && entry.status.isRegularFile();
-  const auto known = std::ranges::find(table_.knownCaches, asciiLowered(entry.name), &KnownCache::name);
+  const auto known = std::ranges::find_if(
+      table_.knownCaches, [&](const KnownCache& cache) { return isSameInAnyCase(cache.name, entry.name); });
   const bool isListed = known != table_.knownCaches.end();
   if (isListed) made.category = known->category;
   if ((isInKnown && (entry.isFolder || isFile)) || (isListed && (known->isFile ? isFile : entry.isFolder))) {
@@ -78,7 +84,8 @@ bool CandidateClassifier::isDisposable(int folder) const {
 }
 
 std::string CandidateClassifier::displayNameOf(const LocationRule& rule, std::string_view name) const {
-  if (!rule.name.empty()) return std::string(rule.name);
+  if (rule.subject == LocationSubject::parts) return std::string(rule.name).append(" ").append(name);
+  if (rule.subject == LocationSubject::itself && !rule.name.empty()) return std::string(rule.name);
   const bool isPieced =
       rule.kind == LocationKind::cache || rule.kind == LocationKind::log || rule.kind == LocationKind::build;
   if (!table_.showsLastNamePiece || !isPieced) return withReplacedInvalidUtf8(name);

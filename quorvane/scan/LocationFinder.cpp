@@ -40,12 +40,15 @@ bool isAskedFor(const LocationRule& rule, std::string_view name) {
 LocationFinder::LocationFinder(FileSystem& fileSystem, const LocationTable& table, const LocationFolders& folders,
                                const ScanScope& scope, Date now)
     : fileSystem_(fileSystem), classifier_(fileSystem, table, folders), folders_(folders), scope_(scope), now_(now) {
-  for (const LocationRule& rule : table.rules) {
-    if (rule.kind == LocationKind::anyCache) continue;
-    FilePath pattern = joined(folders.at(rule.base), rule.path);
-    if (rule.subject != LocationSubject::itself) pattern = joined(pattern, "*");
-    claims_.push_back(std::move(pattern));
-  }
+  for (const LocationRule& rule : table.rules)
+    if (rule.kind != LocationKind::anyCache) claim(rule);
+}
+
+void LocationFinder::claim(const LocationRule& rule) {
+  const FilePath location = joined(folders_.at(rule.base), rule.path);
+  for (const std::string_view part : partsOf(rule)) claims_.push_back(joined(location, part));
+  if (rule.subject == LocationSubject::parts) return;
+  claims_.push_back(rule.subject == LocationSubject::itself ? location : joined(location, "*"));
 }
 
 LocationFindings LocationFinder::find(const LocationRule& rule) {
@@ -67,6 +70,8 @@ void LocationFinder::findIn(const Folder& folder, const LocationRule& rule, Loca
     findUnclaimed(folder, rule, /*isKnown=*/false, findings);
   } else if (rule.subject == LocationSubject::taggedBelow) {
     findTagged(folder, rule, 1, findings);
+  } else if (rule.subject == LocationSubject::parts) {
+    findParts(folder, rule, findings);
   } else {
     findEntries(folder, rule, findings);
   }
@@ -96,14 +101,22 @@ void LocationFinder::findItself(const LocationRule& rule, LocationFindings& find
   const std::size_t slash = rule.path.rfind('/');
   const bool hasFolder = slash != std::string_view::npos;
   const std::string_view leaf = hasFolder ? rule.path.substr(slash + 1) : rule.path;
-  for (const Folder& folder : expanded(rule, hasFolder ? rule.path.substr(0, slash) : "", findings)) {
-    const auto status = fileSystem_.status(folder->descriptor.number(), std::string(leaf).c_str());
-    if (status) {
-      findings.noteRead();
-      consider(classifier_.itself(folder, rule, leaf, *status), findings);
-    } else {
-      findings.noteFailure(status.error(), joined(folder->path, leaf));
-    }
+  for (const Folder& folder : expanded(rule, hasFolder ? rule.path.substr(0, slash) : "", findings))
+    findOne(folder, rule, leaf, findings);
+}
+
+void LocationFinder::findParts(const Folder& folder, const LocationRule& rule, LocationFindings& findings) {
+  for (const std::string_view part : partsOf(rule)) findOne(folder, rule, part, findings);
+}
+
+void LocationFinder::findOne(const Folder& folder, const LocationRule& rule, std::string_view name,
+                             LocationFindings& findings) {
+  const auto status = fileSystem_.status(folder->descriptor.number(), std::string(name).c_str());
+  if (status) {
+    findings.noteRead();
+    consider(classifier_.itself(folder, rule, name, *status), findings);
+  } else {
+    findings.noteFailure(status.error(), joined(folder->path, name));
   }
 }
 
@@ -120,8 +133,9 @@ void LocationFinder::findEntries(const Folder& folder, const LocationRule& rule,
 /// A folder that holds places of other rules is no item: its other entries are.
 void LocationFinder::findUnclaimed(const Folder& folder, const LocationRule& rule, bool isKnown,
                                    LocationFindings& findings) {
+  const FolderClaims claims = claimsIn(folder->path);
   for (const ListedEntry& entry : list(folder, findings)) {
-    const Claim claim = claimOn(joined(folder->path, entry.name));
+    const Claim claim = claims.on(entry.name);
     if (claim == Claim::whole) continue;
     ScanCandidate found = classifier_.cacheEntry(folder, rule, entry, isKnown);
     if (claim == Claim::none || !entry.isFolder) {
@@ -215,14 +229,25 @@ std::vector<ListedEntry> LocationFinder::list(const Folder& folder, LocationFind
   return entries;
 }
 
-LocationFinder::Claim LocationFinder::claimOn(const FilePath& path) const {
-  Claim claim = Claim::none;
+/// Looking through all claims once for a folder, not once for each of its entries: a cache home holds thousands.
+LocationFinder::FolderClaims LocationFinder::claimsIn(const FilePath& folder) const {
+  FolderClaims claims;
+  const std::size_t depth = componentsOf(folder.bytes).size();
   for (const FilePath& pattern : claims_) {
-    const PatternMatch match = matched(path, pattern);
-    if (match == PatternMatch::exactly || match == PatternMatch::below) return Claim::whole;
-    if (match == PatternMatch::above) claim = Claim::inside;
+    const PatternMatch match = matched(folder, pattern);
+    if (match == PatternMatch::exactly || match == PatternMatch::below) claims.each = Claim::whole;
+    if (match != PatternMatch::above) continue;
+    const std::vector<std::string_view> components = componentsOf(pattern.bytes);
+    const Claim claim = components.size() == depth + 1 ? Claim::whole : Claim::inside;
+    Claim& known = components[depth] == "*" ? claims.each : claims.named[components[depth]];
+    known = std::max(known, claim);
   }
-  return claim;
+  return claims;
+}
+
+LocationFinder::Claim LocationFinder::FolderClaims::on(std::string_view name) const {
+  const auto found = named.find(name);
+  return found == named.end() ? each : std::max(found->second, each);
 }
 
 }  // namespace quorvane

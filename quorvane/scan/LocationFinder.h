@@ -30,7 +30,14 @@ class LocationFinder {
 
  private:
   using Folder = std::shared_ptr<const FoundFolder>;
-  enum class Claim { none, whole, inside };
+  enum class Claim { none, inside, whole };
+  /// What the rules claim of the entries of one folder.
+  struct FolderClaims {
+    std::map<std::string_view, Claim> named;
+    Claim each = Claim::none;  ///< of every entry
+
+    Claim on(std::string_view name) const;
+  };
 
   void findIn(const Folder& folder, const LocationRule& rule, LocationFindings& findings);
   std::vector<Folder> expanded(const LocationRule& rule, std::string_view path, LocationFindings& findings);
@@ -38,6 +45,8 @@ class LocationFinder {
   void findUnclaimed(const Folder& folder, const LocationRule& rule, bool isKnown, LocationFindings& findings);
   void findTagged(const Folder& folder, const LocationRule& rule, int depth, LocationFindings& findings);
   void findItself(const LocationRule& rule, LocationFindings& findings);
+  void findParts(const Folder& folder, const LocationRule& rule, LocationFindings& findings);
+  void findOne(const Folder& folder, const LocationRule& rule, std::string_view name, LocationFindings& findings);
 
   void consider(ScanCandidate candidate, LocationFindings& findings);
   bool isIgnoredThroughLink(const ScanCandidate& candidate) const;
@@ -47,7 +56,8 @@ class LocationFinder {
   Outcome<Folder, PosixError> openedBase(LocationBase base);
   Folder openBelow(const Folder& folder, const std::string& name, LocationFindings& findings);
   std::vector<ListedEntry> list(const Folder& folder, LocationFindings& findings);
-  Claim claimOn(const FilePath& path) const;
+  void claim(const LocationRule& rule);
+  FolderClaims claimsIn(const FilePath& folder) const;
 
   FileSystem& fileSystem_;
   CandidateClassifier classifier_;

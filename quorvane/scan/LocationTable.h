@@ -3,6 +3,7 @@
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/scan/CleaningRules.h"
+#include "quorvane/scan/Evidence.h"
 #include "quorvane/scan/LocationFolders.h"
 #include "quorvane/scan/ScanSettings.h"
 #include "quorvane/scan/ScanStep.h"
@@ -18,6 +19,7 @@ enum class LocationSubject {
   entries,      ///< each thing directly in the folder
   files,        ///< each regular file directly in the folder
   itself,       ///< the folder or file as a whole
+  parts,        ///< those of the folder's entries that the rule names, each as a whole
   taggedBelow,  ///< each folder up to three levels below that carries a cache directory tag
 };
 
@@ -44,15 +46,19 @@ struct LocationRule {
   LocationKind kind;
   SafetyLevel safety;
   std::string_view reasonKey;
-  std::string_view name = {};        ///< shown for an item that is the location itself; else its last component is
+  std::string_view name = {};        ///< the program, and which of its places; empty for a rule of no one program
+  Evidence evidence = {};            ///< why it is as safe as the rule says
   std::string_view extensions = {};  ///< between blanks, lower-case: only names with one of them
   std::string_view namePart = {};    ///< only names that contain this as a whole word
+  std::string_view parts = {};       ///< between "|": the entries of a rule with parts
 };
 
 /// Something in a cache home whose owner is known to make it again.
 struct KnownCache {
-  std::string_view name;  ///< in lower case
+  std::string_view name;  ///< as its owner spells it; found in any case
   ScanCategory category;
+  std::string_view program;
+  Evidence evidence;
   bool isFile = false;  ///< the owner makes a file of that name; else a folder
 };
 
@@ -69,6 +75,9 @@ struct LocationTable {
 const LocationTable& locationTable(HomeLayout layout);
 const LocationTable& linuxLocations();
 const LocationTable& macLocations();
+
+/// The entries that a rule names; none for a rule without parts.
+std::vector<std::string_view> partsOf(const LocationRule& rule);
 
 /// Where cleaning is allowed in a home: for the Linux layout, the places that its table names.
 CleaningRules cleaningRules(const ScanSettings& settings, const LocationFolders& folders);

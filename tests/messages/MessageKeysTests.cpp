@@ -9,6 +9,7 @@
 #include "quorvane/removal/CleaningHistory.h"
 #include "quorvane/removal/RecoveryStoreError.h"
 #include "quorvane/scan/DiskScanner.h"
+#include "quorvane/scan/Evidence.h"
 #include "quorvane/scan/ScanSelectionPreflight.h"
 
 #include <gtest/gtest.h>
@@ -87,6 +88,8 @@ Keys derivedKeys() {
   addCases<RecoveryFailure>(keys, "recovery.failure.");
   addCases<RecoveryStoreFault>(keys, "history.error.");
   addCases<JsonFault>(keys, "json.fault.");
+  addCases<EvidenceKind>(keys, "evidence.");
+  keys.erase("evidence.none");
   addCases<ScanCoverageReason>(keys, "coverage.reason.");
   for (const char* untold : {"read", "missing", "categoryNotAsked"})
     keys.erase(std::string("coverage.reason.") + untold);

@@ -1,0 +1,190 @@
+#pragma once
+
+#include "quorvane/scan/LocationTable.h"
+
+#include <string_view>
+
+// How the rules of the Linux table are put together. Only that table speaks this language.
+
+namespace quorvane::linuxRules {
+
+using enum ScanCategory;
+using enum SafetyLevel;
+using enum LocationSubject;
+using enum LocationBase;
+
+inline constexpr Evidence standard{EvidenceKind::baseDirectories};
+inline constexpr Evidence unknown{EvidenceKind::undocumented};
+inline constexpr Evidence logText{EvidenceKind::logFile};
+
+constexpr Evidence says(std::string_view page, std::string_view broughtBy = {}) {
+  return {EvidenceKind::ownersWord, page, broughtBy};
+}
+
+constexpr Evidence clears(std::string_view command, std::string_view broughtBy = {}) {
+  return {EvidenceKind::clearingCommand, command, broughtBy};
+}
+
+constexpr Evidence remakes(std::string_view command) { return {EvidenceKind::rebuildCommand, command, command}; }
+
+constexpr LocationRule cacheHome(LocationBase base, std::string_view path) {
+  return {ScanStep::caches,      applicationCache, base, path, entries, LocationKind::anyCache, review,
+          "reason.unknownCache",
+          /*name=*/{},           standard};
+}
+
+/// Made again by its program.
+constexpr LocationRule cacheOf(LocationBase base, std::string_view path, std::string_view name, Evidence evidence) {
+  return {ScanStep::caches,
+          applicationCache,
+          base,
+          path,
+          itself,
+          LocationKind::cache,
+          safe,
+          "reason.regenerableCache",
+          name,
+          evidence};
+}
+
+constexpr LocationRule logsAt(LocationBase base, std::string_view path, LocationSubject subject,
+                              std::string_view name = {}, SafetyLevel safety = safe) {
+  return {ScanStep::logs, logs, base, path, subject, LocationKind::log, safety, "reason.diagnosticLog", name, logText};
+}
+
+constexpr LocationRule logFilesAt(LocationBase base, std::string_view path, std::string_view name = {}) {
+  LocationRule rule = logsAt(base, path, files, name);
+  rule.namePart = ".log";
+  return rule;
+}
+
+/// Fetched again by its package manager when it is wanted.
+constexpr LocationRule packages(LocationBase base, std::string_view path, std::string_view name, Evidence evidence) {
+  return {ScanStep::developer,   developerCache, base,    path, itself, LocationKind::build, safe,
+          "reason.packageCache", name,           evidence};
+}
+
+/// Computed again by the next build.
+constexpr LocationRule buildCache(LocationBase base, std::string_view path, std::string_view name, Evidence evidence) {
+  return {ScanStep::developer,    developerCache, base,    path, itself, LocationKind::build, safe,
+          "reason.buildArtifact", name,           evidence};
+}
+
+/// The same, of nothing but these entries of the folder.
+constexpr LocationRule onlyThe(std::string_view names, LocationRule rule) {
+  rule.subject = parts;
+  rule.parts = names;
+  return rule;
+}
+
+constexpr LocationRule forReview(std::string_view reasonKey, LocationRule rule) {
+  rule.safety = review;
+  rule.reasonKey = reasonKey;
+  return rule;
+}
+
+/// Lies among caches and is none.
+constexpr LocationRule kept(std::string_view path, std::string_view name, Evidence evidence) {
+  return {ScanStep::caches,
+          applicationCache,
+          cache,
+          path,
+          itself,
+          LocationKind::archive,
+          blocked,
+          "reason.ownDataAmongCaches",
+          name,
+          evidence};
+}
+
+/// What the browser engine inside an application keeps beside the application's own data: answers of servers, compiled
+/// scripts and shaders.
+constexpr LocationRule electronIn(LocationBase base, std::string_view path, std::string_view name) {
+  return onlyThe("Cache|Code Cache|GPUCache|DawnCache|DawnGraphiteCache|DawnWebGPUCache",
+                 cacheOf(base, path, name, says("www.electronjs.org/docs/latest/api/session")));
+}
+
+/// The same of an editor that compiles its own scripts too.
+constexpr LocationRule editorIn(LocationBase base, std::string_view path, std::string_view name) {
+  LocationRule rule = electronIn(base, path, name);
+  rule.parts = "Cache|CachedData|CachedExtensionVSIXs|Code Cache|GPUCache|DawnCache|DawnGraphiteCache|DawnWebGPUCache";
+  return rule;
+}
+
+/// Of an editor's folders, those with this word in their names; all where there is none.
+constexpr LocationRule ideCachesIn(std::string_view path, std::string_view word, std::string_view name,
+                                   Evidence evidence) {
+  LocationRule rule{ScanStep::developer,       developerCache, cache,   path, entries, LocationKind::ideCache, safe,
+                    "reason.regenerableCache", name,           evidence};
+  rule.namePart = word;
+  return rule;
+}
+
+constexpr LocationRule taggedIn(std::string_view path) {
+  return {ScanStep::developer, developerCache,          home, path,
+          taggedBelow,         LocationKind::build,     safe, "reason.cacheTag",
+          /*name=*/{},         {EvidenceKind::cacheTag}};
+}
+
+constexpr LocationRule worktreesIn(std::string_view path, std::string_view name) {
+  return {ScanStep::worktrees,
+          aiWorktree,
+          home,
+          path,
+          entries,
+          LocationKind::worktree,
+          review,
+          "reason.aiWorktree",
+          name,
+          {EvidenceKind::repositoryState}};
+}
+
+constexpr LocationRule attachmentsIn(LocationBase base, std::string_view path, std::string_view name) {
+  return {ScanStep::mailDownloads,
+          mailDownload,
+          base,
+          path,
+          entries,
+          LocationKind::old,
+          review,
+          "reason.oldMailDownload",
+          name,
+          {EvidenceKind::age}};
+}
+
+inline constexpr LocationRule oldInstallers{ScanStep::installers,
+                                            installers,
+                                            downloads,
+                                            "",
+                                            files,
+                                            LocationKind::old,
+                                            review,
+                                            "reason.oldInstaller",
+                                            /*name=*/{},
+                                            {EvidenceKind::age},
+                                            "dmg pkg mpkg iso deb rpm appimage flatpakref run snap"};
+
+inline constexpr std::string_view comesByCommand = "reason.onlyByCommand";
+inline constexpr std::string_view isLarge = "reason.costlyDownload";
+inline constexpr std::string_view takesLong = "reason.costlyRebuild";
+inline constexpr std::string_view isShared = "reason.sharedStore";
+inline constexpr std::string_view madeHere = "reason.localRepository";
+inline constexpr std::string_view keptOffline = "reason.offlineCopies";
+inline constexpr std::string_view isUndocumented = "reason.undocumented";
+
+constexpr KnownCache application(std::string_view name, std::string_view program, Evidence evidence = standard) {
+  return {name, applicationCache, program, evidence};
+}
+
+constexpr KnownCache browser(std::string_view name, std::string_view program, Evidence evidence = standard) {
+  return {name, browserCache, program, evidence};
+}
+
+constexpr bool isReasoned(SafetyLevel safety, const Evidence& evidence) {
+  const EvidenceKind kind = evidence.kind;
+  const bool namesSource =
+      kind == EvidenceKind::ownersWord || kind == EvidenceKind::clearingCommand || kind == EvidenceKind::rebuildCommand;
+  return kind != EvidenceKind::none && namesSource != evidence.source.empty() && (safety != safe || vouches(kind));
+}
+
+}  // namespace quorvane::linuxRules
