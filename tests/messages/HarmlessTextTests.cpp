@@ -85,6 +85,7 @@ TEST(TextLayoutTests, measuresAndFitsByColumns) {
   EXPECT_EQ(wrapped("", 10), (Lines{""}));
   EXPECT_EQ(wrapped("one two three", 7), (Lines{"one two", "three"}));
   EXPECT_EQ(wrapped("one  abcdefghij k", 4), (Lines{"one", "abcd", "efgh", "ij k"}));
+  EXPECT_EQ(wrapped(std::string(4'000'000, 'x'), 4).size(), 1'000'000u);  // in a moment, not in hours
   EXPECT_EQ(wrapped(japanese, 1), (Lines{"\xE6\x97\xA5", "\xE6\x9C\xAC", "\xE8\xAA\x9E"}));
 }
 

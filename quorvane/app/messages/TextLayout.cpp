@@ -65,6 +65,18 @@ std::vector<Cluster> clustersOf(std::string_view text) {
   return clusters;
 }
 
+// As many clusters at the beginning of a text as fit, and the first one also where it does not.
+Cluster beginningWithin(std::string_view text, std::size_t columns) {
+  Cluster beginning;
+  while (beginning.length < text.size()) {
+    const Cluster next = firstCluster(text.substr(beginning.length));
+    if (beginning.length > 0 && beginning.width + next.width > columns) break;
+    beginning.length += next.length;
+    beginning.width += next.width;
+  }
+  return beginning;
+}
+
 // The bytes of as many of these clusters as fit.
 template <class Clusters>
 std::size_t lengthWithin(const Clusters& clusters, std::size_t columns) {
@@ -119,14 +131,15 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
     std::string_view word = text.substr(0, end);
     text.remove_prefix(std::min(end + 1, text.size()));
     if (word.empty()) continue;
-    const std::size_t width = displayWidth(word);
+    std::size_t width = displayWidth(word);
     if (!lines.back().empty() && displayWidth(lines.back()) + 1 + width > columns) lines.emplace_back();
     if (!lines.back().empty()) lines.back() += ' ';
-    while (displayWidth(word) > columns) {
-      const std::size_t part = std::max(lengthWithin(clustersOf(word), columns), firstCluster(word).length);
-      lines.back() += word.substr(0, part);
+    while (width > columns) {
+      const Cluster part = beginningWithin(word, columns);
+      lines.back() += word.substr(0, part.length);
       lines.emplace_back();
-      word.remove_prefix(part);
+      word.remove_prefix(part.length);
+      width -= part.width;
     }
     lines.back() += word;
   }
