@@ -170,7 +170,7 @@ TEST(CommandLineTests, keepsIgnoreRules) {
   const auto rules = parsedJson(ignore({"add", home + "/.cache/thing", "--json"}).output);
   ASSERT_TRUE(rules && rules->size() == 1) << "the same place has one rule";
   EXPECT_EQ((*rules)[0]["path"], home + "/.cache/thing");
-  EXPECT_NE(ignore({"list"}).output.find("  " + home + "/.cache/thing\n"), std::string::npos);
+  EXPECT_NE(ignore({"list"}).output.find("\t" + home + "/.cache/thing\n"), std::string::npos);
 
   for (const std::string& path : {folder.at("outside").bytes, std::string("../.."), home + "/way-out/x"}) {
     const CommandLineRun refused = ignore({"add", path});

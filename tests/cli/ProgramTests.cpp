@@ -28,5 +28,11 @@ TEST(ProgramTests, endsSensiblyWhateverItsChannelsAre) {
   EXPECT_EQ(exitCodeOf("HOME=/nonexistent \"$Q\" scan >/dev/null"), 3);
 }
 
+TEST(ProgramTests, leavesAWordOnCtrlCWhereverItIs) {
+  const std::string waiting = "sleep 5 | timeout --preserve-status -s INT 0.3 \"$Q\" clean --from - --yes";
+  EXPECT_EQ(exitCodeOf(waiting), 130);
+  EXPECT_EQ(exitCodeOf(waiting + " 2>&1 | grep -q 'cli.stopped.seeHistory'"), 0);
+}
+
 }  // namespace
 }  // namespace quorvane

@@ -2,6 +2,7 @@
 
 #include "quorvane/app/cli/Commands.h"
 #include "quorvane/app/cli/HelpText.h"
+#include "quorvane/app/cli/InterruptSignal.h"
 #include "quorvane/app/cli/Version.h"
 #include "quorvane/base/Assert.h"
 
@@ -13,6 +14,25 @@
 namespace quorvane {
 
 namespace {
+
+/// What to say of a command that was stopped before or behind its work.
+std::string_view stoppedKey(CommandName command) {
+  switch (command) {
+    case CommandName::overview:
+    case CommandName::scan:
+    case CommandName::history:
+    case CommandName::historyShow:
+    case CommandName::ignore:
+    case CommandName::ignoreList: return "scan.error.cancelled";
+    case CommandName::clean:
+    case CommandName::trash:
+    case CommandName::restore:
+    case CommandName::undo: return "cli.stopped.seeHistory";
+    case CommandName::ignoreAdd:
+    case CommandName::ignoreRemove: return "cli.stopped.seeIgnored";
+  }
+  std::unreachable();
+}
 
 /// Answers one request.
 class RequestRunner {
@@ -34,6 +54,7 @@ class RequestRunner {
 
   CommandOutcome operator()(const Invocation& invocation) {
     const CommandContext context{console_, invocation, environment_};
+    const InterruptNotice notice(console_.interruptNotice(stoppedKey(invocation.command)));
     switch (invocation.command) {
       case CommandName::overview: return runOverview(context);
       case CommandName::scan: return runScan(context);

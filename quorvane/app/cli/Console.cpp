@@ -49,21 +49,25 @@ std::string Console::errorText(const CommandError& error, const MessageStyle& st
   return whole;
 }
 
-void Console::writeErrorLine(const std::string& text, const std::string& key) {
+std::string Console::errorLine(const std::string& text, const std::string& key) {
   const TextStyle style = errorStyle();
-  streams_.errors.write(fmt::format("{}: {} {}\n", toned("quorvane", Tone::bad, style), text,
-                                    toned(fmt::format("[{}]", key), Tone::faint, style)));
+  return fmt::format("{}: {} {}\n", toned("quorvane", Tone::bad, style), text,
+                     toned(fmt::format("[{}]", key), Tone::faint, style));
 }
 
 void Console::tell(const CommandError& error) {
-  writeErrorLine(errorText(error, messageStyle(errorStyle())), error.message.key);
+  show(errorLine(errorText(error, messageStyle(errorStyle())), error.message.key));
+}
+
+std::string Console::interruptNotice(std::string_view key) {
+  return (streams_.errors.isTerminal() ? "\n" : "") + errorLine(catalogue().text(key), std::string(key));
 }
 
 void Console::tellItem(const FilePath& path, const Message& reason) {
   const MessageStyle style = messageStyle(errorStyle());
   const std::string text = catalogue().text(reason, style);
   const std::string key = harmlessText(reason.key, style.characters);
-  writeErrorLine(catalogue().text({"cli.error.ofItem", {{"path", path}, {"text", text}}}, style), key);
+  show(errorLine(catalogue().text({"cli.error.ofItem", {{"path", path}, {"text", text}}}, style), key));
 }
 
 void Console::report(const CommandError& error) {

@@ -56,6 +56,9 @@ class Console {
   /// What is wrong, and what to do instead, as a JSON document holds it.
   std::string documentText(const CommandError& error) { return errorText(error, MessageStyle{home_}); }
 
+  /// The line with which Ctrl-C ends the run, on a line of its own.
+  std::string interruptNotice(std::string_view key);
+
   /// The same line alone: of what is told in the result as well.
   void tell(const CommandError& error);
   /// "quorvane: PATH: TEXT [message.key]": an item that could not be done.
@@ -78,7 +81,7 @@ class Console {
   TextStyle styleOf(const OutputChannel& channel) const;
   MessageStyle messageStyle(const TextStyle& style) const { return {home_, style.characters}; }
   std::string errorText(const CommandError& error, const MessageStyle& style);
-  void writeErrorLine(const std::string& text, const std::string& key);
+  std::string errorLine(const std::string& text, const std::string& key);
 
   CommandLineStreams streams_;
   const EnvironmentVariables& environment_;

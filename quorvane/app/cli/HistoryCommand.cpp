@@ -1,6 +1,6 @@
 #include "quorvane/app/cli/Commands.h"
+#include "quorvane/app/cli/HistoryNames.h"
 #include "quorvane/app/cli/HistoryReport.h"
-#include "quorvane/app/cli/NamedEntry.h"
 #include "quorvane/app/cli/ServiceErrors.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ CommandOutcome show(const CommandContext& context, AppModel& model) {
   auto history = model.history();
   if (!history) return failure(commandError(history.error()));
   if (!context.console.wantsJson()) markWhatIsGone(*history, model.fileSystem());
-  const auto named = namedEntry(history->entries, context.invocation.subjects.front());
+  const auto named = HistoryNames(history->entries).find(context.invocation.subjects.front());
   if (!named) return failure(named.error());
   Console& console = context.console;
   console.print(console.wantsJson() ? jsonText(*named->entry)

@@ -1,7 +1,7 @@
 #include "quorvane/app/cli/HistoryReport.h"
 
 #include "quorvane/app/cli/DetailLines.h"
-#include "quorvane/app/cli/NamedEntry.h"
+#include "quorvane/app/cli/HistoryNames.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <algorithm>
@@ -37,7 +37,10 @@ struct RunSum {
 class HistoryWriter {
  public:
   HistoryWriter(const HistoryView& history, const ReportStyle& style)
-      : history_(history), style_(style), identifierColumns_(distinctLength(history.entries)), text_(style) {}
+      : history_(history),
+        style_(style),
+        identifierColumns_(HistoryNames(history.entries).distinctLength()),
+        text_(style) {}
 
   std::string text(std::optional<std::int64_t> limit) {
     const std::vector<HistoryRun> runs = historyRuns(history_.entries);

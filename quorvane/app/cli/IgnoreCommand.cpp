@@ -19,8 +19,9 @@ class IgnoreCommand {
     } else if (rules->empty()) {
       console_.printLine({"cli.ignore.none", {}});
     }
+    const std::string between = console_.outputStyle().isLaidOut ? "  " : "\t";
     for (const IgnoreRule& rule : *rules)
-      if (!console_.wantsJson()) console_.print(uuidText(rule.id) + "  " + console_.pathText(rule.path) + "\n");
+      if (!console_.wantsJson()) console_.print(uuidText(rule.id) + between + console_.pathText(rule.path) + "\n");
     return ExitCode::done;
   }
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -22,6 +23,15 @@ std::atomic<MainLoop*> interrupted{nullptr};
 std::atomic<int> firstNumber{0};
 
 std::atomic<int> questionWriter{-1};
+std::atomic<const std::string*> notice{nullptr};
+
+void endWithNotice(int number) {
+  if (const std::string* line = notice.load()) {
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line->data(), line->size());
+  }
+  ::signal(number, SIG_DFL);
+  ::raise(number);
+}
 
 void interruptQuestion(int) {
   const int before = errno;  // a signal handler leaves it as it was
@@ -37,6 +47,19 @@ void interruptLoop(int number) {
 }
 
 }  // namespace
+
+InterruptNotice::InterruptNotice(std::string line) : line_(std::move(line)) {
+  require(notice.exchange(&line_) == nullptr, "one run at a time has a last word");
+  struct sigaction action {};
+  action.sa_handler = endWithNotice;
+  ::sigaction(SIGINT, nullptr, &before_);
+  if (before_.sa_handler != SIG_IGN) ::sigaction(SIGINT, &action, nullptr);
+}
+
+InterruptNotice::~InterruptNotice() {
+  ::sigaction(SIGINT, &before_, nullptr);
+  notice = nullptr;
+}
 
 QuestionInterrupt::QuestionInterrupt() {
   std::array<int, 2> ends{};

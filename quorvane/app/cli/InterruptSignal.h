@@ -6,8 +6,23 @@
 
 #include <array>
 #include <csignal>
+#include <string>
 
 namespace quorvane {
+
+/// As long as it lives, Ctrl-C ends the process, as ever, with this line on standard error before: outside of the two
+/// below, which take its place. It stays overlooked where the process was started to overlook it. One at a time.
+class InterruptNotice {
+ public:
+  explicit InterruptNotice(std::string line);
+  ~InterruptNotice();
+  InterruptNotice(const InterruptNotice&) = delete;
+  InterruptNotice& operator=(const InterruptNotice&) = delete;
+
+ private:
+  const std::string line_;
+  struct sigaction before_ {};
+};
 
 /// As long as it lives, Ctrl-C (SIGINT), a lost terminal (SIGHUP) and a request to end (SIGTERM) interrupt the loop
 /// instead of ending the process, the first time each; a second one of its kind ends it. One that the process was

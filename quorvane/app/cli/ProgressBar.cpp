@@ -28,7 +28,7 @@ std::string bar(double fraction, std::size_t barColumns, const TextStyle& style)
 std::string progressLine(const CleaningScanProgressUpdate& update, const MessageCatalogue& catalogue,
                          const MessageStyle& messages, const TextStyle& style) {
   const double fraction = std::min(update.progress, mostShown);
-  const std::size_t barColumns = std::min(widestBar, style.columns / 4);
+  const std::size_t barColumns = style.columns < 3 * widestBar - 1 ? style.columns / 4 : widestBar;
   // A progress of 0 is one that nobody knows.
   const std::string percent = fraction > 0 ? fmt::format(" {:3.0f}%  ", std::floor(fraction * 100)) : std::string();
   const std::size_t start = percent.empty() ? 0 : barColumns + percent.size();
@@ -60,6 +60,12 @@ void ProgressBar::show(const CleaningScanProgressUpdate& update) {
   const MessageStyle messages{console_.home(), style.characters};
   console_.errors().write(std::string(clearLine) + progressLine(shown, console_.catalogue(), messages, style));
   isVisible_ = true;
+}
+
+void ProgressBar::interrupt() {
+  const TextStyle style = console_.errorStyle();
+  if (console_.errors().isTerminal()) console_.errors().write(style.canRedraw ? clearLine : "\n");
+  isVisible_ = false;
 }
 
 void ProgressBar::clear() {

@@ -23,6 +23,8 @@ class ProgressBar {
 
   void show(const CleaningScanProgressUpdate& update);
   void clear();
+  /// Takes the line away, and with it the "^C" that the terminal has shown: below it where it cannot be drawn over.
+  void interrupt();
 
  private:
   Console& console_;

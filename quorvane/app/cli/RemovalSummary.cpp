@@ -214,9 +214,10 @@ std::string removalReport(const RemovalSummary& summary, const ReportStyle& styl
 }
 
 ExitCode printSummary(Console& console, const RemovalSummary& summary, std::optional<ExitCode> cancelled) {
+  const bool isStoppedBefore = cancelled && summary.movedCount == 0 && summary.failures.empty();
   if (console.wantsJson()) {
     console.print(jsonText(summary));
-  } else {
+  } else if (!isStoppedBefore) {
     // Only without another home the Trash is the one that the desktop shows.
     console.print(removalReport(summary, console.outputReport(), console.home().has_value()));
   }

@@ -1,5 +1,5 @@
 #include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/cli/NamedEntry.h"
+#include "quorvane/app/cli/HistoryNames.h"
 #include "quorvane/app/cli/RestoreReport.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
@@ -29,9 +29,10 @@ References referencesOf(const CleaningHistoryEntry& entry, const Uuid& id) {
 
 Outcome<References, CommandError> namedReferences(const std::vector<CleaningHistoryEntry>& entries,
                                                   const std::vector<std::string>& given) {
+  const HistoryNames names(entries);
   References references;
   for (const std::string& each : given) {
-    const auto named = namedEntry(entries, each);
+    const auto named = names.find(each);
     if (!named) return failure(named.error());
     for (const RecoveryReference& reference : referencesOf(*named->entry, named->id)) addOnce(references, reference);
   }

@@ -29,7 +29,7 @@ EndedOperation<Result, Fault> runOperation(Console& console, MainLoop& loop, App
   std::optional<Outcome<Result, Fault>> outcome;
   loop.setInterruptHandler([&] {
     isCancelled = true;
-    bar.clear();
+    bar.interrupt();
     model.cancel();
   });
   const InterruptSignal signal(loop);
