@@ -1,9 +1,9 @@
 #include "quorvane/scan/CleaningSafetyPolicy.h"
 
 #include "quorvane/scan/PathPattern.h"
+#include "quorvane/scan/PathResolver.h"
 
 #include <algorithm>
-#include <map>
 #include <string_view>
 #include <utility>
 
@@ -15,57 +15,32 @@ constexpr std::size_t fewestComponents = 3;  // below "/"
 
 std::size_t depthOf(const FilePath& path) { return componentsOf(path.bytes).size(); }
 
-FilePath resolvedOrSame(FileSystem& fileSystem, const FilePath& path) {
-  auto resolved = fileSystem.resolved(path);
+FilePath resolvedOrSame(PathResolver& resolver, const FilePath& path) {
+  auto resolved = resolver.resolved(path);
   return resolved ? *std::move(resolved) : path;
 }
-
-/// Resolves many paths that lie in few folders, most of which do not exist: what is below one that cannot be resolved
-/// is not asked for.
-class PathResolver {
- public:
-  explicit PathResolver(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
-
-  const Outcome<FilePath, PosixError>& resolved(const FilePath& path) {
-    const auto known = resolved_.find(path);
-    return known != resolved_.end() ? known->second : resolved_.emplace(path, asked(path)).first->second;
-  }
-
- private:
-  Outcome<FilePath, PosixError> asked(const FilePath& path) {
-    const FilePath folder = parentOf(path);
-    if (folder != path) {
-      const auto& above = resolved(folder);
-      if (!above) return failure(above.error());
-    }
-    return fileSystem_.resolved(path);
-  }
-
-  FileSystem& fileSystem_;
-  std::map<FilePath, Outcome<FilePath, PosixError>> resolved_;
-};
 
 /// Resolves the part of the pattern that is a path: what "*" stands for is resolved with each location.
 Outcome<CleaningRoot, PosixError> resolvedRoot(PathResolver& resolver, const CleaningRoot& root) {
   const std::size_t firstOpen = root.pattern.bytes.find("/*");
-  const auto& base = resolver.resolved(standardised({root.pattern.bytes.substr(0, firstOpen)}));
+  const auto base = resolver.resolved(standardised({root.pattern.bytes.substr(0, firstOpen)}));
   if (!base) return failure(base.error());
   if (firstOpen == std::string::npos) return CleaningRoot{*base, root.includesItself};
   return CleaningRoot{joined(*base, root.pattern.bytes.substr(firstOpen + 1)), root.includesItself};
 }
 
 CleaningRules resolvedRules(FileSystem& fileSystem, const CleaningRules& rules) {
-  CleaningRules resolved = rules;
-  resolved.home = resolvedOrSame(fileSystem, rules.home);
-  resolved.roots.clear();
   PathResolver resolver(fileSystem);
+  CleaningRules resolved = rules;
+  resolved.home = resolvedOrSame(resolver, rules.home);
+  resolved.roots.clear();
   for (const CleaningRoot& root : rules.roots)
     if (auto own = resolvedRoot(resolver, root)) resolved.roots.push_back(*std::move(own));
   // Where a protected folder is a link, the link and its target are protected.
   for (const ProtectedFolder& folder : rules.protectedFolders)
-    resolved.protectedFolders.push_back({resolvedOrSame(fileSystem, folder.path), folder.protection});
+    resolved.protectedFolders.push_back({resolvedOrSame(resolver, folder.path), folder.protection});
   for (GuardedContainer& guarded : resolved.containers)
-    guarded = {resolvedOrSame(fileSystem, guarded.container), resolvedOrSame(fileSystem, guarded.open)};
+    guarded = {resolvedOrSame(resolver, guarded.container), resolvedOrSame(resolver, guarded.open)};
   return resolved;
 }
 
