@@ -152,6 +152,22 @@ TEST(CommandLineTests, explainsEachCommandWithAnExample) {
   EXPECT_TRUE(CommandLineRun({"--version"}).output.starts_with("quorvane "));
 }
 
+TEST(CommandLineTests, namesEveryChoiceInTheHelp) {
+  const MessageCatalogue catalogue = MessageCatalogue::english();
+  std::vector<OptionDescription> options(globalOptionDescriptions().begin(), globalOptionDescriptions().end());
+  for (const CommandDescription& command : commandDescriptions())
+    options.insert(options.end(), command.options.begin(), command.options.end());
+  std::size_t choices = 0;
+  for (const OptionDescription& option : options) {
+    if (option.kind == ValueKind::selector) continue;  // what it takes has no end
+    for (const std::string& choice : choicesOf(option.kind)) {
+      ++choices;
+      EXPECT_TRUE(catalogue.text(meaningOf(option)).contains(choice)) << option.name << " " << choice;
+    }
+  }
+  EXPECT_GT(choices, 8U);
+}
+
 TEST(CommandLineTests, keepsIgnoreRules) {
   const TempFolder folder;
   folder.write("home/.cache/thing/file", "content");

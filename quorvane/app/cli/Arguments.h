@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorvane/app/cli/CommandError.h"
+#include "quorvane/app/cli/ValueChoices.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/removal/Recovery.h"
 #include "quorvane/scan/ScanSettings.h"
@@ -98,9 +99,10 @@ ParsedArguments parseArguments(const std::vector<std::string>& arguments);
 
 /// An option, or an argument without a dash.
 struct OptionDescription {
-  std::string_view name;    ///< "--home"
-  std::string_view value;   ///< "DIR"; empty for a flag
-  std::string_view key;     ///< message key of its description
+  std::string_view name;   ///< "--home"
+  std::string_view value;  ///< "DIR"; empty for a flag
+  std::string_view key;    ///< message key of its description
+  ValueKind kind = ValueKind::anything;
   bool repeats = false;     ///< it may be given several times
   bool isOptional = false;  ///< of an argument: the command may do without
 };
@@ -128,5 +130,14 @@ std::vector<const CommandDescription*> commandsBelow(const CommandDescription& c
 
 /// "quorvane ignore add"
 std::string fullName(const CommandDescription& command);
+
+/// "quorvane ignore add [OPTIONS] PATH"
+std::string usageOf(const CommandDescription& command);
+
+/// "--home DIR", "PATH"
+std::string spellingOf(const OptionDescription& option);
+
+/// What it does, and the choices that it offers.
+Message meaningOf(const OptionDescription& option);
 
 }  // namespace quorvane

@@ -1,5 +1,7 @@
 #include "quorvane/app/cli/Arguments.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 
@@ -11,15 +13,15 @@ constexpr std::array<OptionDescription, 0> none{};
 
 constexpr OptionDescription confirmed{"--yes", "", "cli.option.yes"};
 constexpr OptionDescription rehearsal{"--dry-run", "", "cli.option.dryRun"};
-constexpr OptionDescription onConflict{"--on-conflict", "WHAT", "cli.option.onConflict"};
+constexpr OptionDescription onConflict{"--on-conflict", "WHAT", "cli.option.onConflict", ValueKind::conflictPolicy};
 
 constexpr std::array scanOptions{
-    OptionDescription{"--category", "C", "cli.option.category", true},
+    OptionDescription{"--category", "C", "cli.option.category", ValueKind::category, true},
 };
 constexpr std::array cleanOptions{
-    OptionDescription{"--from", "FILE", "cli.option.from"},
-    OptionDescription{"--select", "S", "cli.option.select", true},
-    OptionDescription{"--unselect", "S", "cli.option.unselect", true},
+    OptionDescription{"--from", "FILE", "cli.option.from", ValueKind::file},
+    OptionDescription{"--select", "S", "cli.option.select", ValueKind::selector, true},
+    OptionDescription{"--unselect", "S", "cli.option.unselect", ValueKind::selector, true},
     confirmed,
     rehearsal,
 };
@@ -32,16 +34,18 @@ constexpr std::array restoreOptions{
 };
 constexpr std::array undoOptions{onConflict};
 
-constexpr std::array pathArgument{OptionDescription{"PATH", "PATH", "cli.argument.path"}};
-constexpr std::array trashArgument{OptionDescription{"PATH", "PATH", "cli.argument.trashPath", true}};
-constexpr std::array ruleArgument{OptionDescription{"PATH-OR-ID", "PATH-OR-ID", "cli.argument.pathOrId"}};
+constexpr std::array pathArgument{OptionDescription{"PATH", "PATH", "cli.argument.path", ValueKind::path}};
+constexpr std::array trashArgument{OptionDescription{"PATH", "PATH", "cli.argument.trashPath", ValueKind::path, true}};
+constexpr std::array ruleArgument{
+    OptionDescription{"PATH-OR-ID", "PATH-OR-ID", "cli.argument.pathOrId", ValueKind::path}};
 constexpr std::array entryArgument{OptionDescription{"ID", "ID", "cli.argument.entryId"}};
-constexpr std::array entriesArgument{OptionDescription{"ID", "ID", "cli.argument.entryIds", true, true}};
+constexpr std::array entriesArgument{
+    OptionDescription{"ID", "ID", "cli.argument.entryIds", ValueKind::anything, true, true}};
 
 constexpr std::array globalOptions{
-    OptionDescription{"--home", "DIR", "cli.option.home"},
-    OptionDescription{"--data-dir", "DIR", "cli.option.dataDir"},
-    OptionDescription{"--layout", "LAYOUT", "cli.option.layout"},
+    OptionDescription{"--home", "DIR", "cli.option.home", ValueKind::folder},
+    OptionDescription{"--data-dir", "DIR", "cli.option.dataDir", ValueKind::folder},
+    OptionDescription{"--layout", "LAYOUT", "cli.option.layout", ValueKind::layout},
     OptionDescription{"--json", "", "cli.option.json"},
     OptionDescription{"--quiet", "", "cli.option.quiet"},
     OptionDescription{"--no-color", "", "cli.option.noColor"},
@@ -76,6 +80,11 @@ std::string_view parentOf(std::string_view words) {
   return space == std::string_view::npos ? std::string_view() : words.substr(0, space);
 }
 
+std::string argumentUsage(const OptionDescription& argument) {
+  const std::string name = argument.isOptional ? fmt::format("[{}]", argument.name) : std::string(argument.name);
+  return argument.repeats ? name + "..." : name;
+}
+
 }  // namespace
 
 std::span<const CommandDescription> commandDescriptions() { return commands; }
@@ -95,6 +104,25 @@ std::vector<const CommandDescription*> commandsBelow(const CommandDescription& c
 
 std::string fullName(const CommandDescription& command) {
   return command.words.empty() ? "quorvane" : "quorvane " + std::string(command.words);
+}
+
+std::string usageOf(const CommandDescription& command) {
+  std::string usage = fullName(command);
+  if (!commandsBelow(command).empty()) usage += command.onlyLeadsToOthers ? " COMMAND" : " [COMMAND]";
+  for (const OptionDescription& option : command.options)
+    usage += fmt::format(" [{}]{}", spellingOf(option), option.repeats ? "..." : "");
+  usage += " [OPTIONS]";
+  for (const OptionDescription& argument : command.arguments) usage += " " + argumentUsage(argument);
+  return usage;
+}
+
+std::string spellingOf(const OptionDescription& option) {
+  if (option.value.empty() || option.value == option.name) return std::string(option.name);
+  return fmt::format("{} {}", option.name, option.value);
+}
+
+Message meaningOf(const OptionDescription& option) {
+  return {std::string(option.key), {{"choices", MessageList{choicesOf(option.kind)}}}};
 }
 
 }  // namespace quorvane

@@ -1,10 +1,7 @@
 #include "quorvane/app/cli/HelpText.h"
 
 #include "quorvane/app/cli/ReportText.h"
-#include "quorvane/app/cli/ScannedCategories.h"
 #include "quorvane/app/messages/TextLayout.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <sstream>
@@ -52,10 +49,8 @@ class HelpWriter {
     if (rows.empty()) return;
     title(titleKey);
     std::size_t longest = 0;
-    for (const OptionDescription& row : rows) longest = std::max(longest, spelling(row).size());
-    const MessageArgument categories{"categories", MessageList{scannedCategoryNames()}};
-    for (const OptionDescription& row : rows)
-      text_.row(spelling(row), text_.say({std::string(row.key), {categories}}), longest);
+    for (const OptionDescription& row : rows) longest = std::max(longest, spellingOf(row).size());
+    for (const OptionDescription& row : rows) text_.row(spellingOf(row), text_.say(meaningOf(row)), longest);
   }
 
   // Broken lines go on as a shell understands them.
@@ -73,26 +68,6 @@ class HelpWriter {
   std::string text() && { return text_.take(); }
 
  private:
-  static std::string spelling(const OptionDescription& row) {
-    if (row.value.empty() || row.value == row.name) return std::string(row.name);
-    return fmt::format("{} {}", row.name, row.value);
-  }
-
-  static std::string usageOf(const CommandDescription& command) {
-    std::string usage = fullName(command);
-    if (!commandsBelow(command).empty()) usage += command.onlyLeadsToOthers ? " COMMAND" : " [COMMAND]";
-    for (const OptionDescription& option : command.options)
-      usage += fmt::format(" [{}]{}", spelling(option), option.repeats ? "..." : "");
-    usage += " [OPTIONS]";
-    for (const OptionDescription& argument : command.arguments) usage += " " + argumentUsage(argument);
-    return usage;
-  }
-
-  static std::string argumentUsage(const OptionDescription& argument) {
-    const std::string name = argument.isOptional ? fmt::format("[{}]", argument.name) : std::string(argument.name);
-    return argument.repeats ? name + "..." : name;
-  }
-
   void title(std::string_view key) {
     text_.blank();
     text_.heading(style_.catalogue.text(key));

@@ -10,22 +10,6 @@ namespace quorvane {
 
 namespace {
 
-template <NamedEnumeration E>
-Words namesOf() {
-  Words names;
-  for (const E value : allCases<E>()) names.emplace_back(caseName(value));
-  return names;
-}
-
-// As a person types the case of a policy.
-std::string_view wordOf(RestoreConflictPolicy policy) {
-  switch (policy) {
-    case RestoreConflictPolicy::skip: return "skip";
-    case RestoreConflictPolicy::keepBoth: return "keep-both";
-  }
-  std::unreachable();
-}
-
 class InvocationReader {
  public:
   InvocationReader(const CommandDescription& command, const OptionValues& values, const Words& subjects)
@@ -69,14 +53,12 @@ class InvocationReader {
   }
 
   std::optional<CommandError> readLayout() {
-    constexpr std::string_view automatic = "auto";
     const auto given = text("--layout");
-    if (!given || *given == automatic) return std::nullopt;
+    const Words choices = choicesOf(ValueKind::layout);
+    if (!given || *given == choices.front()) return std::nullopt;  // that of the running system
     asked_.options.layout = caseFromName<HomeLayout>(*given);
     if (asked_.options.layout) return std::nullopt;
-    Words names = namesOf<HomeLayout>();
-    names.insert(names.begin(), std::string(automatic));
-    return wrongUsage({"cli.error.unknownLayout", {{"given", *given}}}, hintFor(*given, names));
+    return wrongUsage({"cli.error.unknownLayout", {{"given", *given}}}, hintFor(*given, choices));
   }
 
   std::optional<CommandError> readCategories() {
@@ -84,7 +66,8 @@ class InvocationReader {
     for (const std::string& name : texts("--category")) {
       const auto category = std::ranges::find(known, name, [](ScanCategory each) { return caseName(each); });
       if (category == known.end())
-        return wrongUsage({"cli.error.unknownCategory", {{"given", name}}}, hintFor(name, scannedCategoryNames()));
+        return wrongUsage({"cli.error.unknownCategory", {{"given", name}}},
+                          hintFor(name, choicesOf(ValueKind::category)));
       if (std::ranges::find(asked_.categories, *category) == asked_.categories.end())
         asked_.categories.push_back(*category);
     }
@@ -106,8 +89,7 @@ class InvocationReader {
 
   std::optional<CommandError> readRestore() {
     if (const auto given = text("--on-conflict")) {
-      Words names;
-      for (const RestoreConflictPolicy policy : allCases<RestoreConflictPolicy>()) names.emplace_back(wordOf(policy));
+      const Words names = choicesOf(ValueKind::conflictPolicy);
       const auto found = std::ranges::find(names, *given);
       if (found == names.end())
         return wrongUsage({"cli.error.unknownConflictPolicy", {{"given", *given}}}, hintFor(*given, names));
