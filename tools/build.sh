@@ -104,5 +104,5 @@ build() {
 
 # changedSince FILE: only decides how much a build says; what is built is ninja's decision.
 changedSince() {
-    [ -n "$(cd "$root" && find CMakeLists.txt cmake quorvane resources tests benchmarks -newer "$1" -print 2>/dev/null | head -n 1)" ]
+    [ -n "$(cd "$root" && find CMakeLists.txt cmake quorvane resources tests benchmarks CHANGELOG.md -newer "$1" -print 2>/dev/null | head -n 1)" ]
 }
