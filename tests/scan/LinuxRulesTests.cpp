@@ -332,6 +332,8 @@ constexpr std::string_view nearMisses[] = {
     ".local/share/Steam/steamapps/compatdata/1/pfx/save",
     ".local/share/Steam/userdata/1/config",
     ".local/share/TelegramDesktop/tdata/key_datas",
+    ".local/share/hatch/env/virtual/mine/bin/python",
+    ".local/share/virtualenvs/mine-1234/bin/python",
     ".local/share/TelegramDesktop/tdata/user_data/other/a",
     ".local/share/evolution/mail/local/inbox",
     ".local/share/geary/account_01/geary.db",
@@ -450,6 +452,18 @@ TEST(LinuxRulesTests, noneThatNamesAProgramIsUntried) {
   }
   for (const KnownCache& known : linuxLocations().knownCaches)
     EXPECT_TRUE(isTried(placeOf(LocationBase::cache, known.name))) << known.name;
+}
+
+TEST(LinuxRulesTests, aPlaceThatIsMissingCostsOneLook) {
+  ScanHome home{HomeLayout::linux};
+  home.folder.makeFolders(".cache");
+  home.folder.makeFolders(".config");
+  home.folder.makeFolders(".local/share");
+  home.folder.makeFolders(".local/state");
+  home.fileSystem.countOnly({FileCall::openFolder, FileCall::statusOfName});
+  home.scan({{ScanCategory::applicationCache, ScanCategory::developerCache}});
+  // Looking for the rules' places, and resolving them for the cleaning roots.
+  EXPECT_LE(home.fileSystem.calls(), 2 * linuxLocations().rules.size());
 }
 
 /// Two rules that would make an item of the same thing, or one inside another's, would depend on their order.
