@@ -3,9 +3,13 @@
 namespace quorvane {
 
 bool TakenPlaces::take(const FilePath& canonicalPath) {
-  if (covers(canonicalPath) || holdsTaken(canonicalPath)) return false;
+  if (overlaps(canonicalPath)) return false;
   places_.insert(canonicalPath);
   return true;
+}
+
+bool TakenPlaces::overlaps(const FilePath& canonicalPath) const {
+  return covers(canonicalPath) || holdsTaken(canonicalPath);
 }
 
 bool TakenPlaces::covers(const FilePath& canonicalPath) const {

@@ -12,6 +12,9 @@ class TakenPlaces {
   /// Takes a place; false when it is taken, lies in one that is, or holds one.
   bool take(const FilePath& canonicalPath);
 
+  /// Whether a place is taken, lies in one that is, or holds one.
+  bool overlaps(const FilePath& canonicalPath) const;
+
   /// Whether a place is taken, or lies in one that is.
   bool covers(const FilePath& canonicalPath) const;
 

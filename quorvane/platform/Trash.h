@@ -21,7 +21,7 @@ struct TrashNote {
 
 /// One Trash folder, open. It holds items under names of their own (`leaf` below), each with a note beside it.
 ///
-/// Belongs to one thread, but for `reserve`; calls wait for the disk.
+/// Used by one thread at a time; calls wait for the disk.
 class TrashFolder {
  public:
   virtual ~TrashFolder() = default;
@@ -38,14 +38,6 @@ class TrashFolder {
   /// After a failure the object is where it was and the note is taken away; a process that is killed in between leaves
   /// the note for `forgetUnfinished`.
   virtual Outcome<std::string, PosixError> receive(int folder, const std::string& name, const TrashNote& note) = 0;
-
-  /// The first half of `receive`, ahead of time: writes the note of an item called `name`, and returns the leaf that is
-  /// its own now. May be called on another thread than everything else.
-  virtual Outcome<std::string, PosixError> reserve(const std::string& name, const TrashNote& note) = 0;
-
-  /// The second half: the rename to a reserved leaf. EEXIST when something without a note stands there already. After a
-  /// failure the note is still there.
-  virtual Outcome<void, PosixError> receiveReserved(int folder, const std::string& name, const std::string& leaf) = 0;
 
   /// Takes the note of an item away that has left the Trash, or never came. Succeeds when there is none.
   virtual Outcome<void, PosixError> forget(const std::string& leaf) = 0;

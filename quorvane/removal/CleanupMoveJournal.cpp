@@ -158,7 +158,6 @@ Outcome<CleanupMoveJournal::Transaction, RecoveryStoreError> CleanupMoveJournal:
   if (change.isEmpty() && change.changedFolders.empty()) return transaction;
   std::ranges::reverse(change.inserted);  // the last one is the newest
   if (auto written = history->write(std::move(change)); !written) return failure(written.error());
-  transaction.writeNotesAhead();
   return transaction;
 }
 

@@ -5,7 +5,6 @@
 #include "quorvane/platform/Volumes.h"
 #include "quorvane/removal/CleanupMoveError.h"
 #include "quorvane/removal/ItemPlace.h"
-#include "quorvane/removal/NotesAhead.h"
 #include "quorvane/removal/OpenHistory.h"
 
 #include <functional>
@@ -122,8 +121,6 @@ class CleanupMoveJournal::Transaction {
   Transaction(const MoveServices& services, std::shared_ptr<OpenHistory> history)
       : services_(services), history_(std::move(history)) {}
 
-  void writeNotesAhead();
-  Outcome<std::string, PosixError> receive(std::size_t index, const ItemPlace& place);
   MoveFailure failed(Move& move, MoveFailure failure, bool isSettled);
   std::optional<MoveFailure> whyNotMoved(const Move& move, int trash, const std::string& leaf,
                                          const ItemPlace& before) const;
@@ -135,7 +132,6 @@ class CleanupMoveJournal::Transaction {
   const MoveServices& services_;
   std::shared_ptr<OpenHistory> history_;
   std::vector<Move> moves_;
-  std::unique_ptr<NotesAhead> notes_;
   std::map<FilePath, FileDescriptor> emptiedFolders_;  ///< that items left, to be brought to the disk
 };
 

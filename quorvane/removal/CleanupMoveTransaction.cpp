@@ -47,7 +47,7 @@ std::optional<MoveFailure> Transaction::perform(std::size_t index) {
   if (move.failure) return move.failure;
   auto place = verifySource(index);
   if (!place) return failed(move, place.error(), true);
-  const auto leaf = receive(index, *place);
+  const auto leaf = move.trash->receive(place->folder.number(), place->name, noteOf(move));
   if (!leaf) {
     const auto left = identityAt(services_.fileSystem, *place);
     return failed(move, leaf.error(), left && *left == move.identity);
@@ -60,26 +60,6 @@ std::optional<MoveFailure> Transaction::perform(std::size_t index) {
   move.isFinished = move.isSettled = true;
   noteEmptied(move.item().originalPath, std::move(place->folder));
   return std::nullopt;
-}
-
-void Transaction::writeNotesAhead() {
-  std::vector<NotesAhead::Item> items;
-  items.reserve(moves_.size());
-  for (const Move& move : moves_)
-    items.push_back(
-        {move.isAnnounced ? move.trash : nullptr, std::string(leafOf(move.item().originalPath)), noteOf(move)});
-  notes_ = std::make_unique<NotesAhead>(std::move(items));
-}
-
-Outcome<std::string, PosixError> Transaction::receive(std::size_t index, const ItemPlace& place) {
-  Move& move = moves_[index];
-  auto leaf = notes_->take(index);
-  if (!leaf) return leaf;
-  const auto moved = move.trash->receiveReserved(place.folder.number(), place.name, *leaf);
-  if (moved) return leaf;
-  (void)move.trash->forget(*leaf);  // why the item did not come is what the caller is told
-  if (moved.error().code != EEXIST) return failure(moved.error());
-  return move.trash->receive(place.folder.number(), place.name, noteOf(move));
 }
 
 MoveFailure Transaction::failed(Move& move, MoveFailure failure, bool isSettled) {
@@ -153,7 +133,6 @@ Outcome<std::vector<CleaningHistoryEntry>, RecoveryStoreError> Transaction::fini
 }
 
 Transaction::Conclusion Transaction::conclude(std::optional<std::int64_t> observedAvailableBytesDelta) {
-  notes_.reset();
   OpenHistory::Change change;
   change.changedFolders = changedFolders();
   std::vector<CleaningHistoryEntry> receipts;

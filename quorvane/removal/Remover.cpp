@@ -39,7 +39,7 @@ Outcome<RemovalReport, RemovalError> Remover::remove(const std::vector<RemovalRe
     task.history = *std::move(history);
     task.date = services_.history.dateOfNewRun(*task.history);
   }
-  return RemovalRun(services_, guard, std::move(task)).perform();
+  return RemovalRun(services_, guard, task).perform();
 }
 
 std::vector<ReviewOutcome> Remover::review(const std::vector<FilePath>& paths, const ReviewOptions& options) {

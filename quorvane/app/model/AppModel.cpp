@@ -1,6 +1,7 @@
 #include "quorvane/app/model/AppModel.h"
 
 #include "quorvane/base/Assert.h"
+#include "quorvane/core/EarlyProcessTable.h"
 
 #include <type_traits>
 
@@ -49,17 +50,19 @@ struct AppModel::Records {
 struct AppModel::Services {
   explicit Services(AppModel& model)
       : records(model.records()),
-        processTable(makeSystemProcessTable()),
+        systemProcessTable(makeSystemProcessTable()),
+        processTable(*systemProcessTable, model.clock_),
         walker(*model.fileSystem_),
-        scanServices{*model.fileSystem_, *records.volumes, *processTable, processRunner,
-                     model.clock_,       model.random_,    walker,        model.ignoreRules_},
+        scanServices{*model.fileSystem_, *records.volumes, processTable, processRunner,
+                     model.clock_,       model.random_,    walker,       model.ignoreRules_},
         scanner(scanServices, model.settings_),
-        remover({records.moves, *processTable, walker, model.ignoreRules_, records.history, model.random_},
+        remover({records.moves, processTable, walker, model.ignoreRules_, records.history, model.random_},
                 model.settings_.folders.home, model.settings_.folders.applicationSupport),
         cleaner(scanServices, model.settings_, remover) {}
 
   Records& records;
-  std::unique_ptr<ProcessTable> processTable;
+  std::unique_ptr<ProcessTable> systemProcessTable;
+  EarlyProcessTable processTable;
   SafeProcessRunner processRunner;
   TreeWalker walker;
   ScanServices scanServices;
@@ -108,6 +111,7 @@ void AppModel::clean(std::vector<ScanItem> items, RemovalKind kind, Handlers<Rem
     finished(std::move(outcome));
   };
   const auto operation = [items = std::move(items), kind](Services& services, OperationControl control) {
+    services.processTable.begin();
     return services.cleaner.clean(items, removalOptions(kind, control.pausing, control.progress));
   };
   start(operation, std::move(handlers));
@@ -117,6 +121,7 @@ void AppModel::reviewPaths(std::vector<FilePath> paths, Handlers<std::vector<Rev
   const auto operation = [paths = std::move(paths), &random = random_](
                              Services& services,
                              OperationControl control) -> Outcome<std::vector<ReviewedPath>, RemovalError> {
+    services.processTable.begin();  // for a removal that follows at once
     const auto progressed = [&](std::size_t done, std::size_t count, const FilePath& path) {
       report(control.progress, "cleanup.status.reviewing", done, count, path.bytes);
     };

@@ -62,46 +62,20 @@ Outcome<void, PosixError> OpenTrash::receiveAs(const std::string& leaf, int fold
   return moved;
 }
 
-/// Tries one leaf after the other until `take` takes one, or fails for another reason than that it is taken.
-template <class Take>
-Outcome<std::string, PosixError> OpenTrash::underFreeLeaf(const std::string& name, const TrashNote& note, Take take) {
+Outcome<std::string, PosixError> OpenTrash::receive(int folder, const std::string& name, const TrashNote& note) {
   if (!isOneComponent(name)) return failure(PosixError{EINVAL});
-  for (unsigned attempt = firstAttempt(name); attempt <= mostTrashNames; ++attempt) {
+  const std::string text = textOf(note);
+  const auto known = firstAttempts_.find(name);
+  for (unsigned attempt = known == firstAttempts_.end() ? 1 : known->second; attempt <= mostTrashNames; ++attempt) {
     std::string leaf = trashName(name, note.move, attempt);
-    const Outcome<void, PosixError> taken = take(leaf);
-    if (!taken && isTaken(taken.error())) continue;
-    if (!taken) return failure(taken.error());
-    noteTaken(name, attempt);
+    const auto received = receiveAs(leaf, folder, name, text);
+    if (!received && isTaken(received.error())) continue;
+    if (!received) return failure(received.error());
+    // Names that only this move uses say nothing about the next one's.
+    if (attempt > 1) firstAttempts_.insert_or_assign(name, std::min(attempt, numberedTrashNames) + 1);
     return leaf;
   }
   return failure(PosixError{EEXIST});
-}
-
-unsigned OpenTrash::firstAttempt(const std::string& name) {
-  const MutexLock lock(mutex_);
-  const auto known = firstAttempts_.find(name);
-  return known == firstAttempts_.end() ? 1 : known->second;
-}
-
-void OpenTrash::noteTaken(const std::string& name, unsigned attempt) {
-  if (attempt == 1) return;
-  const MutexLock lock(mutex_);
-  // Names that only this move uses say nothing about the next one's.
-  firstAttempts_.insert_or_assign(name, std::min(attempt, numberedTrashNames) + 1);
-}
-
-Outcome<std::string, PosixError> OpenTrash::receive(int folder, const std::string& name, const TrashNote& note) {
-  const std::string text = textOf(note);
-  return underFreeLeaf(name, note, [&](const std::string& leaf) { return receiveAs(leaf, folder, name, text); });
-}
-
-Outcome<std::string, PosixError> OpenTrash::reserve(const std::string& name, const TrashNote& note) {
-  const std::string text = textOf(note);
-  return underFreeLeaf(name, note, [&](const std::string& leaf) { return writeNewNote(noteNameOf(leaf), text); });
-}
-
-Outcome<void, PosixError> OpenTrash::receiveReserved(int folder, const std::string& name, const std::string& leaf) {
-  return fileSystem_.renameExclusive(folder, name.c_str(), descriptor(), leaf.c_str());
 }
 
 Outcome<void, PosixError> OpenTrash::forget(const std::string& leaf) {

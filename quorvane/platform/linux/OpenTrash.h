@@ -1,6 +1,5 @@
 #pragma once
 
-#include "quorvane/base/ThreadAnnotations.h"
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/platform/RandomSource.h"
 #include "quorvane/platform/Trash.h"
@@ -29,8 +28,6 @@ class OpenTrash final : public TrashFolder {
   int descriptor() const override { return folders_.files.number(); }
 
   Outcome<std::string, PosixError> receive(int folder, const std::string& name, const TrashNote& note) override;
-  Outcome<std::string, PosixError> reserve(const std::string& name, const TrashNote& note) override;
-  Outcome<void, PosixError> receiveReserved(int folder, const std::string& name, const std::string& leaf) override;
   Outcome<void, PosixError> forget(const std::string& leaf) override;
   void forgetUnfinished(const std::string& name, const TrashNote& note) override;
   Outcome<void, PosixError> ensureNote(const std::string& leaf, const TrashNote& note) override;
@@ -39,11 +36,6 @@ class OpenTrash final : public TrashFolder {
 
  private:
   int info() const { return folders_.info.number(); }
-
-  template <class Take>
-  Outcome<std::string, PosixError> underFreeLeaf(const std::string& name, const TrashNote& note, Take take);
-  unsigned firstAttempt(const std::string& name);
-  void noteTaken(const std::string& name, unsigned attempt);
 
   std::string textOf(const TrashNote& note) const;
   Outcome<void, PosixError> writeNewNote(const std::string& noteName, const std::string& text);
@@ -57,9 +49,7 @@ class OpenTrash final : public TrashFolder {
   FileSystem& fileSystem_;
   RandomSource& random_;
   TrashFolders folders_;
-  Mutex mutex_;
-  /// By name: those before are known to be taken.
-  std::map<std::string, unsigned> firstAttempts_ QV_GUARDED_BY(mutex_);
+  std::map<std::string, unsigned> firstAttempts_;  ///< by name: those before are known to be taken
 };
 
 }  // namespace quorvane

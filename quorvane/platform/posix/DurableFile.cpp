@@ -11,7 +11,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::size_t gatheredBytes = 256 << 10;
+constexpr std::size_t gatheredBytes = 48 << 10;  // with its reserve below what the allocator maps anew each time
 
 Outcome<void, PosixError> writeAll(FileSystem& fileSystem, int file, std::span<const std::byte> bytes) {
   while (!bytes.empty()) {

@@ -1,0 +1,22 @@
+#include "quorvane/core/EarlyProcessTable.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::chrono::seconds oldestReading{1};
+
+}  // namespace
+
+void EarlyProcessTable::begin() {
+  begunAt_ = clock_.uptime();
+  reading_ = std::async([this] { return table_.read(); });
+}
+
+Outcome<std::vector<RunningProcess>, PosixError> EarlyProcessTable::read() {
+  if (!reading_.valid()) return table_.read();
+  auto processes = reading_.get();
+  return clock_.uptime() - begunAt_ <= oldestReading ? std::move(processes) : table_.read();
+}
+
+}  // namespace quorvane

@@ -1,0 +1,143 @@
+#include "quorvane/removal/BatchMover.h"
+
+#include <algorithm>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+RemovalRefusal uncertainRefusal() { return {"cleanup.failure.uncertain", CleanupFailureCategory::other}; }
+
+}  // namespace
+
+BatchMover::BatchMover(const RemovalServices& services, Run run, RunReport& report)
+    : services_(services), run_(std::move(run)), report_(report), journal_(services.moves) {}
+
+Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLast) {
+  std::vector<CleanupMoveJournal::Request> requests;
+  requests.reserve(batch.size());
+  for (const ProvedItem& item : batch) requests.push_back(requestFor(item));
+  Conclusion before = conclude();
+  auto begun =
+      journal_.begin(run_.history, std::move(requests), run_.options.source, run_.date, std::move(before.change));
+  if (begun) noteRecorded(std::move(before.receipts));
+  wait();
+  if (!begun) {
+    keepUnrecorded();
+    for (const ProvedItem& item : batch) report_.refuse(item.index, refusalOf(begun.error()));
+    return failure(begun.error());
+  }
+  start(*std::move(begun), std::move(batch), isLast);
+  return {};
+}
+
+CleanupMoveJournal::Request BatchMover::requestFor(const ProvedItem& proved) {
+  const RemovalRequest& request = run_.requests[proved.index];
+  CleaningHistoryItem item;
+  item.id = identifierOf(proved);
+  item.name = request.name;
+  item.originalPath = proved.canonicalPath;
+  item.size = proved.size;
+  item.backupMetadata = request.backupMetadata;
+  return {.item = std::move(item), .proven = proved.proven, .place = &proved.place};
+}
+
+/// That of the review, unless an earlier run used it: the same review may be acted upon again after an undo.
+Uuid BatchMover::identifierOf(const ProvedItem& item) {
+  const Uuid& reviewed = run_.requests[item.index].id;
+  return run_.history->document().knows(reviewed) ? services_.random.uuid() : reviewed;
+}
+
+void BatchMover::start(CleanupMoveJournal::Transaction begun, ProvedBatch batch, bool isLast) {
+  for (const ProvedItem& item : batch) movingPlaces_.take(item.canonicalPath);
+  Moving& moving = moving_.emplace(std::move(begun), std::move(batch));
+  const auto policy = isLast ? std::launch::deferred : std::launch::async | std::launch::deferred;
+  moves_ = std::async(policy, [this, &moving] { perform(moving); });
+}
+
+void BatchMover::perform(Moving& moving) {
+  const auto before = availableBytes(moving.batch);
+  bool hasMoved = false;
+  for (std::size_t i = 0; i < moving.batch.size() && !run_.options.stop.stopRequested(); ++i)
+    hasMoved = !moving.transaction.perform(i) || hasMoved;
+  const auto after = availableBytes(moving.batch);
+  if (hasMoved && before && after) moving.availableBytesDelta = *after - *before;
+}
+
+std::optional<std::int64_t> BatchMover::availableBytes(const ProvedBatch& batch) {
+  const auto capacity = services_.moves.volumes.capacity(parentOf(batch.front().canonicalPath));
+  return capacity ? std::optional(capacity->available) : std::nullopt;
+}
+
+void BatchMover::wait() {
+  if (!moving_) return;
+  moves_.get();
+  const auto& moves = moving_->transaction.moves();
+  for (std::size_t i = 0; i < moves.size(); ++i) {
+    const ProvedItem& item = moving_->batch[i];
+    if (moves[i].isFinished) {
+      moved_.take(item.canonicalPath);
+      report_.noteMoved(item.index, item.size);
+    } else if (moves[i].failure) {
+      report_.refuse(item.index, moves[i].isUncertain() ? uncertainRefusal() : refusalOf(*moves[i].failure));
+    } else {
+      report_.noteStopped();
+    }
+  }
+  if (const auto delta = moving_->availableBytesDelta)
+    report_.result.availableBytesDelta = report_.result.availableBytesDelta.value_or(0) + *delta;
+  unrecorded_.push_back(*std::exchange(moving_, std::nullopt));
+  movingPlaces_ = {};
+}
+
+Outcome<void, RecoveryStoreError> BatchMover::finish() {
+  wait();
+  Conclusion last = conclude();
+  auto written = run_.history->write(std::move(last.change));
+  if (written) {
+    noteRecorded(std::move(last.receipts));
+  } else {
+    keepUnrecorded();
+  }
+  return written;
+}
+
+/// Of all that is not recorded yet.
+BatchMover::Conclusion BatchMover::conclude() {
+  Conclusion all;
+  for (Moving& moved : unrecorded_) {
+    Conclusion one = moved.transaction.conclude(moved.availableBytesDelta);
+    std::ranges::move(one.change.replaced, std::back_inserter(all.change.replaced));
+    std::ranges::move(one.change.erased, std::back_inserter(all.change.erased));
+    std::ranges::move(one.change.changedFolders, std::back_inserter(all.change.changedFolders));
+    std::ranges::move(one.receipts, std::back_inserter(all.receipts));
+  }
+  return all;
+}
+
+void BatchMover::noteRecorded(std::vector<CleaningHistoryEntry> receipts) {
+  std::ranges::move(receipts, std::back_inserter(report_.result.entries));
+  unrecorded_.clear();
+}
+
+/// What was moved is in the Trash, but its record still reads "interrupted".
+void BatchMover::keepUnrecorded() {
+  for (const Moving& moved : unrecorded_) {
+    for (std::size_t i = 0; i < moved.batch.size(); ++i) {
+      const CleanupMoveJournal::Transaction::Move& move = moved.transaction.moves()[i];
+      if (!move.isAnnounced || !(move.isFinished || move.failure)) continue;
+      CleaningHistoryEntry& entry = report_.result.entries.emplace_back(move.receipt);
+      if (!move.isFinished) continue;
+      entry.items.front().cleanupJournalUnavailable = true;
+      entry.items.front().failureReason = services_.moves.texts(journalKeys::unavailable);
+      report_.result.failures.push_back(
+          {moved.batch[i].index, {std::string(journalKeys::unavailable), CleanupFailureCategory::other}});
+    }
+  }
+  unrecorded_.clear();
+}
+
+}  // namespace quorvane
