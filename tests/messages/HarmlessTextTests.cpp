@@ -73,6 +73,7 @@ TEST(TextLayoutTests, measuresAndFitsByColumns) {
   EXPECT_EQ(shortened("a\\nb\\tcdef", 6, "~"), "a\\n~ef");
   EXPECT_EQ(shortened("\\xyz\\u{}\\", 5, "~"), "\\x~}\\") << "these are only characters";
   EXPECT_EQ(wrapped("ab\\x1bcd", 5), (std::vector<std::string>{"ab", "\\x1bc", "d"}));
+  EXPECT_EQ(wrapped("ab\\x1bcd", 3), (std::vector<std::string>{"ab", "\\x1", "bcd"}));
   for (std::size_t columns = 0; columns < 12; ++columns)
     EXPECT_LE(displayWidth(shortened("a\xE6\x97\xA5"
                                      "b\xE6\x9C\xAC"

@@ -65,12 +65,14 @@ std::vector<Cluster> clustersOf(std::string_view text) {
   return clusters;
 }
 
-// As many clusters at the beginning of a text as fit, and the first one also where it does not.
+// As many clusters at the beginning of a text as fit into at least two columns. Only a character that is spelled out
+// can be wider than that; where it alone does not fit it is torn apart.
 Cluster beginningWithin(std::string_view text, std::size_t columns) {
   Cluster beginning;
+  if (spelledLength(text) > columns) return {columns, columns};
   while (beginning.length < text.size()) {
     const Cluster next = firstCluster(text.substr(beginning.length));
-    if (beginning.length > 0 && beginning.width + next.width > columns) break;
+    if (beginning.width + next.width > columns) break;
     beginning.length += next.length;
     beginning.width += next.width;
   }

@@ -6,7 +6,8 @@
 #include <vector>
 
 // Fits harmless text into the columns of a terminal. A letter of East Asian width takes two, a combining mark none;
-// a mark is not torn from its letter, and no character is torn apart that is spelled out ("\x1b", "\u{202e}").
+// a mark is not torn from its letter, and no character is torn apart that is spelled out ("\x1b", "\u{202e}") unless a
+// whole line has no room for it.
 
 namespace quorvane {
 
