@@ -26,7 +26,11 @@ Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLas
   if (begun) noteRecorded(std::move(before.receipts));
   wait();
   if (!begun) {
-    keepUnrecorded();
+    if (begun.error().fault == RecoveryStoreFault::full) {
+      (void)finish();  // what is moved is still recorded; where even that fails, it is reported
+    } else {
+      keepUnrecorded();
+    }
     for (const ProvedItem& item : batch) report_.refuse(item.index, refusalOf(begun.error()));
     return failure(begun.error());
   }

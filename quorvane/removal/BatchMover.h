@@ -39,7 +39,8 @@ class BatchMover {
   BatchMover(const RemovalServices& services, Run run, RunReport& report);
 
   /// Announces a batch, waits for the one before, and begins to move this one; the last one is moved at once. When it
-  /// cannot be announced none of it is moved, and what was moved before stays unrecorded.
+  /// cannot be announced none of it is moved, and what was moved before stays unrecorded; but for a full history, which
+  /// still takes that.
   Outcome<void, RecoveryStoreError> move(ProvedBatch batch, bool isLast);
 
   /// Waits for the batch that is being moved, and reports it.

@@ -253,6 +253,7 @@ TEST_F(TrashTests, aMissingOrUnfinishedNoteIsWrittenAndAWholeOneStays) {
   const std::string note = "data/Trash/info/item.trashinfo";
   ASSERT_TRUE(trash->ensureNote("item", noteFor("item")));
   EXPECT_EQ(home_.read(note), own);
+  home_.write("data/Trash/info/.writing-00000000-8B86-4011-B42D-00C04FC964FF", "left by a killed process");
   for (const std::string& before :
        {std::string(), std::string("[Trash Info]\nPath=/cu"), std::string(100, '\0'), own}) {
     home_.write(note, before);

@@ -1,5 +1,6 @@
 #include "quorvane/removal/Remover.h"
 
+#include "quorvane/removal/HistoryJournalFile.h"
 #include "tests/support/CleaningHome.h"
 
 #include <fmt/format.h>
@@ -430,6 +431,23 @@ TEST_F(RemoverTests, laterBatchesStopAtAHistoryThatCannotBeWritten) {
   EXPECT_EQ(fates(home, requests, home.remove(requests)), (Fates{{"a", "cleanup.journal.unavailable other"},
                                                                  {"b", "history.error.notWritten other"},
                                                                  {"c", "history.error.notWritten other"}}));
+  EXPECT_TRUE(home.holds("b"));
+}
+
+TEST_F(RemoverTests, recordsInAFullHistoryWhatWasMovedAndMovesNothingMore) {
+  for (const char* name : {"a", "b", "c"}) home.write(name);
+  for (int quarter = 0; quarter < 4; ++quarter) {
+    CleaningHistoryEntry large;
+    large.id = home.random.uuid();
+    large.date = home.clock.now();
+    large.failures = {std::string(HistoryJournalFile::fullFile / 4 - 300, 'x')};
+    ASSERT_TRUE(home.history.open().value()->write({.inserted = {large}}));
+  }
+  auto requests = home.requests({"a", "b", "c"});
+  requests[0].size = std::int64_t{1} << 40;
+  EXPECT_EQ(fates(home, requests, home.remove(requests)),
+            (Fates{{"a", "moved"}, {"b", "history.error.full other"}, {"c", "history.error.full other"}}));
+  EXPECT_EQ(home.recorded().front().itemCount, 1);
   EXPECT_TRUE(home.holds("b"));
 }
 

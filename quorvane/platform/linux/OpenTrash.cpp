@@ -130,7 +130,8 @@ Outcome<void, PosixError> OpenTrash::ensureNote(const std::string& leaf, const T
 
 /// The name stays taken all the time: another program would put its own item in the place of one without a note.
 Outcome<void, PosixError> OpenTrash::replaceNote(const std::string& noteName, const std::string& text) {
-  const std::string temporary = "writing-" + uuidText(random_.uuid());
+  removeAbandonedTemporaries(fileSystem_, info(), {});  // the name of the note may leave no room for more
+  const std::string temporary = ".writing-" + uuidText(random_.uuid());
   if (auto written = writeNewNote(temporary, text); !written) return written;
   auto replaced = fileSystem_.renameReplacing(info(), temporary.c_str(), info(), noteName.c_str());
   if (!replaced) (void)fileSystem_.removeFile(info(), temporary.c_str());
