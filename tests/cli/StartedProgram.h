@@ -28,6 +28,8 @@ class StartedProgram {
     ::dup2(nothing, 0);
     ::dup2(nothing, 1);
     ::dup2(errors, 2);
+    // What started the tests may ignore them.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::signal(signal, SIG_DFL);
     ::execv(QUORVANE_PROGRAM, pointers.data());
     ::_exit(127);
   }
