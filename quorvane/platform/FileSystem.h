@@ -81,7 +81,8 @@ class FileSystem {
   virtual Outcome<void, PosixError> makeFolder(int folder, const char* name, std::uint16_t permissions) = 0;
   /// A new file for writing, permissions 0600; refuses an existing name (EEXIST).
   virtual Outcome<FileDescriptor, PosixError> createFile(int folder, const char* name) = 0;
-  virtual Outcome<std::size_t, PosixError> write(int file, std::span<const std::byte> bytes) = 0;
+  /// Writes the pieces one behind the other, and returns how many bytes of them it wrote: perhaps not all.
+  virtual Outcome<std::size_t, PosixError> write(int file, std::span<const std::string_view> pieces) = 0;
   /// Waits until the file's content, or the folder's entries, are on the disk.
   virtual Outcome<void, PosixError> synchronise(int descriptor) = 0;
   virtual Outcome<void, PosixError> renameReplacing(int fromFolder, const char* from, int toFolder, const char* to) = 0;
@@ -99,6 +100,9 @@ Outcome<FileDescriptor, PosixError> openFolderBelow(FileSystem& fileSystem, int 
 
 /// The same, making what is missing with permissions 0700 (each made durable in its parent).
 Outcome<FileDescriptor, PosixError> makeFoldersBelow(FileSystem& fileSystem, int folder, std::string_view relative);
+
+/// Writes all of the pieces, one behind the other; after a failure a part of them.
+Outcome<void, PosixError> writeWhole(FileSystem& fileSystem, int file, std::span<const std::string_view> pieces);
 
 /// Reads a file to its end; EFBIG when it holds more than `limit` bytes.
 Outcome<std::string, PosixError> readToEnd(FileSystem& fileSystem, int file, std::size_t limit);

@@ -111,13 +111,18 @@ Outcome<FileDescriptor, PosixError> FailingFileSystem::createFile(int folder, co
   return passed(FileCall::createFile, [&] { return real_.createFile(folder, name); });
 }
 
-Outcome<std::size_t, PosixError> FailingFileSystem::write(int file, std::span<const std::byte> bytes) {
+Outcome<std::size_t, PosixError> FailingFileSystem::write(int file, std::span<const std::string_view> pieces) {
   std::size_t limit = 0;
   {
     const MutexLock lock(mutex_);
     limit = writeLimit_;
   }
-  return passed(FileCall::write, [&] { return real_.write(file, bytes.first(std::min(bytes.size(), limit))); });
+  return passed(FileCall::write, [&] {
+    if (limit == unlimited) return real_.write(file, pieces);
+    const auto first = std::ranges::find_if_not(pieces, &std::string_view::empty);
+    const std::string_view part = first == pieces.end() ? std::string_view() : first->substr(0, limit);
+    return real_.write(file, std::span(&part, 1));
+  });
 }
 
 Outcome<void, PosixError> FailingFileSystem::synchronise(int descriptor) {

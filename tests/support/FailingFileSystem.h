@@ -80,7 +80,7 @@ class FailingFileSystem final : public FileSystem {
   Outcome<std::size_t, PosixError> read(int file, std::span<std::byte> buffer) override;
   Outcome<void, PosixError> makeFolder(int folder, const char* name, std::uint16_t permissions) override;
   Outcome<FileDescriptor, PosixError> createFile(int folder, const char* name) override;
-  Outcome<std::size_t, PosixError> write(int file, std::span<const std::byte> bytes) override;
+  Outcome<std::size_t, PosixError> write(int file, std::span<const std::string_view> pieces) override;
   Outcome<void, PosixError> synchronise(int descriptor) override;
   Outcome<void, PosixError> renameReplacing(int fromFolder, const char* from, int toFolder, const char* to) override;
   Outcome<void, PosixError> renameExclusive(int fromFolder, const char* from, int toFolder, const char* to) override;
@@ -105,13 +105,15 @@ class FailingFileSystem final : public FileSystem {
     return pass();
   }
 
+  static constexpr std::size_t unlimited = static_cast<std::size_t>(-1);
+
   FileSystem& real_;
   mutable Mutex mutex_;
   std::optional<Fault> fault_ QV_GUARDED_BY(mutex_);
   std::map<std::size_t, std::function<void()>> actions_ QV_GUARDED_BY(mutex_);
   std::optional<std::vector<FileCall>> counted_ QV_GUARDED_BY(mutex_);
   std::vector<FileCall> record_ QV_GUARDED_BY(mutex_);
-  std::size_t writeLimit_ QV_GUARDED_BY(mutex_) = static_cast<std::size_t>(-1);
+  std::size_t writeLimit_ QV_GUARDED_BY(mutex_) = unlimited;
 };
 
 }  // namespace quorvane

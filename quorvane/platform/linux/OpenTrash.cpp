@@ -22,17 +22,6 @@ std::string noteNameOf(const std::string& leaf) { return leaf + std::string(tras
 
 bool isTaken(PosixError error) { return error.code == EEXIST; }
 
-Outcome<void, PosixError> writeWhole(FileSystem& fileSystem, int file, std::string_view text) {
-  std::span<const std::byte> rest = std::as_bytes(std::span(text));
-  while (!rest.empty()) {
-    const auto count = fileSystem.write(file, rest);
-    if (!count) return failure(count.error());
-    if (*count == 0) return failure(PosixError{EIO});
-    rest = rest.subspan(*count);
-  }
-  return {};
-}
-
 }  // namespace
 
 OpenTrash::OpenTrash(FileSystem& fileSystem, RandomSource& random, TrashFolders folders)
@@ -48,7 +37,8 @@ std::string OpenTrash::textOf(const TrashNote& note) const {
 Outcome<void, PosixError> OpenTrash::writeNewNote(const std::string& noteName, const std::string& text) {
   const auto file = fileSystem_.createFile(info(), noteName.c_str());
   if (!file) return failure(file.error());
-  auto written = writeWhole(fileSystem_, file->number(), text);
+  const std::string_view whole = text;
+  auto written = writeWhole(fileSystem_, file->number(), std::span(&whole, 1));
   if (!written) (void)fileSystem_.removeFile(info(), noteName.c_str());  // what failed first is what the caller is told
   return written;
 }

@@ -11,38 +11,11 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::size_t gatheredBytes = 48 << 10;  // with its reserve below what the allocator maps anew each time
-
-Outcome<void, PosixError> writeAll(FileSystem& fileSystem, int file, std::span<const std::byte> bytes) {
-  while (!bytes.empty()) {
-    const auto count = fileSystem.write(file, bytes);
-    if (!count) return failure(count.error());
-    if (*count == 0) return failure(PosixError{EIO});
-    bytes = bytes.subspan(*count);
-  }
-  return {};
-}
-
-/// Small pieces are gathered first, since each write is a call of the system.
-Outcome<void, PosixError> writePieces(FileSystem& fileSystem, int file, std::span<const std::string_view> pieces) {
-  std::size_t size = 0;
-  for (const std::string_view piece : pieces) size += piece.size();
-  std::string gathered;
-  gathered.reserve(std::min(size, 2 * gatheredBytes));
-  for (const std::string_view piece : pieces) {
-    gathered += piece;
-    if (gathered.size() < gatheredBytes) continue;
-    if (auto done = writeAll(fileSystem, file, std::as_bytes(std::span(gathered))); !done) return done;
-    gathered.clear();
-  }
-  return writeAll(fileSystem, file, std::as_bytes(std::span(gathered)));
-}
-
 Outcome<void, PosixError> writeAndRename(FileSystem& fileSystem, int folder, const FileDescriptor& file,
                                          const std::string& temporary, const std::string& name,
                                          std::span<const std::string_view> pieces,
                                          const std::function<Outcome<void, PosixError>()>& beforeRename) {
-  auto done = writePieces(fileSystem, file.number(), pieces);
+  auto done = writeWhole(fileSystem, file.number(), pieces);
   if (done) done = fileSystem.synchronise(file.number());
   if (done && beforeRename) done = beforeRename();
   if (done) done = fileSystem.renameReplacing(folder, temporary.c_str(), folder, name.c_str());

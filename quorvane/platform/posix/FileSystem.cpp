@@ -1,5 +1,6 @@
 #include "quorvane/platform/FileSystem.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <optional>
@@ -72,6 +73,26 @@ Outcome<FileDescriptor, PosixError> openFolderBelow(FileSystem& fileSystem, int 
 
 Outcome<FileDescriptor, PosixError> makeFoldersBelow(FileSystem& fileSystem, int folder, std::string_view relative) {
   return descend(fileSystem, folder, relative, makeLevel);
+}
+
+Outcome<void, PosixError> writeWhole(FileSystem& fileSystem, int file, std::span<const std::string_view> pieces) {
+  std::string_view begun;  // what is left of a piece that was not written whole
+  for (;;) {
+    while (begun.empty() && !pieces.empty() && pieces.front().empty()) pieces = pieces.subspan(1);
+    if (begun.empty() && pieces.empty()) return {};
+    const auto written = fileSystem.write(file, begun.empty() ? pieces : std::span(&begun, 1));
+    if (!written) return failure(written.error());
+    if (*written == 0) return failure(PosixError{EIO});
+    std::size_t count = *written;
+    const std::size_t ofBegun = std::min(count, begun.size());
+    begun.remove_prefix(ofBegun);
+    count -= ofBegun;
+    while (count > 0) {
+      begun = pieces.front().substr(std::min(count, pieces.front().size()));
+      count -= pieces.front().size() - begun.size();
+      pieces = pieces.subspan(1);
+    }
+  }
 }
 
 Outcome<std::string, PosixError> readToEnd(FileSystem& fileSystem, int file, std::size_t limit) {

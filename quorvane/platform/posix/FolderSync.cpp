@@ -15,8 +15,7 @@ constexpr std::size_t mostThreads = 4;
 FolderSync::FolderSync(FileSystem& fileSystem, std::vector<int> folders)
     : fileSystem_(fileSystem), folders_(std::move(folders)) {
   try {
-    const std::size_t half = (folders_.size() + 1) / 2;  // whoever waits takes part
-    while (threads_.size() < std::min(half, mostThreads)) threads_.emplace_back([this] { work(); });
+    while (threads_.size() < std::min(folders_.size(), mostThreads)) threads_.emplace_back([this] { work(); });
   } catch (const std::system_error&) {
     // No more threads are to be had: who waits does the work.
   }

@@ -2,6 +2,8 @@
 
 #include "quorvane/platform/posix/Retry.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +12,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -18,6 +21,7 @@ namespace {
 
 constexpr mode_t privateFilePermissions = 0600;
 constexpr int mostLinksInARow = 40;
+constexpr std::size_t mostPieces = 1024;  // of one call; so it is on all systems
 
 std::unexpected<PosixError> lastFailure() { return failure(lastPosixError()); }
 
@@ -151,8 +155,12 @@ Outcome<FileDescriptor, PosixError> PosixFileSystem::createFile(int folder, cons
   return openedAt(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, privateFilePermissions);
 }
 
-Outcome<std::size_t, PosixError> PosixFileSystem::write(int file, std::span<const std::byte> bytes) {
-  const ssize_t count = retried([&] { return ::write(file, bytes.data(), bytes.size()); });
+Outcome<std::size_t, PosixError> PosixFileSystem::write(int file, std::span<const std::string_view> pieces) {
+  std::array<iovec, mostPieces> vectors{};
+  const std::size_t used = std::min(pieces.size(), mostPieces);
+  for (std::size_t i = 0; i < used; ++i)
+    vectors[i] = {const_cast<char*>(pieces[i].data()), pieces[i].size()};  // the call only reads
+  const ssize_t count = retried([&] { return ::writev(file, vectors.data(), static_cast<int>(used)); });
   if (count < 0) return lastFailure();
   return static_cast<std::size_t>(count);
 }

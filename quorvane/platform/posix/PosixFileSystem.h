@@ -18,7 +18,7 @@ class PosixFileSystem : public FileSystem {
   Outcome<std::size_t, PosixError> read(int file, std::span<std::byte> buffer) override;
   Outcome<void, PosixError> makeFolder(int folder, const char* name, std::uint16_t permissions) override;
   Outcome<FileDescriptor, PosixError> createFile(int folder, const char* name) override;
-  Outcome<std::size_t, PosixError> write(int file, std::span<const std::byte> bytes) override;
+  Outcome<std::size_t, PosixError> write(int file, std::span<const std::string_view> pieces) override;
   Outcome<void, PosixError> synchronise(int descriptor) override;
   Outcome<void, PosixError> renameReplacing(int fromFolder, const char* from, int toFolder, const char* to) override;
   Outcome<void, PosixError> renameExclusive(int fromFolder, const char* from, int toFolder, const char* to) override;
