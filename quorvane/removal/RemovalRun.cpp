@@ -124,7 +124,10 @@ void RemovalRun::prove(ProvedBatch& batch) {
   ProvedBatch proved;
   for (std::size_t i = 0; i < batch.size(); ++i) {
     const TreeOutcome& outcome = outcomes[i];
-    if (!outcome && outcome.error().isCancelled()) continue;
+    if (!outcome && outcome.error().isCancelled()) {
+      report_.noteStopped();
+      continue;
+    }
     auto refusal = refusalOfTree(batch[i], outcome);
     if (!refusal && task_.checks.measured) refusal = task_.checks.measured(batch[i].index, *outcome);
     if (!refusal) refusal = refusalOfUse(batch[i].canonicalPath);

@@ -377,6 +377,22 @@ TEST_F(RemoverTests, stopsAfterTheItemInHand) {
   EXPECT_TRUE(home.holds("c"));
 }
 
+TEST_F(RemoverTests, tellsThatItWasStoppedWhileItProvedTheLastItem) {
+  home.write("folder/file");
+  const auto requests = home.requests({"folder"});
+  for (const bool isRehearsal : {true, false}) {
+    StopSource stop;
+    RemovalOptions options;
+    options.stop = stop.token();
+    options.isRehearsal = isRehearsal;
+    beforeCall(FileCall::list, 1, [&] { stop.requestStop(); });
+    const RemovalReport report = home.remove(requests, options);
+    EXPECT_TRUE(report.wasStopped);
+    EXPECT_TRUE(report.failures.empty() && report.wouldMove.empty());
+  }
+  EXPECT_TRUE(home.holds("folder/file"));
+}
+
 TEST_F(RemoverTests, whatChangesWhileOthersAreMovedStays) {
   constexpr std::size_t count = 2 * CleanupMoveJournal::mostMoves + 2;
   std::vector<std::string> names;
