@@ -13,11 +13,11 @@ namespace {
 
 constexpr std::string_view opening = "[\n  ", separator = ",\n  ", closing = "\n]\n", none = "[]\n";
 
-/// The text of an entry as it stands in the array, one level in.
+/// The text of an entry as it stands in the array, one level in and with another behind it.
 std::string encoded(const CleaningHistoryEntry& entry) {
   std::string text;
   appendJson(text, entry, 1);
-  return text;
+  return text += separator;
 }
 
 /// Takes the elements of an array one by one out of its text, without reading them: each has to prove itself what it is
@@ -112,7 +112,7 @@ Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view tex
     if (!entry) return failure(json::below(place, entry.error()));
     if (!document.takeIdentifiers(*entry)) return failure(JsonError{JsonFault::malformed, place});
     document.entries_.push_back(*std::move(entry));
-    document.texts_.emplace_back(*element);
+    document.texts_.emplace_back(*element) += separator;
   }
   if (!splitter.isComplete()) return failure(JsonError{JsonFault::malformed, {}});
   return document;
@@ -167,11 +167,10 @@ std::size_t HistoryDocument::placeOf(const Uuid& entry) const {
 std::vector<std::string_view> HistoryDocument::pieces() const {
   if (texts_.empty()) return {none};
   std::vector<std::string_view> pieces;
-  pieces.reserve(texts_.size() * 2 + 1);
-  for (const std::string& text : texts_) {
-    pieces.push_back(pieces.empty() ? opening : separator);
-    pieces.push_back(text);
-  }
+  pieces.reserve(texts_.size() + 2);
+  pieces.push_back(opening);
+  pieces.insert(pieces.end(), texts_.begin(), texts_.end());
+  pieces.back().remove_suffix(separator.size());
   pieces.push_back(closing);
   return pieces;
 }

@@ -40,7 +40,7 @@ class HistoryDocument {
   bool takeIdentifiers(const CleaningHistoryEntry& entry);
 
   std::deque<CleaningHistoryEntry> entries_;
-  std::deque<std::string> texts_;         ///< one for each entry
+  std::deque<std::string> texts_;         ///< one for each entry, with what stands between it and the next one
   std::unordered_set<Uuid> identifiers_;  ///< of all entries and items
 };
 
