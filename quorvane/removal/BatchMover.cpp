@@ -9,6 +9,10 @@ namespace quorvane {
 
 namespace {
 
+/// What is moved has to be on the disk before it is recorded, and bringing a folder to the disk costs the same however
+/// much was moved. Until then the items stand as announced.
+constexpr std::size_t batchesRecordedTogether = 4;
+
 RemovalRefusal uncertainRefusal() { return {"cleanup.failure.uncertain", CleanupFailureCategory::other}; }
 
 }  // namespace
@@ -20,10 +24,11 @@ Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLas
   std::vector<CleanupMoveJournal::Request> requests;
   requests.reserve(batch.size());
   for (const ProvedItem& item : batch) requests.push_back(requestFor(item));
-  Conclusion before = conclude();
+  const bool isRecording = unrecorded_.size() >= batchesRecordedTogether;
+  Conclusion before = isRecording ? conclude() : Conclusion{};
   auto begun =
       journal_.begin(run_.history, std::move(requests), run_.options.source, run_.date, std::move(before.change));
-  if (begun) noteRecorded(std::move(before.receipts));
+  if (begun && isRecording) noteRecorded(std::move(before.receipts));
   wait();
   if (!begun) {
     if (begun.error().fault == RecoveryStoreFault::full) {
@@ -56,7 +61,10 @@ Uuid BatchMover::identifierOf(const ProvedItem& item) {
 }
 
 void BatchMover::start(CleanupMoveJournal::Transaction begun, ProvedBatch batch, bool isLast) {
-  for (const ProvedItem& item : batch) movingPlaces_.take(item.canonicalPath);
+  for (ProvedItem& item : batch) {
+    movingPlaces_.take(item.canonicalPath);
+    item.place = {};  // its folder is opened anew for the move
+  }
   Moving& moving = moving_.emplace(std::move(begun), std::move(batch));
   const auto policy = isLast ? std::launch::deferred : std::launch::async | std::launch::deferred;
   moves_ = std::async(policy, [this, &moving] { perform(moving); });

@@ -22,8 +22,8 @@ struct ProvedItem {
 using ProvedBatch = std::vector<ProvedItem>;
 
 /// Moves the batches of one run, one after the other. While the items of one are moved, on a thread of their own, the
-/// caller proves the next one and has it announced; what became of a batch is written with the next announcement after
-/// its last move.
+/// caller proves the next one and has it announced. What became of some batches is written together, with a later
+/// announcement or at the end.
 ///
 /// Its functions are called on one thread, and what they report is told there.
 class BatchMover {
