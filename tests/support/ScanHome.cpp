@@ -3,6 +3,8 @@
 #include "quorvane/base/Assert.h"
 #include "quorvane/core/AppPaths.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -57,6 +59,19 @@ ScanResult ScanHome::scan(ScanRequest request) {
   auto result = scanner().scan(request, control, {});
   require(result.has_value(), "a scan in a test failed");
   return *std::move(result);
+}
+
+void ScanHome::expectVerdicts(std::initializer_list<Made> all, std::chrono::seconds age) {
+  std::map<std::string, std::string> expected;
+  for (const Made& each : all) {
+    std::string file = each.path;
+    const std::size_t end = std::min(file.find('|'), file.size());
+    if (!each.verdict.empty()) expected[file.substr(0, end)] = each.verdict;
+    file.erase(end, 1);
+    each.target ? folder.makeLink(file, each.target) : write(file, each.content);
+  }
+  this->age("", age);
+  EXPECT_EQ(verdicts(), expected);
 }
 
 std::map<std::string, std::string> ScanHome::verdicts() {

@@ -9,6 +9,7 @@
 #include "tests/support/TempFolder.h"
 
 #include <chrono>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <string>
@@ -46,6 +47,18 @@ class ScanHome {
 
   /// Scans; every item's verdict (`verdictOf`) by its path below the home.
   std::map<std::string, std::string> verdicts();
+
+  /// A file to make, and the verdict on the item that comes of it; none without a verdict. What follows "|" lies in
+  /// the item: ".cache/thumbnails|/large/a.png".
+  struct Made {
+    std::string path;
+    std::string verdict = {};
+    std::string_view content = "content";
+    const char* target = nullptr;  ///< of a link that is made instead
+  };
+
+  /// Makes all that, of this age, and expects these verdicts and no others.
+  void expectVerdicts(std::initializer_list<Made> all, std::chrono::seconds age);
 
   DiskScanner scanner() { return {services(), settings}; }
   ScanServices services();
