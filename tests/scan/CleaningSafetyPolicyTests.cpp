@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -43,14 +44,19 @@ class CleaningSafetyPolicyTests : public testing::Test {
     return linuxAllows(defaultFolders(), joined(home_, relative).bytes);
   }
 
+  using Paths = std::initializer_list<std::string>;
+  void expectMacos(Paths allowed, Paths refused) {
+    for (const std::string& path : allowed) EXPECT_TRUE(macosAllowsInHome(path)) << path;
+    for (const std::string& path : refused) EXPECT_FALSE(macosAllowsInHome(path)) << path;
+  }
+  void expectLinux(Paths allowed, Paths refused) {
+    for (const std::string& path : allowed) EXPECT_TRUE(linuxAllowsInHome(path)) << path;
+    for (const std::string& path : refused) EXPECT_FALSE(linuxAllowsInHome(path)) << path;
+  }
+
   TempFolder temp_;
   FilePath home_ = temp_.at("Users/u");
   std::unique_ptr<FileSystem> fileSystem_ = makeSystemFileSystem();
-};
-
-struct Case {
-  std::string location;
-  bool isAllowed;
 };
 
 TEST_F(CleaningSafetyPolicyTests, allowsWhatLiesStrictlyInsideTheMacosRoots) {
@@ -80,18 +86,9 @@ TEST_F(CleaningSafetyPolicyTests, protectsFoldersOfTheMacosHomeAndSystem) {
 
 TEST_F(CleaningSafetyPolicyTests, allowsOnlyMailDownloadsOfTheMailContainer) {
   const std::string mail = "Library/Containers/com.apple.mail";
-  for (const auto& [location, isAllowed] : std::vector<Case>{
-           {mail, false},
-           {mail + "/x", false},
-           {mail + "/Data/Library/Caches/x", false},
-           {mail + "/Data/Library/Mail Downloads", false},
-           {mail + "/Data/Library/Mail Downloads/x", true},
-           {mail + "/Data/Library/Mail Downloads/x/y", true},
-           {mail + "/Data/Library/Mail Downloads/../Mail", false},
-           {mail + "/Data/Library/Mail Downloads 2/x", false},
-           {mail + "box/x", true},  // another container
-       })
-    EXPECT_EQ(macosAllowsInHome(location), isAllowed) << location;
+  expectMacos({mail + "/Data/Library/Mail Downloads/x", mail + "/Data/Library/Mail Downloads/x/y", mail + "box/x"},
+              {mail, mail + "/x", mail + "/Data/Library/Caches/x", mail + "/Data/Library/Mail Downloads",
+               mail + "/Data/Library/Mail Downloads/../Mail", mail + "/Data/Library/Mail Downloads 2/x"});
 }
 
 TEST_F(CleaningSafetyPolicyTests, judgesWhereLinksLead) {
@@ -106,16 +103,8 @@ TEST_F(CleaningSafetyPolicyTests, judgesWhereLinksLead) {
   temp_.makeLink("Users/u/Library/Caches/loop", "loop");
   temp_.makeLink("Users/u/Documents/in", home_.bytes + "/Library/Caches");
   temp_.makeLink("Users/alias", "u");
-  for (const auto& [location, isAllowed] : std::vector<Case>{
-           {mail + "Mail Downloads/out", false},
-           {mail + "Mail Downloads/out/x", false},
-           {"Library/Caches/out", false},
-           {"Library/Caches/out/x", false},
-           {"Library/Caches/intoMail/x", false},
-           {"Library/Caches/loop", false},
-           {"Documents/in/x", true},
-       })
-    EXPECT_EQ(macosAllowsInHome(location), isAllowed) << location;
+  expectMacos({"Documents/in/x"}, {mail + "Mail Downloads/out", mail + "Mail Downloads/out/x", "Library/Caches/out",
+                                   "Library/Caches/out/x", "Library/Caches/intoMail/x", "Library/Caches/loop"});
   EXPECT_TRUE(macosAllows(temp_.at("Users/alias/Library/Caches/x").bytes));
   home_ = temp_.at("Users/alias");
   EXPECT_TRUE(macosAllowsInHome("Library/Caches/x"));
@@ -123,106 +112,57 @@ TEST_F(CleaningSafetyPolicyTests, judgesWhereLinksLead) {
 }
 
 TEST_F(CleaningSafetyPolicyTests, allowsWhatLiesInsideTheLinuxRoots) {
-  for (const auto& [location, isAllowed] : std::vector<Case>{
-           {".cache", false},
-           {".cache/x", true},
-           {".cache/x/y", true},
-           {".cachex/y", false},
-           {"Downloads", false},
-           {"Downloads/old.deb", true},
-           {".codex/worktrees", false},
-           {".codex/worktrees/w", true},
-           {".local/state/app/logs/1.log", true},
-           {".local/state/app/logs", false},
-           {".local/state/app", false},
-           {".var/app/org.x.Y/cache", false},
-           {".var/app/org.x.Y/cache/z", true},
-           {".var/app/org.x.Y", false},
-           {".var/app/org.x.Y/config/z", false},
-           {".var/app/a/b/cache/z", false},
-           {"snap/x/common/.cache/y", true},
-           {"snap/x/current/.cache/y", false},
-           {".npm/_cacache", true},
-           {".npm/_cacache/index", true},
-           {".npm", false},
-           {".npm/_cacache/..", false},
-       })
-    EXPECT_EQ(linuxAllowsInHome(location), isAllowed) << location;
+  expectLinux({".cache/x", ".cache/x/y", "Downloads/old.deb", ".codex/worktrees/w", ".local/state/app/logs/1.log",
+               ".var/app/org.x.Y/cache/z", "snap/x/common/.cache/y", ".npm/_cacache", ".npm/_cacache/index"},
+              {".cache", ".cachex/y", "Downloads", ".codex/worktrees", ".local/state/app/logs", ".local/state/app",
+               ".var/app/org.x.Y/cache", ".var/app/org.x.Y", ".var/app/org.x.Y/config/z", ".var/app/a/b/cache/z",
+               "snap/x/current/.cache/y", ".npm", ".npm/_cacache/.."});
 }
 
 TEST_F(CleaningSafetyPolicyTests, protectsFoldersOfTheLinuxHomeAndSystem) {
-  for (const std::string relative : {"",
-                                     ".config",
-                                     ".config/x",
-                                     ".local",
-                                     ".local/share",
-                                     ".local/share/x",
-                                     ".local/state",
-                                     ".local/share/Quorvane/x",
-                                     "Documents",
-                                     "Documents/x",
-                                     "Desktop",
-                                     "Pictures",
-                                     "Music",
-                                     "Videos",
-                                     "Public",
-                                     "Templates",
-                                     ".var",
-                                     ".var/app",
-                                     "snap",
-                                     ".ssh",
-                                     ".ssh/id",
-                                     ".gnupg",
-                                     ".gnupg/x",
-                                     "Projects/x"})
-    EXPECT_FALSE(linuxAllowsInHome(relative)) << relative;
+  expectLinux({}, {"", ".config", ".config/x", ".local", ".local/share", ".local/share/x", ".local/state",
+                   ".local/share/Quorvane/x", "Documents", "Documents/x", "Desktop", "Pictures", "Music", "Videos"});
+  expectLinux(
+      {}, {"Public", "Templates", ".var", ".var/app", "snap", ".ssh", ".ssh/id", ".gnupg", ".gnupg/x", "Projects/x"});
   for (const std::string location : {"/", "/usr", "/etc", "/var", "/opt", "/home", "/root", "/boot", "/usr/share/x",
                                      "/var/cache/apt", "/var/lib/x/y", "/home/other/.cache/x"})
     EXPECT_FALSE(linuxAllows(defaultFolders(), location)) << location;
 }
 
 TEST_F(CleaningSafetyPolicyTests, doesNotBelieveAnEnvironmentThatDeclaresEverythingACache) {
-  struct XdgCase {
-    std::string cache, location;
-    bool isAllowed;
-  };
   const std::string home = home_.bytes;
-  for (const auto& [cache, location, isAllowed] : std::vector<XdgCase>{
-           {"/cache/u", "/cache/u/x", true},
-           {"/cache/u", "/cache/u", false},
-           {"/cache", "/cache/x", false},
-           {"/var/cache/u", "/var/cache/u/x", true},
-           {"/var/cache", "/var/cache/apt", false},
-           {"/usr/share", "/usr/share/doc", false},
-           {"/etc/x/y", "/etc/x/y/z", false},
-           {"/", "/srv/a/b", false},
-           {home, home + "/Projects", false},
-           {home, home + "/.cache/x", false},
-           {home + "/.config", home + "/.config/x", false},
-           {home + "/.local/share", home + "/.local/share/x", false},
-           {home + "/.local", home + "/.local/bin", false},
-           {home + "/.local", home + "/.local/share", false},
-           {temp_.path().bytes, temp_.at("Users").bytes, false},
-       }) {
+  const auto allows = [&](const std::string& cache, const std::string& location) {
     ApplicationFolders folders = defaultFolders();
     folders.cache = {cache};
-    EXPECT_EQ(linuxAllows(folders, location), isAllowed) << cache << " " << location;
-  }
+    return linuxAllows(folders, location);
+  };
+  EXPECT_TRUE(allows("/cache/u", "/cache/u/x"));
+  EXPECT_TRUE(allows("/var/cache/u", "/var/cache/u/x"));
+  for (const auto& [cache, location] :
+       std::initializer_list<std::pair<std::string, std::string>>{{"/cache/u", "/cache/u"},
+                                                                  {"/cache", "/cache/x"},
+                                                                  {"/var/cache", "/var/cache/apt"},
+                                                                  {"/usr/share", "/usr/share/doc"},
+                                                                  {"/etc/x/y", "/etc/x/y/z"},
+                                                                  {"/", "/srv/a/b"},
+                                                                  {home, home + "/Projects"},
+                                                                  {home, home + "/.cache/x"},
+                                                                  {home + "/.config", home + "/.config/x"},
+                                                                  {home + "/.local/share", home + "/.local/share/x"},
+                                                                  {home + "/.local", home + "/.local/bin"},
+                                                                  {home + "/.local", home + "/.local/share"},
+                                                                  {temp_.path().bytes, temp_.at("Users").bytes}})
+    EXPECT_FALSE(allows(cache, location)) << cache << " " << location;
 }
 
 TEST_F(CleaningSafetyPolicyTests, protectsWhatLivesInsideACache) {
   ApplicationFolders folders = defaultFolders();
   folders.data = joined(home_, ".cache/mine/data");
   folders.applicationSupport = joined(home_, ".cache/support");
-  for (const auto& [relative, isAllowed] : std::vector<Case>{
-           {".cache/mine", false},
-           {".cache/mine/data", false},
-           {".cache/mine/data/x", false},
-           {".cache/mine/other", true},
-           {".cache/support", false},
-           {".cache/support/history.json", false},
-       })
-    EXPECT_EQ(linuxAllows(folders, joined(home_, relative).bytes), isAllowed) << relative;
+  EXPECT_TRUE(linuxAllows(folders, joined(home_, ".cache/mine/other").bytes));
+  for (const char* relative :
+       {".cache/mine", ".cache/mine/data", ".cache/mine/data/x", ".cache/support", ".cache/support/history.json"})
+    EXPECT_FALSE(linuxAllows(folders, joined(home_, relative).bytes)) << relative;
 }
 
 TEST_F(CleaningSafetyPolicyTests, wantsBothSpellingsOfALinuxPathInside) {
@@ -236,15 +176,7 @@ TEST_F(CleaningSafetyPolicyTests, wantsBothSpellingsOfALinuxPathInside) {
   temp_.makeLink("Users/u/.var/app/org.x", home_.bytes + "/Documents");
   temp_.makeFolders("Users/u/Documents/cache");
   temp_.makeLink("Users/u/Pictures", home_.bytes + "/.cache/pictures/all");
-  for (const auto& [location, isAllowed] : std::vector<Case>{
-           {".cache/out", false},
-           {".cache/out/x", false},
-           {".cache/across", true},
-           {"in/sub", false},
-           {".var/app/org.x/cache/y", false},
-           {".cache/pictures", false},
-       })
-    EXPECT_EQ(linuxAllowsInHome(location), isAllowed) << location;
+  expectLinux({".cache/across"}, {".cache/out", ".cache/out/x", "in/sub", ".var/app/org.x/cache/y", ".cache/pictures"});
 }
 
 TEST_F(CleaningSafetyPolicyTests, knowsAHomeAndACacheThatAreLinks) {
