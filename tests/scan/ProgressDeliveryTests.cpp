@@ -188,7 +188,7 @@ class ThreadDispatcher final : public Dispatcher {
 };
 
 TEST(ScanProgressDeliveryThreadTests, neverDeliversTwiceAtOnceNorLosesTheLastValue) {
-  constexpr int steps = 2'000;
+  constexpr int steps = 20'000;
   std::atomic<int> inside = 0, overlaps = 0;
   std::atomic<double> last = 0;
   {
