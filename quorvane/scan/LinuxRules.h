@@ -17,6 +17,8 @@ inline constexpr Evidence standard{EvidenceKind::baseDirectories};
 inline constexpr Evidence unknown{EvidenceKind::undocumented};
 inline constexpr Evidence logText{EvidenceKind::logFile};
 
+constexpr Evidence standardWith(std::string_view broughtBy) { return {standard.kind, {}, broughtBy}; }
+
 constexpr Evidence says(std::string_view page, std::string_view broughtBy = {}) {
   return {EvidenceKind::ownersWord, page, broughtBy};
 }
@@ -104,11 +106,18 @@ constexpr LocationRule electronIn(LocationBase base, std::string_view path, std:
                  cacheOf(base, path, name, says("www.electronjs.org/docs/latest/api/session")));
 }
 
-/// The same of an editor that compiles its own scripts too.
-constexpr LocationRule editorIn(LocationBase base, std::string_view path, std::string_view name) {
-  LocationRule rule = electronIn(base, path, name);
-  rule.parts = "Cache|CachedData|CachedExtensionVSIXs|Code Cache|GPUCache|DawnCache|DawnGraphiteCache|DawnWebGPUCache";
-  return rule;
+/// What an editor on that engine compiled of its own scripts. It sweeps old ones away itself.
+constexpr LocationRule compiledScripts(LocationBase base, std::string_view path, std::string_view name) {
+  return cacheOf(base, path, name,
+                 says("github.com/microsoft/vscode/blob/main/src/vs/code/electron-utility/sharedProcess/contrib/"
+                      "codeCacheCleaner.ts"));
+}
+
+/// Archives of the extensions that it installed. It fetches one that is missing.
+constexpr LocationRule fetchedExtensions(LocationBase base, std::string_view path, std::string_view name) {
+  return cacheOf(
+      base, path, name,
+      says("github.com/microsoft/vscode/blob/main/src/vs/platform/extensionManagement/node/extensionDownloader.ts"));
 }
 
 /// Of an editor's folders, those with this word in their names; all where there is none.

@@ -37,13 +37,15 @@ constexpr Names notSafe[] = {
      ".cache/spotify|.var/app/com.spotify.Client/cache/spotify|snap/spotify/common/.cache/spotify|"
      ".cache/evolution/mail|.cache/evolution/calendar|.cache/evolution/addressbook|.cache/evolution/memos|"
      ".cache/evolution/tasks"},
-    {"review costlyRebuild", ".cache/tracker3|.local/share/Steam/steamapps/shadercache|.stack/snapshots"},
+    {"review costlyRebuild", ".cache/tracker3|.local/share/Steam/steamapps/shadercache|.stack/snapshots|.nv/GLCache"},
     {"review undocumented",
      ".local/share/TelegramDesktop/tdata/user_data/cache|"
-     ".local/share/TelegramDesktop/tdata/user_data/media_cache"},
+     ".local/share/TelegramDesktop/tdata/user_data/media_cache|.android/build-cache"},
     {"blocked ownDataAmongCaches",
      ".cache/deno/location_data|.cache/huggingface/token|.cache/huggingface/stored_tokens"},
-    {"review unknownCache", ".cache/pypoetry/virtualenvs|.cache/coursier/jvm|.cache/evolution/sources|.cache/R/other"},
+    {"review unknownCache",
+     ".cache/pypoetry/virtualenvs|.cache/coursier/jvm|.cache/evolution/sources|.cache/R/other|"
+     ".cache/rebar3/bin|.cache/rebar3/lib"},
     {"review sharedStore",
      ".conda/pkgs|.yarn/berry/cache|.local/share/pnpm/store|.cache/R/renv|.terraform.d/plugin-cache"},
     {"review costlyDownload",
@@ -99,7 +101,8 @@ constexpr Names nearMisses[] = {
     {"",
      ".bun/install/global/package.json|.bundle/config|.ccache/ccache.conf|.claude/settings.json|"
      ".composer/auth.json|.cpan/CPAN/MyConfig.pm|.docker/config.json|.emacs.d/init.el|.hex/hex.config|"
-     ".ivy2/local/mine/a.jar|.keras/keras.json|.kube/config|.local/state/nvim/shada/main.shada|"
+     ".ivy2/local/mine/a.jar|.keras/keras.json|.kube/config|.kube/cache/oidc-login/token|.local/state/nvim/shada/"
+     "main.shada|"
      ".mozilla/firefox/p.default/cookies.sqlite|.npm/other/a|.npmrc|.nuget/NuGet/NuGet.Config|.nv/other|"
      ".nvm/versions/node/v20/bin/node|.opam/default/bin/ocaml|.sbt/1.0/credentials.sbt|"
      ".spack/packages.yaml|.ssh/id_ed25519|.terraform.d/credentials.tfrc.json|.yarn/berry/index|"
