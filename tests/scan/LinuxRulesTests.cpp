@@ -45,7 +45,7 @@ constexpr Names notSafe[] = {
      ".cache/deno/location_data|.cache/huggingface/token|.cache/huggingface/stored_tokens"},
     {"review unknownCache",
      ".cache/pypoetry/virtualenvs|.cache/coursier/jvm|.cache/evolution/sources|.cache/R/other|"
-     ".cache/rebar3/bin|.cache/rebar3/lib"},
+     ".cache/rebar3/bin|.cache/rebar3/lib|.cache/helm/plugins"},
     {"review sharedStore",
      ".conda/pkgs|.yarn/berry/cache|.local/share/pnpm/store|.cache/R/renv|.terraform.d/plugin-cache"},
     {"review costlyDownload",
@@ -53,7 +53,7 @@ constexpr Names notSafe[] = {
      ".keras/datasets|.keras/models|.cache/torch/hub|.cache/whisper"},
     {"review onlyByCommand",
      ".cache/ms-playwright|.cache/puppeteer|.cache/Cypress|.cabal/packages|.cache/cabal/packages|"
-     ".julia/artifacts|.julia/packages|.cache/helm"},
+     ".julia/artifacts|.julia/packages|.cache/helm/repository"},
     {"review localRepository", ".conan2/p|.conan/data|.m2/repository|.cache/paru|.cache/yay"},
     {"review aiWorktree", ".codex/worktrees/a|.claude/worktrees/a|.cursor/worktrees/a"},
     {"review oldMailDownload",
