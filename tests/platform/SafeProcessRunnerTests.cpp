@@ -103,20 +103,18 @@ TEST(SafeProcessRunnerTests, aFullPipeDoesNotBlockTheOtherOne) {
   EXPECT_EQ(result.standardOutput, "done");
 }
 
-TEST(SafeProcessRunnerTests, theChildGetsExactlyItsEnvironment) {
+TEST(SafeProcessRunnerTests, theChildGetsExactlyItsEnvironmentAndFolder) {
   ::setenv("QUORVANE_TEST_LEAK", "1", 1);  // NOLINT(concurrency-mt-unsafe): no other thread runs yet
   ProcessRequest request{
       .executable = {"/usr/bin/env"}, .arguments = {}, .environment = {}, .workingFolder = {}, .timeLimit = 5s};
   EXPECT_EQ(resultOf(request).standardOutput, "");
   request.environment = {{"A", "1=2"}, {"B", ""}};
   EXPECT_EQ(resultOf(request).standardOutput, "A=1=2\nB=\n");
-}
-
-TEST(SafeProcessRunnerTests, theChildRunsWhereItIsToldTo) {
-  TempFolder temp;
-  ProcessRequest request = shell("pwd -P");
+  const TempFolder temp;
+  request = shell("pwd -P; kill -9 $$");
   request.workingFolder = temp.path();
   EXPECT_EQ(resultOf(request).standardOutput, temp.path().bytes + "\n");
+  EXPECT_EQ(resultOf(request).exitCode, 128 + 9);
 }
 
 TEST(SafeProcessRunnerTests, nothingOfThisProcessReachesTheChild) {
@@ -157,8 +155,6 @@ TEST(SafeProcessRunnerTests, theChildHasTheDescriptorLimitOfOldTimes) {
   EXPECT_EQ(raised.rlim_cur, before.rlim_max);
   EXPECT_EQ(resultOf(shell("ulimit -n")).standardOutput, std::to_string(before.rlim_cur) + "\n");
 }
-
-TEST(SafeProcessRunnerTests, aSignalledChildIsToldApart) { EXPECT_EQ(resultOf(shell("kill -9 $$")).exitCode, 128 + 9); }
 
 TEST(SafeProcessRunnerTests, anOverdueChildIsAskedToEndAndWhatItWroteIsKept) {
   const auto [result, seconds] = timed(shell("printf early; exec sleep 30", 200ms));

@@ -1,105 +1,25 @@
 #include "quorvane/platform/Trash.h"
 
-#include "quorvane/base/Assert.h"
-#include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/platform/linux/TrashInfo.h"
+#include "tests/platform/TrashHome.h"
 #include "tests/support/FailingFileSystem.h"
-#include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <filesystem>
 #include <functional>
 
-#include <sys/mount.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quorvane {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::UnorderedElementsAre;
 
-const Uuid someMove = uuidFromText("6F9619FF-8B86-4011-B42D-00C04FC964FF").value();
-const Uuid otherMove = uuidFromText("00000000-8B86-4011-B42D-00C04FC964FF").value();
-
-std::string outputOf(const std::string& command) {
-  FILE* const pipe = ::popen((command + " 2>&1").c_str(), "re");
-  require(pipe != nullptr, "no shell can be started");
-  std::string output;
-  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) output += static_cast<char>(c);
-  const int status = ::pclose(pipe);
-  EXPECT_EQ(status, 0) << command << '\n' << output;
-  return output;
-}
-
-std::vector<std::string> namesIn(const FilePath& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder.bytes)) names.push_back(entry.path().filename());
-  return names;
-}
-
-void setPermissions(const FilePath& path, mode_t mode) { require(::chmod(path.bytes.c_str(), mode) == 0, "chmod"); }
-
-mode_t permissionsOf(const FilePath& path) {
-  struct stat status {};
-  require(::lstat(path.bytes.c_str(), &status) == 0, "lstat");
-  return status.st_mode & 07777;
-}
-
-/// A home with a folder "work" in it, and its Trash.
-class TrashTests : public testing::Test {
- protected:
-  TrashTests() { home_.makeFolders("work"), home_.makeFolders("data"); }
-
-  ApplicationFolders folders() const {
-    ApplicationFolders folders;
-    folders.home = home_.path();
-    folders.data = home_.at("data");
-    return folders;
-  }
-
-  Outcome<std::unique_ptr<TrashFolder>, PosixError> folderFor(const FilePath& path) {
-    return makeSystemTrash(*fileSystem_, random_, folders())->folderFor(path);
-  }
-  std::unique_ptr<TrashFolder> homeTrash() { return folderFor(home_.at("work/x")).value(); }
-
-  FileDescriptor work() { return fileSystem_->openFolder(home_.descriptor(), "work").value(); }
-
-  TrashNote noteFor(const std::string& name, const Uuid& move = someMove) const {
-    return {home_.at("work/" + name), deletedAt_, move};
-  }
-
-  Outcome<std::string, PosixError> receive(TrashFolder& trash, const std::string& name) {
-    return trash.receive(work().number(), name, noteFor(name));
-  }
-
-  std::string received(TrashFolder& trash, const std::string& name, const std::string& content = "content") {
-    home_.write("work/" + name, content);
-    return receive(trash, name).value();
-  }
-
-  std::vector<std::string> notes() const { return namesIn(home_.at("data/Trash/info")); }
-  std::vector<std::string> items() const { return namesIn(home_.at("data/Trash/files")); }
-
-  std::string environment() const { return "XDG_DATA_HOME='" + home_.at("data").bytes + "' GVFS_DISABLE_FUSE=1 "; }
-  std::string onDesktop(const std::string& command) const {
-    return outputOf("cd / && " + environment() + "dbus-run-session -- sh -c '" + command + "' 2>/dev/null");
-  }
-
-  TempFolder home_;
-  Date deletedAt_ = dateFromIsoText("2026-11-21T10:00:00Z").value();
-  SystemRandomSource random_;
-  std::unique_ptr<FileSystem> fileSystem_ = makeSystemFileSystem();
-};
+class TrashTests : public TrashHome {};
 
 TEST_F(TrashTests, keepsAnItemAndItsNoteForThisUserAlone) {
   home_.makeFolders("work/folder/inner");
@@ -379,177 +299,6 @@ TEST_F(TrashTests, tellsTheDesktopTheSizesOfFolders) {
   home_.makeLink(file, home_.at("victim").bytes);
   trash->tellSizes({{"kept", 1}});
   EXPECT_EQ(home_.read("victim"), "");
-}
-
-TEST_F(TrashTests, theDesktopListsAndRestoresWhatWePutThere) {
-  const auto trash = homeTrash();
-  const std::vector<std::string> names = {"a.log", "100% of it", "\xC3\xA4\xFF\xFE"};
-  for (const std::string& name : names) received(*trash, name, name);
-  EXPECT_EQ(received(*trash, "a.log", "second"), "a.2.log");
-  home_.makeFolders("work/folder/inner");
-  receive(*trash, "folder").value();
-  trash->tellSizes({{"folder", 8192}});
-  const std::string list = onDesktop("gio trash --list");
-  for (const std::string& name : {names[0], names[1], std::string("folder")})
-    EXPECT_THAT(list, HasSubstr("\t" + home_.at("work/" + name).bytes + "\n"));
-  onDesktop("gio trash --restore trash:///a.2.log trash:///folder \"trash:///100%25%20of%20it\"");
-  EXPECT_EQ(home_.read("work/a.log"), "second");
-  EXPECT_EQ(home_.read("work/100% of it"), "100% of it");
-  EXPECT_TRUE(home_.holds("work/folder/inner"));
-  EXPECT_EQ(notes().size(), 2u);
-  EXPECT_EQ(items().size(), 2u);
-}
-
-TEST_F(TrashTests, trashCliListsAndRestoresWhatWePutThere) {
-  const auto trash = homeTrash();
-  received(*trash, "100% of it", "first");
-  received(*trash, "100% of it", "second");
-  EXPECT_THAT(outputOf(environment() + "TZ=UTC trash-list"),
-              HasSubstr("2026-11-21 10:00:00 " + home_.at("work/100% of it").bytes + "\n"));
-  ASSERT_TRUE(trash->forget("100% of it.2"));
-  std::filesystem::remove(home_.at("data/Trash/files/100% of it.2").bytes);
-  outputOf("cd " + home_.at("work").bytes + " && echo 0 | " + environment() + "trash-restore");
-  EXPECT_EQ(home_.read("work/100% of it"), "first");
-  EXPECT_THAT(notes(), IsEmpty());
-}
-
-TEST_F(TrashTests, whatOthersPutThereStaysTheirs) {
-  home_.write("work/x", "by gio"), outputOf(environment() + "gio trash " + home_.at("work/x").bytes);
-  home_.write("work/x", "by trash-cli"), outputOf(environment() + "trash-put " + home_.at("work/x").bytes);
-  ASSERT_EQ(items().size(), 2u);
-  const auto trash = homeTrash();
-  const std::string leaf = received(*trash, "x", "ours");
-  EXPECT_EQ(home_.read("data/Trash/files/" + leaf), "ours");
-  for (const std::string& item : items()) {
-    const std::string before = home_.read("data/Trash/info/" + item + ".trashinfo");
-    EXPECT_EQ(trashInfoFromText(before)->path, home_.at("work/x").bytes);
-    ASSERT_TRUE(trash->ensureNote(item, noteFor("other")));
-    EXPECT_EQ(home_.read("data/Trash/info/" + item + ".trashinfo"), before);
-  }
-  home_.write("work/x", "by gio again"), outputOf(environment() + "gio trash " + home_.at("work/x").bytes);
-  EXPECT_EQ(items().size(), 4u);
-  EXPECT_EQ(home_.read("data/Trash/files/" + leaf), "ours");
-}
-
-/// Another volume, mounted in the home; at its top a folder "project" with an item.
-class TrashOnVolumeTests : public TrashTests {
- protected:
-  void SetUp() override {
-    if (::geteuid() != 0) GTEST_SKIP() << "only the administrator can mount";
-    home_.makeFolders("volume");
-    if (::mount("quorvane-test", volume().c_str(), "tmpfs", 0, "size=1m,mode=755") != 0)
-      GTEST_SKIP() << "this system does not let us mount";
-    home_.write("volume/project/item name", "content");
-  }
-  void TearDown() override { ::umount2(volume().c_str(), MNT_DETACH); }
-
-  std::string volume() const { return home_.at("volume").bytes; }
-  std::string user() const { return std::to_string(::geteuid()); }
-  FilePath item() const { return home_.at("volume/project/item name"); }
-
-  std::string receiveItem(TrashFolder& trash) {
-    const auto folder = openFolderBelow(*fileSystem_, home_.descriptor(), "volume/project").value();
-    return trash.receive(folder.number(), "item name", {item(), deletedAt_, someMove}).value();
-  }
-};
-
-TEST_F(TrashOnVolumeTests, eachVolumeHasItsOwnTrashAndNothingIsCopied) {
-  const auto trash = folderFor(item()).value();
-  EXPECT_EQ(trash->directory(), home_.at("volume/.Trash-" + user() + "/files"));
-  EXPECT_FALSE(home_.holds("data/Trash"));
-  receiveItem(*trash);
-  const std::string own = "volume/.Trash-" + user() + "/";
-  EXPECT_EQ(home_.read(own + "info/item name.trashinfo"), trashInfoText("project/item name", deletedAt_, someMove));
-  EXPECT_EQ(permissionsOf(home_.at(own)), 0700u);
-
-  home_.write("work/here", "");
-  EXPECT_EQ(trash->receive(work().number(), "here", noteFor("here")).error().code, EXDEV);
-  EXPECT_TRUE(home_.holds("work/here"));
-  EXPECT_THAT(namesIn(home_.at(own + "info")), ElementsAre("item name.trashinfo"));
-
-  const std::string environmentWithVolume = environment() + "TRASH_VOLUMES=" + volume() + " TZ=UTC ";
-  EXPECT_THAT(outputOf(environmentWithVolume + "trash-list"), HasSubstr("2026-11-21 10:00:00 " + item().bytes + "\n"));
-}
-
-TEST_F(TrashOnVolumeTests, aRecordedTrashTellsPathsLikeTheOneThatWasFound) {
-  for (const bool isShared : {false, true}) {
-    if (isShared) home_.makeFolders("volume/.Trash"), setPermissions(home_.at("volume/.Trash"), 01777);
-    const FilePath directory = folderFor(item()).value()->directory();
-    EXPECT_EQ(directory, home_.at((isShared ? "volume/.Trash/" : "volume/.Trash-") + user() + "/files"));
-    const auto trash = makeSystemTrash(*fileSystem_, random_, folders());
-    ASSERT_TRUE(trash->open(directory).value()->ensureNote("x", {item(), deletedAt_, someMove}));
-    const std::string text =
-        home_.read(joined(parentOf(directory), "info/x.trashinfo").bytes.substr(home_.path().bytes.size() + 1));
-    EXPECT_EQ(trashInfoFromText(text)->path, "project/item name");
-  }
-  const auto trash = makeSystemTrash(*fileSystem_, random_, folders());
-  const FilePath shared = home_.at("volume/.Trash/" + user() + "/files");
-  setPermissions(home_.at("volume/.Trash"), 0777);
-  EXPECT_EQ(trash->open(shared).error().code, EXDEV);
-  ASSERT_EQ(::umount2(volume().c_str(), MNT_DETACH), 0);
-  EXPECT_EQ(trash->open(shared).error().code, ENOENT);
-}
-
-TEST_F(TrashOnVolumeTests, aSharedTrashIsUsedOnlyWhenNobodyElseCanTouchOurs) {
-  const std::string own = "volume/.Trash-" + user() + "/files", shared = "volume/.Trash/" + user() + "/files";
-  struct Case {
-    const char* what;
-    std::function<void()> make;
-    std::string directory;
-  };
-  const auto share = [&](mode_t mode) {
-    home_.makeFolders("volume/.Trash"), setPermissions(home_.at("volume/.Trash"), mode);
-  };
-  const std::string inShared = "volume/.Trash/" + user();
-  const Case cases[] = {
-      {"sticky", [&] { share(01777); }, shared},
-      {"not sticky", [&] { share(0777); }, own},
-      {"a link", [&] { home_.makeLink("volume/.Trash", "real"), home_.makeFolders("volume/real"); }, own},
-      {"a file", [&] { home_.write("volume/.Trash", ""); }, own},
-      {"ours is a link", [&] { share(01777), home_.makeLink(inShared, home_.path().bytes); }, own},
-      {"ours is foreign",
-       [&] {
-         share(01777), home_.makeFolders(inShared);
-         require(::chown(home_.at(inShared).bytes.c_str(), 12345, 0) == 0, "chown");
-       },
-       own},
-  };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(each.what);
-    for (const char* name : {".Trash", "real"}) std::filesystem::remove_all(home_.at("volume").bytes + "/" + name);
-    std::filesystem::remove_all(home_.at("volume/.Trash-" + user()).bytes);
-    each.make();
-    EXPECT_EQ(folderFor(item()).value()->directory(), home_.at(each.directory));
-  }
-}
-
-TEST_F(TrashOnVolumeTests, withoutATrashThatCanBeTrustedNothingGoes) {
-  const FilePath own = home_.at("volume/.Trash-" + user());
-  home_.makeFolders("volume/elsewhere");
-  home_.makeLink("volume/.Trash-" + user(), "elsewhere");
-  EXPECT_EQ(folderFor(item()).error().code, EXDEV);
-  EXPECT_THAT(namesIn(home_.at("volume/elsewhere")), IsEmpty());
-
-  std::filesystem::remove(own.bytes);
-  home_.makeFolders("volume/.Trash-" + user());
-  setPermissions(own, 0700);
-  ASSERT_EQ(::chown(own.bytes.c_str(), 12345, 0), 0);
-  EXPECT_EQ(folderFor(item()).error().code, EXDEV);
-  EXPECT_THAT(namesIn(own), IsEmpty());
-
-  std::filesystem::remove(own.bytes);
-  ASSERT_EQ(::mount("none", volume().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-  EXPECT_EQ(folderFor(item()).error().code, EXDEV);
-}
-
-TEST_F(TrashOnVolumeTests, theHomeTrashOnAnotherVolumeIsNeitherUsedNorMade) {
-  ApplicationFolders elsewhere = folders();
-  elsewhere.data = home_.at("volume/data/deep");
-  elsewhere.isConfined = true;
-  const auto trash = makeSystemTrash(*fileSystem_, random_, elsewhere);
-  EXPECT_EQ(trash->folderFor(home_.at("work/x")).error().code, EXDEV);
-  EXPECT_FALSE(home_.holds("volume/data"));
-  EXPECT_EQ(trash->folderFor(item()).value()->directory(), home_.at("volume/data/deep/Trash/files"));
 }
 
 }  // namespace
