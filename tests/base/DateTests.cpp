@@ -21,32 +21,15 @@ TEST(DateTests, readsAndWritesTheSameText) {
 }
 
 TEST(DateTests, refusesWhatItWouldNotWrite) {
-  for (const std::string text : {
-           "",
-           "2026-11-21",
-           "2026-11-21T05:04:03",
-           "2026-11-21T05:04:03.5Z",
-           "2026-11-21T05:04:03z",
-           "2026-11-21 05:04:03Z",
-           "2026-11-21T05:04:03+00:00",
-           " 2026-11-21T05:04:03Z",
-           "2026-11-21T05:04:03Z ",
-           "-026-11-21T05:04:03Z",
-           "2026-+1-21T05:04:03Z",
-           "2026-13-01T00:00:00Z",
-           "2026-00-01T00:00:00Z",
-           "2026-02-29T00:00:00Z",
-           "2100-02-29T00:00:00Z",
-           "2026-04-31T00:00:00Z",
-           "2026-01-01T24:00:00Z",
-           "2026-01-01T00:60:00Z",
-           "2026-01-01T00:00:60Z",
-           "1677-09-21T00:12:43Z",
-           "1677-09-20T00:00:00Z",
-           "2262-04-11T23:47:17Z",
-           "9999-12-31T23:59:59Z",
-           "0000-01-01T00:00:00Z",
-       })
+  for (const char* text : {"", "2026-11-21", "2026-11-21T05:04:03", "2026-11-21T05:04:03.5Z", "2026-11-21T05:04:03z",
+                           "2026-11-21 05:04:03Z", "2026-11-21T05:04:03+00:00", " 2026-11-21T05:04:03Z",
+                           "2026-11-21T05:04:03Z ", "-026-11-21T05:04:03Z", "2026-+1-21T05:04:03Z"})
+    EXPECT_EQ(dateFromIsoText(text), std::nullopt) << text;
+  for (const char* text :
+       {"2026-13-01T00:00:00Z", "2026-00-01T00:00:00Z", "2026-02-29T00:00:00Z", "2100-02-29T00:00:00Z",
+        "2026-04-31T00:00:00Z", "2026-01-01T24:00:00Z", "2026-01-01T00:60:00Z", "2026-01-01T00:00:60Z",
+        "1677-09-21T00:12:43Z", "1677-09-20T00:00:00Z", "2262-04-11T23:47:17Z", "9999-12-31T23:59:59Z",
+        "0000-01-01T00:00:00Z"})
     EXPECT_EQ(dateFromIsoText(text), std::nullopt) << text;
 }
 
@@ -65,9 +48,6 @@ TEST(DateTests, dropsTheFractionTowardsThePast) {
   EXPECT_EQ(wholeSeconds(dateFromTimestamp(-5, 1)), dateFromTimestamp(-5, 0));
   EXPECT_EQ(isoText(dateFromTimestamp(-1, 500'000'000)), "1969-12-31T23:59:59Z");
   EXPECT_EQ(isoText(Date::max()), "2262-04-11T23:47:16Z");
-}
-
-TEST(DateTests, writesItsEarliestMomentAsOneItCanReadBack) {
   EXPECT_EQ(dateFromIsoText(isoText(wholeSeconds(Date::min()))), wholeSeconds(Date::min()));
 }
 

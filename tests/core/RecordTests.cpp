@@ -72,14 +72,6 @@ TEST(ScanResultJsonTests, hasExactlyTheKeysOfItsFields) {
             Json::parse(R"({"total":1,"available":2,"applications":3,"userFiles":4,"isPartial":true})"));
 }
 
-TEST(ScanResultJsonTests, loadsWithoutTheMembersThatCameLater) {
-  const auto result =
-      scanResultFromJson(R"({"startedAt":"2026-11-21T05:04:03Z","finishedAt":"2026-11-21T05:04:04Z","items":[]})");
-  ASSERT_TRUE(result);
-  EXPECT_EQ(result->unreadablePaths, std::nullopt);
-  EXPECT_EQ(result->coverage, std::nullopt);
-}
-
 TEST(ScanResultJsonTests, refusesAnUnknownCategoryOrSafety) {
   for (const std::string member : {"category", "safety"}) {
     Json json = toJson(fullResult());

@@ -98,30 +98,6 @@ TEST_F(LinuxScanTests, aTagDoesNotMakeSomebodysWorkDisposable) {
       40 * day);
 }
 
-TEST_F(LinuxScanTests, aMergedWorktreeIsNotSafeWithAnotherRepositoryInIt) {
-  ProcessRequest request;
-  request.executable = {"/bin/sh"};
-  request.arguments = {"-ec", R"(
-      git init -q -b main repo; echo build/ > repo/.gitignore
-      git -C repo add .; git -C repo commit -qm first
-      git -C repo worktree add -q -b plain ../.claude/worktrees/plain
-      git -C repo worktree add -q -b nested ../.claude/worktrees/nested
-      git init -q .claude/worktrees/nested/build/own
-    )"};
-  request.environment = {{"PATH", "/usr/bin:/bin"},     {"HOME", home.folder.path().bytes},
-                         {"GIT_CONFIG_NOSYSTEM", "1"},  {"GIT_AUTHOR_NAME", "A"},
-                         {"GIT_AUTHOR_EMAIL", "a@t"},   {"GIT_COMMITTER_NAME", "A"},
-                         {"GIT_COMMITTER_EMAIL", "a@t"}};
-  request.workingFolder = home.folder.path();
-  request.timeLimit = 60s;
-  const auto made = home.runner.run(request, {});
-  ASSERT_TRUE(made && made->exitCode == 0) << (made ? made->standardError : "");
-  EXPECT_EQ(home.verdicts(), (std::map<std::string, std::string>{
-                                 {".claude/worktrees/plain", "safe reason.aiWorktree.merged"},
-                                 {".claude/worktrees/nested", "review reason.aiWorktree"},
-                             }));
-}
-
 TEST_F(LinuxScanTests, everyLocationHasExactlyOneEntry) {
   home.write(".cache/a/b");
   home.write("Downloads", "a file where a folder should be");

@@ -2,6 +2,7 @@
 
 #include "quorvane/platform/SystemPlatform.h"
 #include "tests/support/FailingFileSystem.h"
+#include "tests/support/ScanHome.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +17,20 @@ namespace {
 using Keys = std::vector<std::string>;
 using State = WorktreeGitState;
 
+std::string shellIn(const FilePath& folder, const std::string& script) {
+  ProcessRequest request;
+  request.executable = {"/bin/sh"};
+  request.arguments = {"-ec", script};
+  request.environment = {{"PATH", "/usr/bin:/bin"},        {"HOME", folder.bytes},         {"GIT_CONFIG_NOSYSTEM", "1"},
+                         {"GIT_AUTHOR_NAME", "A"},         {"GIT_AUTHOR_EMAIL", "a@test"}, {"GIT_COMMITTER_NAME", "A"},
+                         {"GIT_COMMITTER_EMAIL", "a@test"}};
+  request.workingFolder = folder;
+  request.timeLimit = std::chrono::seconds(60);
+  const auto result = SafeProcessRunner().run(request, {});
+  EXPECT_TRUE(result && result->exitCode == 0) << script << (result ? result->standardError : "");
+  return result ? result->standardOutput : "";
+}
+
 /// A repository "repo" and a worktree "wt" of it, on a branch "task" at the same commit as main.
 class GitPlayground {
  public:
@@ -29,20 +44,7 @@ class GitPlayground {
     )");
   }
 
-  std::string shell(const std::string& script) {
-    ProcessRequest request;
-    request.executable = {"/bin/sh"};
-    request.arguments = {"-ec", script};
-    request.environment = {{"PATH", "/usr/bin:/bin"},        {"HOME", folder.path().bytes},
-                           {"GIT_CONFIG_NOSYSTEM", "1"},     {"GIT_AUTHOR_NAME", "A"},
-                           {"GIT_AUTHOR_EMAIL", "a@test"},   {"GIT_COMMITTER_NAME", "A"},
-                           {"GIT_COMMITTER_EMAIL", "a@test"}};
-    request.workingFolder = folder.path();
-    request.timeLimit = std::chrono::seconds(60);
-    const auto result = runner.run(request, {});
-    EXPECT_TRUE(result && result->exitCode == 0) << script << (result ? result->standardError : "");
-    return result ? result->standardOutput : "";
-  }
+  std::string shell(const std::string& script) { return shellIn(folder.path(), script); }
 
   /// Everything but the times of access.
   std::string fingerprint() { return shell("find repo wt -printf '%p %y %i %s %m %T@ %C@\\n' 2>/dev/null | sort"); }
@@ -188,6 +190,21 @@ TEST(WorktreeGitInspectorTests, provesTheStateOfRealWorktreesAndChangesNothing) 
     EXPECT_EQ(keysOf(finding), worktreeCase.notes);
     EXPECT_EQ(before, playground.fingerprint());
   }
+}
+
+TEST(WorktreeGitInspectorTests, aMergedWorktreeIsNotSafeInAScanWithAnotherRepositoryInIt) {
+  ScanHome home{HomeLayout::linux};
+  shellIn(home.folder.path(), R"(
+    git init -q -b main repo; echo build/ > repo/.gitignore
+    git -C repo add .; git -C repo commit -qm first
+    git -C repo worktree add -q -b plain ../.claude/worktrees/plain
+    git -C repo worktree add -q -b nested ../.claude/worktrees/nested
+    git init -q .claude/worktrees/nested/build/own
+  )");
+  EXPECT_EQ(home.verdicts(), (std::map<std::string, std::string>{
+                                 {".claude/worktrees/plain", "safe reason.aiWorktree.merged"},
+                                 {".claude/worktrees/nested", "review reason.aiWorktree"},
+                             }));
 }
 
 TEST(WorktreeGitInspectorTests, namesAFewOfThePreciousIgnoredFiles) {
