@@ -107,6 +107,7 @@ void BatchMover::wait() {
 
 Outcome<void, RecoveryStoreError> BatchMover::finish() {
   wait();
+  if (unrecorded_.empty()) return {};
   Conclusion last = conclude();
   auto written = run_.history->write(std::move(last.change));
   if (written) {

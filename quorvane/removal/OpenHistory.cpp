@@ -38,7 +38,22 @@ bool OpenHistory::isFull() const {
   return size >= HistoryJournalFile::fullFile;
 }
 
+Outcome<void, RecoveryStoreError> OpenHistory::check(const Change& change) {
+  if (change.isEmpty()) return {};
+  // Untouched since it was loaded, unless a write failed: then what the file holds now is not known.
+  if (auto loaded = load(); !loaded) return loaded;
+  const auto holds = [&](const Uuid& entry) { return document().knows(entry); };
+  const bool isOurs = std::ranges::all_of(change.erased, holds) &&
+                      std::ranges::all_of(change.replaced, holds, &CleaningHistoryEntry::id);
+  if (!isOurs) return failure(RecoveryStoreError{RecoveryStoreFault::untrusted, journal_.fileURL(), {}});
+  if (!change.inserted.empty() && isFull())
+    return failure(RecoveryStoreError{RecoveryStoreFault::full, journal_.fileURL(), {}});
+  return {};
+}
+
 Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
+  // First of all, since a folder that cannot be brought to the disk tells so only once: to whoever writes the change.
+  if (auto applicable = check(change); !applicable) return applicable;
   FolderSync folders(fileSystem_, std::move(change.changedFolders));
   const auto foldersAreDurable = [&] { return folders.wait(); };
   if (change.isEmpty()) {
@@ -46,15 +61,7 @@ Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
       return failure(RecoveryStoreError{RecoveryStoreFault::notWritten, journal_.fileURL(), done.error()});
     return {};
   }
-  // Untouched since it was loaded, unless a write failed: then what the file holds now is not known.
-  if (auto loaded = load(); !loaded) return loaded;
   HistoryDocument& document = cache_.document;
-  const auto holds = [&](const Uuid& entry) { return document.knows(entry); };
-  const bool isOurs = std::ranges::all_of(change.erased, holds) &&
-                      std::ranges::all_of(change.replaced, holds, &CleaningHistoryEntry::id);
-  if (!isOurs) return failure(RecoveryStoreError{RecoveryStoreFault::untrusted, journal_.fileURL(), {}});
-  if (!change.inserted.empty() && isFull())
-    return failure(RecoveryStoreError{RecoveryStoreFault::full, journal_.fileURL(), {}});
   for (const Uuid& entry : change.erased) document.erase(entry);
   for (const CleaningHistoryEntry& entry : change.replaced) document.replace(entry);
   document.insertFront(std::move(change.inserted));

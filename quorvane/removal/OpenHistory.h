@@ -47,6 +47,7 @@ class OpenHistory {
       : fileSystem_(fileSystem), journal_(std::move(journal)), cache_(cache) {}
 
   Outcome<void, RecoveryStoreError> load();
+  Outcome<void, RecoveryStoreError> check(const Change& change);
   bool isFull() const;
 
   FileSystem& fileSystem_;

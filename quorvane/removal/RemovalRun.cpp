@@ -36,8 +36,12 @@ Outcome<RemovalReport, RemovalError> RemovalRun::perform() {
 }
 
 void RemovalRun::rehearse() {
-  while (next_ < task_.requests.size() && !report_.isStopped())
-    std::ranges::transform(nextBatch(), std::back_inserter(report_.result.wouldMove), &ProvedItem::index);
+  while (next_ < task_.requests.size() && !report_.isStopped()) {
+    for (const ProvedItem& item : nextBatch()) {
+      gone_.take(item.canonicalPath);
+      report_.result.wouldMove.push_back(item.index);
+    }
+  }
 }
 
 /// Without its journal nothing may be moved: ends with the first write that fails.
@@ -56,13 +60,13 @@ Outcome<void, RecoveryStoreError> RemovalRun::move() {
 /// The next items that nothing speaks against. One that lies in another of the batch or of the one that is being moved,
 /// or around it, is looked at once that one is gone.
 ProvedBatch RemovalRun::nextBatch() {
-  if (!task_.options.isRehearsal) taken_ = {};
+  taken_ = {};
   ProvedBatch batch;
   std::int64_t bytes = 0;
   for (; next_ < task_.requests.size() && !endsBatch(batch, bytes) && !report_.isStopped(); ++next_) {
     if (mover_.isMoving(reviewedPlace(next_))) break;
     auto item = admitted(next_);
-    if (item && !task_.options.isRehearsal && !taken_.take(item->canonicalPath)) break;
+    if (item && !taken_.take(item->canonicalPath)) break;
     if (!item) {
       report_.refuse(next_, std::move(item.error()));
       continue;
@@ -103,13 +107,13 @@ const FilePath& RemovalRun::reviewedPlace(std::size_t index) const {
 
 bool RemovalRun::wentWithAnother(const FilePath& place) const {
   const FilePath folder = parentOf(place);
-  return task_.options.isRehearsal ? taken_.covers(folder) : mover_.hasMoved(folder);
+  return task_.options.isRehearsal ? gone_.covers(folder) : mover_.hasMoved(folder);
 }
 
 /// What was found to be movable before would have gone by now.
 std::optional<RemovalRefusal> RemovalRun::refusalOfRehearsed(const FilePath& canonicalPath) {
-  if (taken_.covers(canonicalPath)) return refusalOf(PosixError{ENOENT});
-  if (!taken_.take(canonicalPath)) return refusalOf(FileProtectionError::changed);
+  if (gone_.covers(canonicalPath)) return refusalOf(PosixError{ENOENT});
+  if (gone_.overlaps(canonicalPath)) return refusalOf(FileProtectionError::changed);
   return std::nullopt;
 }
 

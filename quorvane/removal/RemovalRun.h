@@ -55,7 +55,8 @@ class RemovalRun {
 
   std::size_t next_ = 0;  ///< the first request that no batch has
   std::set<Uuid> identifiers_;
-  TakenPlaces taken_;  ///< of one batch; of all in a rehearsal
+  TakenPlaces taken_;  ///< of one batch
+  TakenPlaces gone_;   ///< what a rehearsal found to be movable
   std::future<Outcome<std::vector<RunningProcess>, PosixError>> firstReading_;
   std::optional<InUseIndex> inUse_;
   std::chrono::steady_clock::time_point inUseReadAt_;

@@ -253,6 +253,21 @@ TEST_F(HistoryFileTests, aFullHistoryTakesNoEntriesButCanBeCompleted) {
   EXPECT_THAT(namesIn(history->document()), ElementsAre("large"));
 }
 
+TEST_F(HistoryFileTests, whatCannotBeBroughtToTheDiskIsToldToWhoeverWrites) {
+  CleaningHistoryEntry moved = entryNamed(home_.random(), "moved");
+  moved.failures = {std::string(HistoryJournalFile::fullFile, 'x')};
+  const auto history = open().value();
+  ASSERT_TRUE(history->write({.inserted = {moved}}));
+  const auto folder = home_.files().openStartingFolder(home_.folder().path()).value();
+  home_.files().countOnly({FileCall::synchronise});
+  home_.files().failAt(home_.files().calls() + 1, FaultSpan::once, EIO);  // a system tells it once, and never again
+  const auto refused = history->write(
+      {.inserted = {entryNamed(home_.random(), "one more")}, .replaced = {moved}, .changedFolders = {folder.number()}});
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().fault, RecoveryStoreFault::full);
+  EXPECT_FALSE(history->write({.replaced = {moved}, .changedFolders = {folder.number()}}));
+}
+
 TEST_F(HistoryFileTests, isReadAgainWhenSomebodyElseReplacedIt) {
   writeEntries({"mine"});
   HistoryCache others;

@@ -340,6 +340,28 @@ TEST_F(RemoverTests, aRehearsalLeavesNothingBehind) {
   EXPECT_THAT(home.remove(requests, {.isRehearsal = true}).wouldMove, ElementsAre(0)) << "it takes no lock";
 }
 
+TEST_F(RemoverTests, aRehearsalSaysOfWhatLiesInARefusedItemWhatTheRunWouldDo) {
+  home.write("tree/inner/file");
+  home.write("other/inner/file");
+  home.write("other/file");
+  auto requests = home.requests({"tree", "tree/inner", "other/inner", "other"});
+  home.write("tree/file", "written since");
+  home.write("other/inner/file", "written since");
+  requests[3] = home.request("other");
+  const RemovalReport rehearsal = home.remove(requests, {.isRehearsal = true});
+  EXPECT_THAT(rehearsal.wouldMove, ElementsAre(1, 3));
+  const RemovalReport report = home.remove(requests);
+  EXPECT_EQ(report.movedCount, 2);
+  EXPECT_EQ(rehearsal.failures, report.failures);
+}
+
+TEST_F(RemoverTests, aRunOfNothingDoesNothing) {
+  const auto before = home.everything();
+  const RemovalReport report = home.remove({});
+  EXPECT_THAT(report.failures, SizeIs(0));
+  EXPECT_EQ(home.everything(), before);
+}
+
 TEST_F(RemoverTests, aRunThatCannotBeGuardedIsRefusedAsAWhole) {
   home.write("item");
   const auto requests = home.requests({"item"});
