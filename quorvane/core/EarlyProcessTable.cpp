@@ -9,6 +9,7 @@ constexpr std::chrono::seconds oldestReading{1};
 }  // namespace
 
 void EarlyProcessTable::begin() {
+  reading_ = {};  // waits for one that nobody asked for: the table has one reader at a time
   begunAt_ = clock_.uptime();
   reading_ = std::async([this] { return table_.read(); });
 }
