@@ -30,8 +30,7 @@ ItemJudgement ItemJudge::judge(const ScanCandidate& candidate, const TreeMeasure
   switch (candidate.rule->kind) {
     case LocationKind::worktree: found = worktree(candidate, tree, std::move(stop)); break;
     case LocationKind::deviceBackup: found = deviceBackup(candidate); break;
-    case LocationKind::build:
-    case LocationKind::ideCache: found.verdict = build(candidate, tree); break;
+    case LocationKind::build: found.verdict = build(candidate, tree); break;
     case LocationKind::cache:
     case LocationKind::anyCache:
     case LocationKind::log:
@@ -49,15 +48,16 @@ ItemJudgement ItemJudge::judge(const ScanCandidate& candidate, const TreeMeasure
 ItemVerdict ItemJudge::build(const ScanCandidate& candidate, const TreeMeasurement& tree) const {
   if (tree.newestModification.date() > now_ - recentBuild)  // the other difference can be beyond a duration's reach
     return {SafetyLevel::blocked, "reason.recentDerivedDataProtected"};
-  const bool mayHoldHistory = candidate.rule->kind == LocationKind::ideCache;
-  if (mayHoldHistory && candidate.verdict.safety == SafetyLevel::safe && holdsLocalHistory(candidate))
-    return {SafetyLevel::review, "reason.localHistory"};
+  if (candidate.verdict.safety == SafetyLevel::safe && isHeldBack(candidate))
+    return {SafetyLevel::review, std::string(candidate.rule->heldBack.reasonKey)};
   return candidate.verdict;
 }
 
-bool ItemJudge::holdsLocalHistory(const ScanCandidate& candidate) const {
+bool ItemJudge::isHeldBack(const ScanCandidate& candidate) const {
+  const std::string entry(candidate.rule->heldBack.entry);
+  if (entry.empty()) return false;
   const auto folder = services_.fileSystem.openFolder(candidate.folder->descriptor.number(), candidate.name.c_str());
-  return folder && services_.fileSystem.status(folder->number(), "LocalHistory");
+  return folder && services_.fileSystem.status(folder->number(), entry.c_str());
 }
 
 ItemJudgement ItemJudge::worktree(const ScanCandidate& candidate, const TreeMeasurement& tree, StopToken stop) {

@@ -39,7 +39,7 @@ class ItemJudge {
   ItemJudgement worktree(const ScanCandidate& candidate, const TreeMeasurement& tree, StopToken stop);
   ItemJudgement deviceBackup(const ScanCandidate& candidate);
   ItemVerdict build(const ScanCandidate& candidate, const TreeMeasurement& tree) const;
-  bool holdsLocalHistory(const ScanCandidate& candidate) const;
+  bool isHeldBack(const ScanCandidate& candidate) const;
   const std::vector<MobileBackupRecord>& recordsIn(const FoundFolder& folder);
 
   const InUseIndex& inUse();

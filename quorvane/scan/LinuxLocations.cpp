@@ -120,7 +120,8 @@ constexpr std::array rules{
     buildCache(cache, "jedi", "jedi", standard),
     buildCache(cache, "matplotlib", "matplotlib", standard),
     buildCache(cache, "parso", "parso", standard),
-    buildCache(cache, "pre-commit", "pre-commit", clears("pre-commit clean", "pre-commit run")),
+    // Changes that were set aside for a hook stay here, also when they could not be put back.
+    forReview(holdsEdits, buildCache(cache, "pre-commit", "pre-commit", clears("pre-commit clean", "pre-commit run"))),
     buildCache(cache, "pylint", "pylint", standardWith("pylint")),
     onlyThe("tmp|galaxy_cache",
             buildCache(home, ".ansible", "Ansible",
@@ -168,7 +169,8 @@ constexpr std::array rules{
     packages(home, ".cargo/git/db", "cargo git repositories", says(cargoHome, "cargo fetch")),
     onlyThe("downloads|tmp", packages(home, ".rustup", "rustup", remakes("rustup update"))),
     packages(home, "go/pkg/mod", "go modules", clears("go clean -modcache", "go mod download")),
-    buildCache(cache, "go-build", "go build", clears("go clean -cache", "go build")),
+    // That command leaves alone what a fuzzer found in hours.
+    unlessItHolds("fuzz", takesLong, buildCache(cache, "go-build", "go build", clears("go clean -cache", "go build"))),
     buildCache(cache, "golangci-lint", "golangci-lint", clears("golangci-lint cache clean", "golangci-lint run")),
     buildCache(cache, "gopls", "gopls", standard),
     buildCache(cache, "goimports", "goimports", standard),

@@ -85,6 +85,12 @@ constexpr LocationRule forReview(std::string_view reasonKey, LocationRule rule) 
   return rule;
 }
 
+/// For review where this entry lies in it.
+constexpr LocationRule unlessItHolds(std::string_view entry, std::string_view reasonKey, LocationRule rule) {
+  rule.heldBack = {entry, reasonKey};
+  return rule;
+}
+
 /// Lies among caches and is none.
 constexpr LocationRule kept(std::string_view path, std::string_view name, Evidence evidence) {
   return {ScanStep::caches,
@@ -120,13 +126,15 @@ constexpr LocationRule fetchedExtensions(LocationBase base, std::string_view pat
       says("github.com/microsoft/vscode/blob/main/src/vs/platform/extensionManagement/node/extensionDownloader.ts"));
 }
 
+inline constexpr std::string_view holdsEdits = "reason.localHistory";
+
 /// Of an editor's folders, those with this word in their names; all where there is none.
 constexpr LocationRule ideCachesIn(std::string_view path, std::string_view word, std::string_view name,
                                    Evidence evidence) {
-  LocationRule rule{ScanStep::developer,       developerCache, cache,   path, entries, LocationKind::ideCache, safe,
+  LocationRule rule{ScanStep::developer,       developerCache, cache,   path, entries, LocationKind::build, safe,
                     "reason.regenerableCache", name,           evidence};
   rule.namePart = word;
-  return rule;
+  return unlessItHolds("LocalHistory", holdsEdits, rule);
 }
 
 constexpr LocationRule taggedIn(std::string_view path) {

@@ -30,8 +30,15 @@ bool holdsWord(std::string_view name, std::string_view part) {
   return false;
 }
 
+/// Some databases number the journals that hold what was written last: "000003.log".
+bool isJournalOfDatabase(std::string_view name) {
+  const std::size_t digits = name.find_first_not_of("0123456789");
+  return digits != 0 && digits != std::string_view::npos && name.substr(digits) == ".log";
+}
+
 bool isAskedFor(const LocationRule& rule, std::string_view name) {
   if (!rule.namePart.empty() && !holdsWord(name, rule.namePart)) return false;
+  if (rule.kind == LocationKind::log && isJournalOfDatabase(name)) return false;
   return rule.extensions.empty() || isOneOf(rule.extensions, asciiLowered(extensionOf(name)));
 }
 

@@ -29,11 +29,16 @@ enum class LocationKind {
   anyCache,     ///< safe only for a known name or with a cache directory tag, review without; blocked as above
   log,          ///< as the rule says; blocked for a sensitive application
   build,        ///< as the rule says; blocked while something in it is less than a day old
-  ideCache,     ///< as `build`; review where it holds the history of the user's own files
   archive,      ///< as the rule says
   worktree,     ///< by the state of its git worktree
   old,          ///< as the rule says; no item before its content is 30 calendar days old
   deviceBackup  ///< by what the backup says of itself
+};
+
+/// What may lie in a cache and is not made again as easily as the rest.
+struct HeldBack {
+  std::string_view entry = {};  ///< directly in the item; empty: nothing
+  std::string_view reasonKey = {};
 };
 
 /// One location of a table. A path component "*" stands for any one folder.
@@ -51,6 +56,7 @@ struct LocationRule {
   std::string_view extensions = {};  ///< between blanks, lower-case: only names with one of them
   std::string_view namePart = {};    ///< only names that contain this as a whole word
   std::string_view parts = {};       ///< between "|": the entries of a rule with parts
+  HeldBack heldBack = {};            ///< of a rule of kind `build`: with it, an item is for review
 };
 
 /// Something in a cache home whose owner is known to make it again.

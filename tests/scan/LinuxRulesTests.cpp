@@ -55,6 +55,7 @@ constexpr Names notSafe[] = {
      ".cache/ms-playwright|.cache/puppeteer|.cache/Cypress|.cabal/packages|.cache/cabal/packages|"
      ".julia/artifacts|.julia/packages|.cache/helm/repository"},
     {"review localRepository", ".conan2/p|.conan/data|.m2/repository|.cache/paru|.cache/yay"},
+    {"review localHistory", ".cache/pre-commit"},
     {"review aiWorktree", ".codex/worktrees/a|.claude/worktrees/a|.cursor/worktrees/a"},
     {"review oldMailDownload",
      ".config/Mailspring/files/a|.var/app/com.getmailspring.Mailspring/config/Mailspring/files/a|"

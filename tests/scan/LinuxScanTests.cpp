@@ -47,7 +47,10 @@ TEST_F(LinuxScanTests, findsTheOtherPlacesOfTheTable) {
       {
           {".m2/repository|/org/a.jar", "review reason.localRepository"},
           {".cache/JetBrains/Clion2024.1|/LocalHistory/changes", "review reason.localHistory"},
+          {".cache/go-build|/fuzz/found", "review reason.costlyRebuild"},
           {".local/state/app/app.log", "safe reason.diagnosticLog selected"},
+          {".local/state/app/000003.log"},
+          {".local/state/app/logs/000003.log"},
           {".local/state/app/state.db"},
           {".local/state/app/logs/old", "safe reason.diagnosticLog selected"},
           {".local/share/app/logs/app.log.1", "review reason.diagnosticLog"},
