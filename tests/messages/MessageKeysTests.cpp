@@ -38,8 +38,8 @@ bool isKeyOf(const Keys& families, std::string_view text) {
 
 // The literals of words with dots between them, of letters and digits, each beginning with a small letter.
 Keys keysIn(const std::string& source, const Keys& families) {
-  static const std::regex literal(R"re("([a-z][A-Za-z0-9]*(\.[a-z][A-Za-z0-9]*)+)")re");
-      Keys keys;
+  static const std::regex literal("\"([a-z][A-Za-z0-9]*(\\.[a-z][A-Za-z0-9]*)+)\"");
+  Keys keys;
   for (std::sregex_iterator found(source.begin(), source.end(), literal), end; found != end; ++found)
     if (isKeyOf(families, found->str(1))) keys.insert(found->str(1));
   return keys;
