@@ -23,6 +23,10 @@ BatchMover::BatchMover(const RemovalServices& services, Run run, RunReport& repo
 Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLast) {
   std::vector<CleanupMoveJournal::Request> requests;
   requests.reserve(batch.size());
+  if (!measuredFolder_) {
+    measuredFolder_ = parentOf(batch.front().canonicalPath);
+    availableBefore_ = availableBytes();
+  }
   for (const ProvedItem& item : batch) requests.push_back(requestFor(item));
   const bool isRecording = unrecorded_.size() >= batchesRecordedTogether;
   Conclusion before = isRecording ? conclude() : Conclusion{};
@@ -71,16 +75,12 @@ void BatchMover::start(CleanupMoveJournal::Transaction begun, ProvedBatch batch,
 }
 
 void BatchMover::perform(Moving& moving) {
-  const auto before = availableBytes(moving.batch);
-  bool hasMoved = false;
   for (std::size_t i = 0; i < moving.batch.size() && !run_.options.stop.stopRequested(); ++i)
-    hasMoved = !moving.transaction.perform(i) || hasMoved;
-  const auto after = availableBytes(moving.batch);
-  if (hasMoved && before && after) moving.availableBytesDelta = *after - *before;
+    (void)moving.transaction.perform(i);  // the transaction keeps what came of it
 }
 
-std::optional<std::int64_t> BatchMover::availableBytes(const ProvedBatch& batch) {
-  const auto capacity = services_.moves.volumes.capacity(parentOf(batch.front().canonicalPath));
+std::optional<std::int64_t> BatchMover::availableBytes() {
+  const auto capacity = services_.moves.volumes.capacity(*measuredFolder_);
   return capacity ? std::optional(capacity->available) : std::nullopt;
 }
 
@@ -99,8 +99,6 @@ void BatchMover::wait() {
       report_.noteStopped();
     }
   }
-  if (const auto delta = moving_->availableBytesDelta)
-    report_.result.availableBytesDelta = report_.result.availableBytesDelta.value_or(0) + *delta;
   unrecorded_.push_back(*std::exchange(moving_, std::nullopt));
   movingPlaces_ = {};
 }
@@ -108,7 +106,10 @@ void BatchMover::wait() {
 Outcome<void, RecoveryStoreError> BatchMover::finish() {
   wait();
   if (unrecorded_.empty()) return {};
-  Conclusion last = conclude();
+  const auto after = availableBytes();
+  if (report_.result.movedCount > 0 && availableBefore_ && after)
+    report_.result.availableBytesDelta = *after - *availableBefore_;
+  Conclusion last = conclude(report_.result.availableBytesDelta);
   auto written = run_.history->write(std::move(last.change));
   if (written) {
     noteRecorded(std::move(last.receipts));
@@ -118,11 +119,14 @@ Outcome<void, RecoveryStoreError> BatchMover::finish() {
   return written;
 }
 
-/// Of all that is not recorded yet.
-BatchMover::Conclusion BatchMover::conclude() {
+/// Of all that is not recorded yet. The difference of free space goes to the first item that was moved.
+BatchMover::Conclusion BatchMover::conclude(std::optional<std::int64_t> availableBytesDelta) {
   Conclusion all;
   for (Moving& moved : unrecorded_) {
-    Conclusion one = moved.transaction.conclude(moved.availableBytesDelta);
+    const bool hasMoved =
+        std::ranges::any_of(moved.transaction.moves(), &CleanupMoveJournal::Transaction::Move::isFinished);
+    Conclusion one =
+        moved.transaction.conclude(hasMoved ? std::exchange(availableBytesDelta, std::nullopt) : std::nullopt);
     std::ranges::move(one.change.replaced, std::back_inserter(all.change.replaced));
     std::ranges::move(one.change.erased, std::back_inserter(all.change.erased));
     std::ranges::move(one.change.changedFolders, std::back_inserter(all.change.changedFolders));
@@ -138,6 +142,7 @@ void BatchMover::noteRecorded(std::vector<CleaningHistoryEntry> receipts) {
 
 /// What was moved is in the Trash, but its record still reads "interrupted".
 void BatchMover::keepUnrecorded() {
+  (void)conclude();  // so that each entry tells what came of its item, though it is not written
   for (const Moving& moved : unrecorded_) {
     for (std::size_t i = 0; i < moved.batch.size(); ++i) {
       const CleanupMoveJournal::Transaction::Move& move = moved.transaction.moves()[i];

@@ -60,7 +60,6 @@ class BatchMover {
   struct Moving {
     CleanupMoveJournal::Transaction transaction;
     ProvedBatch batch;
-    std::optional<std::int64_t> availableBytesDelta = std::nullopt;
 
     Moving(CleanupMoveJournal::Transaction begun, ProvedBatch announced)
         : transaction(std::move(begun)), batch(std::move(announced)) {}
@@ -72,8 +71,8 @@ class BatchMover {
   Uuid identifierOf(const ProvedItem& item);
   void start(CleanupMoveJournal::Transaction begun, ProvedBatch batch, bool isLast);
   void perform(Moving& moving);
-  std::optional<std::int64_t> availableBytes(const ProvedBatch& batch);
-  Conclusion conclude();
+  std::optional<std::int64_t> availableBytes();
+  Conclusion conclude(std::optional<std::int64_t> availableBytesDelta = std::nullopt);
   void noteRecorded(std::vector<CleaningHistoryEntry> receipts);
   void keepUnrecorded();
 
@@ -81,6 +80,8 @@ class BatchMover {
   Run run_;
   RunReport& report_;
   CleanupMoveJournal journal_;
+  std::optional<FilePath> measuredFolder_;  ///< on the volume whose free space is measured: that of the first item
+  std::optional<std::int64_t> availableBefore_;
   TakenPlaces movingPlaces_;
   TakenPlaces moved_;
   std::vector<Moving> unrecorded_;  ///< were moved; what became of them is still to be written

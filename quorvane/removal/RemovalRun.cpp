@@ -29,7 +29,8 @@ Outcome<RemovalReport, RemovalError> RemovalRun::perform() {
   } else if (const auto moved = move(); !moved) {
     const bool isUntouched = report_.result.movedCount == 0 && report_.result.entries.empty();
     if (isUntouched) return failure(RemovalError(moved.error()));
-    for (; next_ < task_.requests.size(); ++next_) report_.refuse(next_, refusalOf(moved.error()));
+    for (; next_ < task_.requests.size() && !report_.isStopped(); ++next_)
+      report_.refuse(next_, refusalOf(moved.error()));
   }
   std::ranges::sort(report_.result.failures, {}, &RemovalFailure::index);
   return std::move(report_.result);
