@@ -1,7 +1,7 @@
 #pragma once
 
 #include "quorvane/scan/DiskScanner.h"
-#include "quorvane/scan/ItemVerdict.h"
+#include "quorvane/scan/policy/ItemVerdict.h"
 
 #include <string>
 #include <string_view>

@@ -2,8 +2,8 @@
 
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/scan/LocationFindings.h"
-#include "quorvane/scan/LocationFolders.h"
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LocationFolders.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <memory>
 #include <string>

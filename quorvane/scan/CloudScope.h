@@ -2,7 +2,7 @@
 
 #include "quorvane/base/FilePath.h"
 #include "quorvane/platform/FileSystem.h"
-#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/locations/ScanSettings.h"
 
 #include <string>
 #include <vector>

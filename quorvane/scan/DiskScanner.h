@@ -13,7 +13,7 @@
 #include "quorvane/platform/Volumes.h"
 #include "quorvane/scan/ScanPauseControl.h"
 #include "quorvane/scan/ScanProgress.h"
-#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/locations/ScanSettings.h"
 
 #include <string>
 #include <vector>

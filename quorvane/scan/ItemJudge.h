@@ -4,8 +4,8 @@
 #include "quorvane/core/ScanCoverage.h"
 #include "quorvane/scan/DiskScanner.h"
 #include "quorvane/scan/LocationFindings.h"
-#include "quorvane/scan/MobileBackupCatalog.h"
-#include "quorvane/scan/WorktreeGitInspector.h"
+#include "quorvane/scan/backups/MobileBackupCatalog.h"
+#include "quorvane/scan/worktrees/WorktreeGitInspector.h"
 
 #include <map>
 #include <optional>

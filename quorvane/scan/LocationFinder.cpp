@@ -2,7 +2,7 @@
 
 #include "quorvane/base/Utf8.h"
 #include "quorvane/scan/CalendarDays.h"
-#include "quorvane/scan/PathPattern.h"
+#include "quorvane/scan/policy/PathPattern.h"
 
 #include <algorithm>
 

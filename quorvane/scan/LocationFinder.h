@@ -6,9 +6,9 @@
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/scan/CandidateClassifier.h"
 #include "quorvane/scan/LocationFindings.h"
-#include "quorvane/scan/LocationFolders.h"
-#include "quorvane/scan/LocationTable.h"
 #include "quorvane/scan/ScanScope.h"
+#include "quorvane/scan/locations/LocationFolders.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <map>
 #include <memory>

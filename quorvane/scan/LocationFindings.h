@@ -3,8 +3,8 @@
 #include "quorvane/core/ScanCoverage.h"
 #include "quorvane/platform/FileDescriptor.h"
 #include "quorvane/platform/PosixError.h"
-#include "quorvane/scan/ItemVerdict.h"
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LocationTable.h"
+#include "quorvane/scan/policy/ItemVerdict.h"
 
 #include <memory>
 #include <string>

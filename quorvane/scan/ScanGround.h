@@ -1,9 +1,9 @@
 #pragma once
 
-#include "quorvane/scan/CleaningSafetyPolicy.h"
 #include "quorvane/scan/DiskScanner.h"
 #include "quorvane/scan/ItemJudge.h"
 #include "quorvane/scan/LocationFinder.h"
+#include "quorvane/scan/policy/CleaningSafetyPolicy.h"
 
 #include <vector>
 

@@ -1,5 +1,5 @@
 #include "quorvane/base/Assert.h"
-#include "quorvane/scan/GitOutput.h"
+#include "quorvane/scan/worktrees/GitOutput.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "quorvane/base/Assert.h"
 #include "quorvane/base/Utf8.h"
-#include "quorvane/scan/PropertyList.h"
+#include "quorvane/scan/backups/PropertyList.h"
 
 #include <cstddef>
 #include <cstdint>

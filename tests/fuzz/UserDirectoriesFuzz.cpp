@@ -1,5 +1,5 @@
 #include "quorvane/base/Assert.h"
-#include "quorvane/scan/UserDirectories.h"
+#include "quorvane/scan/locations/UserDirectories.h"
 
 #include <cstddef>
 #include <cstdint>

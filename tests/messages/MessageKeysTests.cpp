@@ -9,8 +9,8 @@
 #include "quorvane/removal/CleaningHistory.h"
 #include "quorvane/removal/RecoveryStoreError.h"
 #include "quorvane/scan/DiskScanner.h"
-#include "quorvane/scan/Evidence.h"
 #include "quorvane/scan/ScanSelectionPreflight.h"
+#include "quorvane/scan/locations/Evidence.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "quorvane/scan/CleaningSafetyPolicy.h"
+#include "quorvane/scan/policy/CleaningSafetyPolicy.h"
 
 #include "quorvane/platform/SystemPlatform.h"
 #include "tests/support/TempFolder.h"

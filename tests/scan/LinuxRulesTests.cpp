@@ -1,7 +1,7 @@
 // Every rule of the Linux table that names a program, on real folders: what it makes of its place, and what it leaves
 // alone.
-#include "quorvane/scan/LocationTable.h"
-#include "quorvane/scan/PathPattern.h"
+#include "quorvane/scan/locations/LocationTable.h"
+#include "quorvane/scan/policy/PathPattern.h"
 #include "tests/support/ScanHome.h"
 
 #include <gtest/gtest.h>

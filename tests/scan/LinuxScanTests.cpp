@@ -1,5 +1,5 @@
-#include "quorvane/scan/LocationTable.h"
-#include "quorvane/scan/UserDirectories.h"
+#include "quorvane/scan/locations/LocationTable.h"
+#include "quorvane/scan/locations/UserDirectories.h"
 #include "tests/support/ScanHome.h"
 
 #include <gtest/gtest.h>

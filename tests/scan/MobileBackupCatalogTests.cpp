@@ -1,7 +1,7 @@
-#include "quorvane/scan/MobileBackupCatalog.h"
+#include "quorvane/scan/backups/MobileBackupCatalog.h"
 
 #include "quorvane/platform/SystemPlatform.h"
-#include "quorvane/scan/PropertyList.h"
+#include "quorvane/scan/backups/PropertyList.h"
 #include "tests/support/BinaryPropertyList.h"
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/ManualClock.h"

@@ -1,4 +1,4 @@
-#include "quorvane/scan/PathResolver.h"
+#include "quorvane/scan/policy/PathResolver.h"
 
 #include "quorvane/platform/SystemPlatform.h"
 #include "tests/support/FailingFileSystem.h"

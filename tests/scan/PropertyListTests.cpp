@@ -1,6 +1,6 @@
-#include "quorvane/scan/PropertyList.h"
+#include "quorvane/scan/backups/PropertyList.h"
 
-#include "quorvane/scan/PropertyListCheck.h"
+#include "quorvane/scan/backups/PropertyListCheck.h"
 #include "tests/support/BinaryPropertyList.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "quorvane/scan/WorktreeGitInspector.h"
+#include "quorvane/scan/worktrees/WorktreeGitInspector.h"
 
 #include "quorvane/platform/SystemPlatform.h"
 #include "tests/support/FailingFileSystem.h"

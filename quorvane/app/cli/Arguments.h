@@ -4,7 +4,7 @@
 #include "quorvane/app/cli/ValueChoices.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/removal/Recovery.h"
-#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/locations/ScanSettings.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "quorvane/app/cli/ScannedCategories.h"
 
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <algorithm>
 

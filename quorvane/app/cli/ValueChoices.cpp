@@ -3,7 +3,7 @@
 #include "quorvane/app/cli/ScannedCategories.h"
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/removal/Recovery.h"
-#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/locations/ScanSettings.h"
 
 #include <string_view>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/locations/ScanSettings.h"
 
 #include <optional>
 

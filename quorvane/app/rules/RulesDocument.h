@@ -1,7 +1,7 @@
 #pragma once
 
 #include "quorvane/app/messages/MessageCatalogue.h"
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <string>
 

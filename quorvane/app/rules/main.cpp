@@ -1,6 +1,6 @@
 #include "quorvane/app/messages/MessageCatalogue.h"
 #include "quorvane/app/rules/RulesDocument.h"
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <cstdio>
 

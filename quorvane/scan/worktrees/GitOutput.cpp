@@ -1,4 +1,4 @@
-#include "quorvane/scan/GitOutput.h"
+#include "quorvane/scan/worktrees/GitOutput.h"
 
 #include <algorithm>
 #include <array>

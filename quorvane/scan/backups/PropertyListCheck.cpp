@@ -1,4 +1,4 @@
-#include "quorvane/scan/PropertyListCheck.h"
+#include "quorvane/scan/backups/PropertyListCheck.h"
 
 #include "quorvane/base/Date.h"
 

@@ -2,7 +2,7 @@
 
 #include "quorvane/base/FilePath.h"
 #include "quorvane/platform/FileSystem.h"
-#include "quorvane/scan/CleaningRules.h"
+#include "quorvane/scan/policy/CleaningRules.h"
 
 namespace quorvane {
 

@@ -1,4 +1,4 @@
-#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/locations/ScanSettings.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#include "quorvane/scan/LinuxRules.h"
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LinuxRules.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <algorithm>
 #include <array>

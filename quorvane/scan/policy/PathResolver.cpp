@@ -1,4 +1,4 @@
-#include "quorvane/scan/PathResolver.h"
+#include "quorvane/scan/policy/PathResolver.h"
 
 #include <string>
 #include <utility>

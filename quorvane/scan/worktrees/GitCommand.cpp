@@ -1,6 +1,6 @@
-#include "quorvane/scan/GitCommand.h"
+#include "quorvane/scan/worktrees/GitCommand.h"
 
-#include "quorvane/scan/GitOutput.h"
+#include "quorvane/scan/worktrees/GitOutput.h"
 
 #include <array>
 #include <chrono>

@@ -1,7 +1,7 @@
-#include "quorvane/scan/PropertyList.h"
+#include "quorvane/scan/backups/PropertyList.h"
 
 #include "quorvane/base/Utf8.h"
-#include "quorvane/scan/PropertyListCheck.h"
+#include "quorvane/scan/backups/PropertyListCheck.h"
 
 #include <plist/plist.h>
 

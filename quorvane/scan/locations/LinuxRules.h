@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <string_view>
 

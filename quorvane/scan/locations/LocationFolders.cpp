@@ -1,6 +1,6 @@
-#include "quorvane/scan/LocationFolders.h"
+#include "quorvane/scan/locations/LocationFolders.h"
 
-#include "quorvane/scan/UserDirectories.h"
+#include "quorvane/scan/locations/UserDirectories.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
-#include "quorvane/scan/CleaningSafetyPolicy.h"
+#include "quorvane/scan/policy/CleaningSafetyPolicy.h"
 
-#include "quorvane/scan/PathPattern.h"
-#include "quorvane/scan/PathResolver.h"
+#include "quorvane/scan/policy/PathPattern.h"
+#include "quorvane/scan/policy/PathResolver.h"
 
 #include <algorithm>
 #include <string_view>

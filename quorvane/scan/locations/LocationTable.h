@@ -2,11 +2,11 @@
 
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
-#include "quorvane/scan/CleaningRules.h"
-#include "quorvane/scan/Evidence.h"
-#include "quorvane/scan/LocationFolders.h"
-#include "quorvane/scan/ScanSettings.h"
-#include "quorvane/scan/ScanStep.h"
+#include "quorvane/scan/locations/Evidence.h"
+#include "quorvane/scan/locations/LocationFolders.h"
+#include "quorvane/scan/locations/ScanSettings.h"
+#include "quorvane/scan/locations/ScanStep.h"
+#include "quorvane/scan/policy/CleaningRules.h"
 
 #include <span>
 #include <string_view>

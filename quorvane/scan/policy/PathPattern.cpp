@@ -1,4 +1,4 @@
-#include "quorvane/scan/PathPattern.h"
+#include "quorvane/scan/policy/PathPattern.h"
 
 #include <algorithm>
 #include <optional>

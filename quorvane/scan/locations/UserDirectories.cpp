@@ -1,4 +1,4 @@
-#include "quorvane/scan/UserDirectories.h"
+#include "quorvane/scan/locations/UserDirectories.h"
 
 #include "quorvane/base/Utf8.h"
 

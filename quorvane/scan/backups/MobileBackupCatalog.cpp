@@ -1,6 +1,6 @@
-#include "quorvane/scan/MobileBackupCatalog.h"
+#include "quorvane/scan/backups/MobileBackupCatalog.h"
 
-#include "quorvane/scan/PropertyList.h"
+#include "quorvane/scan/backups/PropertyList.h"
 
 #include <algorithm>
 #include <cerrno>

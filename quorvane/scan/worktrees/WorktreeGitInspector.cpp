@@ -1,8 +1,8 @@
-#include "quorvane/scan/WorktreeGitInspector.h"
+#include "quorvane/scan/worktrees/WorktreeGitInspector.h"
 
 #include "quorvane/base/Utf8.h"
-#include "quorvane/scan/GitCommand.h"
-#include "quorvane/scan/GitOutput.h"
+#include "quorvane/scan/worktrees/GitCommand.h"
+#include "quorvane/scan/worktrees/GitOutput.h"
 
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "quorvane/scan/CleaningRules.h"
+#include "quorvane/scan/policy/CleaningRules.h"
 
 #include <array>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "quorvane/scan/ItemVerdict.h"
+#include "quorvane/scan/policy/ItemVerdict.h"
 
 namespace quorvane {
 

@@ -4,7 +4,7 @@
 #include "quorvane/base/FilePath.h"
 #include "quorvane/platform/ApplicationFolders.h"
 #include "quorvane/platform/FileSystem.h"
-#include "quorvane/scan/ScanSettings.h"
+#include "quorvane/scan/locations/ScanSettings.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "quorvane/scan/ScanStep.h"
+#include "quorvane/scan/locations/ScanStep.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "quorvane/scan/LocationTable.h"
+#include "quorvane/scan/locations/LocationTable.h"
 
 #include <array>
 
