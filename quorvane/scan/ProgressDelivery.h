@@ -98,4 +98,10 @@ class ProgressDelivery : public std::enable_shared_from_this<ProgressDelivery<Up
   bool scheduled_ QV_GUARDED_BY(lock_) = false;  ///< a delivery is posted or running, or the pause after it
 };
 
+/// Delivers the bare fraction of a running operation.
+using ScanProgressDelivery = ProgressDelivery<double>;
+
+/// Delivers the full reports of a cleaning scan.
+using CleaningScanProgressDelivery = ProgressDelivery<CleaningScanProgressUpdate>;
+
 }  // namespace quorvane

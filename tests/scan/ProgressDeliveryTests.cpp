@@ -1,5 +1,4 @@
-#include "quorvane/scan/CleaningScanProgressDelivery.h"
-#include "quorvane/scan/ScanProgressDelivery.h"
+#include "quorvane/scan/ProgressDelivery.h"
 
 #include <gtest/gtest.h>
 

@@ -8,8 +8,8 @@
 #include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/removal/HistoryStore.h"
 #include "quorvane/removal/Remover.h"
-#include "quorvane/scan/CleaningScanProgressDelivery.h"
 #include "quorvane/scan/DiskScanner.h"
+#include "quorvane/scan/ProgressDelivery.h"
 
 #include <functional>
 #include <memory>
