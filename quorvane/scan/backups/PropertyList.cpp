@@ -5,6 +5,7 @@
 
 #include <plist/plist.h>
 
+#include <cstdint>
 #include <limits>
 
 namespace quorvane {
@@ -70,15 +71,6 @@ std::optional<Date> PropertyList::date(const char* key) const {
   if (seconds == Range::min() || seconds == Range::max()) return std::nullopt;
   const std::chrono::microseconds fraction(seconds < 0 ? -microseconds : microseconds);
   return Date(dateOrigin + std::chrono::seconds(seconds) + fraction);
-}
-
-std::optional<std::int64_t> PropertyList::integer(const char* key) const {
-  const plist_t value = valueOf(root_.get(), key, PLIST_UINT);
-  if (value == nullptr) return std::nullopt;
-  std::uint64_t number = 0;
-  plist_get_uint_val(value, &number);
-  if (number > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) return std::nullopt;
-  return static_cast<std::int64_t>(number);
 }
 
 }  // namespace quorvane

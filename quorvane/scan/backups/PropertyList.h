@@ -5,7 +5,6 @@
 #include "quorvane/base/Outcome.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,9 +36,6 @@ class PropertyList {
 
   /// Microseconds in the binary form, whole seconds in XML. Nothing for a moment outside 1932-12-14 to 2069-01-18.
   std::optional<Date> date(const char* key) const;
-
-  /// Nothing for a negative number or one above 2^63 - 1: the parser does not tell those apart.
-  std::optional<std::int64_t> integer(const char* key) const;
 
  private:
   struct Release {
