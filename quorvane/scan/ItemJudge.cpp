@@ -76,8 +76,7 @@ ItemJudgement ItemJudge::deviceBackup(const ScanCandidate& candidate) {
   const auto& records = recordsIn(*candidate.folder);
   const auto record = std::ranges::find(records, candidate.path(), &MobileBackupRecord::url);
   if (record == records.end()) return {{SafetyLevel::blocked, "backup.reason.unknown"}, {}, {}};
-  MobileBackupSafety safety = scanReason(*record, now_);
-  return {{safety.safety, std::move(safety.reasonKey)}, {}, record->metadata};
+  return {verdictOf(*record, now_), {}, record->metadata};
 }
 
 /// Which backup is the newest of its device shows only when all of them are read.

@@ -215,18 +215,18 @@ TEST(MobileBackupCatalogTests, offersForReviewOnlyWhatIsOlderByADay) {
     MobileBackupRecord record;
     record.metadata.backupDate = backupDate;
     record.reasonKey = key;
-    return scanReason(record, today);
+    return verdictOf(record, today);
   };
   using std::chrono::seconds;
-  const MobileBackupSafety older{SafetyLevel::review, "backup.reason.older"};
-  const MobileBackupSafety recent{SafetyLevel::blocked, "backup.reason.recent"};
+  const ItemVerdict older{SafetyLevel::review, "backup.reason.older"};
+  const ItemVerdict recent{SafetyLevel::blocked, "backup.reason.recent"};
   EXPECT_EQ(reasonFor("backup.reason.older", today - seconds(86'400)), older);
   EXPECT_EQ(reasonFor("backup.reason.older", Date::min()), older);
   EXPECT_EQ(reasonFor("backup.reason.older", today - seconds(86'399)), recent);
   EXPECT_EQ(reasonFor("backup.reason.older", Date::max()), recent);
   EXPECT_EQ(reasonFor("backup.reason.older", std::nullopt), recent);
   for (const char* key : {"backup.reason.latest", "backup.reason.recent", "backup.reason.unknown"})
-    EXPECT_EQ(reasonFor(key, today - seconds(900'000)), (MobileBackupSafety{SafetyLevel::blocked, key}));
+    EXPECT_EQ(reasonFor(key, today - seconds(900'000)), (ItemVerdict{SafetyLevel::blocked, key}));
 }
 
 }  // namespace

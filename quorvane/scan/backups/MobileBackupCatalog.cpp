@@ -158,7 +158,7 @@ Outcome<std::vector<std::string>, PosixError> foldersIn(FileSystem& fileSystem, 
 
 }  // namespace
 
-MobileBackupSafety scanReason(const MobileBackupRecord& record, Date now) {
+ItemVerdict verdictOf(const MobileBackupRecord& record, Date now) {
   if (record.reasonKey != olderKey) return {SafetyLevel::blocked, record.reasonKey};
   const auto& date = record.metadata.backupDate;
   if (!date || ageOf(*date, now) < recentPeriod) return {SafetyLevel::blocked, recentKey};

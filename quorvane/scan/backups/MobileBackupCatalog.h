@@ -4,9 +4,9 @@
 #include "quorvane/base/FilePath.h"
 #include "quorvane/base/Outcome.h"
 #include "quorvane/core/MobileBackupMetadata.h"
-#include "quorvane/core/SafetyLevel.h"
 #include "quorvane/platform/Clock.h"
 #include "quorvane/platform/FileSystem.h"
+#include "quorvane/scan/policy/ItemVerdict.h"
 
 #include <string>
 #include <vector>
@@ -28,16 +28,9 @@ struct MobileBackupFolder {
   FilePath url;
 };
 
-struct MobileBackupSafety {
-  SafetyLevel safety = SafetyLevel::blocked;
-  std::string reasonKey;
-
-  bool operator==(const MobileBackupSafety&) const = default;
-};
-
 /// How safe a backup is to remove: `review` for one that was older when it was read and is at least a day old, else
 /// `blocked`.
-MobileBackupSafety scanReason(const MobileBackupRecord& record, Date now);
+ItemVerdict verdictOf(const MobileBackupRecord& record, Date now);
 
 /// Reads device backups. Follows no link; changes nothing.
 class MobileBackupCatalog {
