@@ -1,5 +1,6 @@
 #include "quorvane/app/rules/RulesDocument.h"
 
+#include "quorvane/base/Utf8.h"
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
 
@@ -83,12 +84,8 @@ std::vector<Row> rowsOf(const LocationTable& table) {
     rows.push_back({known.category, code(fmt::format("~/.cache/{}", known.name)) + " +", std::string(known.program),
                     SafetyLevel::safe, "reason.regenerableCache", known.evidence});
   // What belongs to no one program stands behind what does.
-  std::ranges::stable_sort(rows, {}, [](const Row& row) {
-    std::string name = row.program;
-    std::ranges::transform(name, name.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return std::tuple(row.program.empty(), std::move(name));
-  });
+  std::ranges::stable_sort(rows, {},
+                           [](const Row& row) { return std::tuple(row.program.empty(), asciiLowered(row.program)); });
   return rows;
 }
 

@@ -22,6 +22,7 @@ enum class EvidenceKind {
 QV_CASE_NAMES(EvidenceKind, none, ownersWord, clearingCommand, rebuildCommand, cacheTag, baseDirectories, logFile, age,
               repositoryState, undocumented)
 
+/// Why a place is as safe as its rule says.
 struct Evidence {
   EvidenceKind kind = EvidenceKind::none;
   std::string_view source = {};     ///< a page without its scheme, or a command; empty for the kinds that name none

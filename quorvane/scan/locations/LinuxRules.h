@@ -30,28 +30,43 @@ constexpr Evidence clears(std::string_view command, std::string_view broughtBy =
 constexpr Evidence remakes(std::string_view command) { return {EvidenceKind::rebuildCommand, command, command}; }
 
 constexpr LocationRule cacheHome(LocationBase base, std::string_view path) {
-  return {ScanStep::caches,      applicationCache, base, path, entries, LocationKind::anyCache, review,
-          "reason.unknownCache",
-          /*name=*/{},           standard};
+  return {.step = ScanStep::caches,
+          .category = applicationCache,
+          .base = base,
+          .path = path,
+          .subject = entries,
+          .kind = LocationKind::anyCache,
+          .safety = review,
+          .reasonKey = "reason.unknownCache",
+          .evidence = standard};
 }
 
 /// Made again by its program.
 constexpr LocationRule cacheOf(LocationBase base, std::string_view path, std::string_view name, Evidence evidence) {
-  return {ScanStep::caches,
-          applicationCache,
-          base,
-          path,
-          itself,
-          LocationKind::cache,
-          safe,
-          "reason.regenerableCache",
-          name,
-          evidence};
+  return {.step = ScanStep::caches,
+          .category = applicationCache,
+          .base = base,
+          .path = path,
+          .subject = itself,
+          .kind = LocationKind::cache,
+          .safety = safe,
+          .reasonKey = "reason.regenerableCache",
+          .name = name,
+          .evidence = evidence};
 }
 
 constexpr LocationRule logsAt(LocationBase base, std::string_view path, LocationSubject subject,
                               std::string_view name = {}, SafetyLevel safety = safe) {
-  return {ScanStep::logs, logs, base, path, subject, LocationKind::log, safety, "reason.diagnosticLog", name, logText};
+  return {.step = ScanStep::logs,
+          .category = logs,
+          .base = base,
+          .path = path,
+          .subject = subject,
+          .kind = LocationKind::log,
+          .safety = safety,
+          .reasonKey = "reason.diagnosticLog",
+          .name = name,
+          .evidence = logText};
 }
 
 constexpr LocationRule logFilesAt(LocationBase base, std::string_view path, std::string_view name = {}) {
@@ -62,14 +77,23 @@ constexpr LocationRule logFilesAt(LocationBase base, std::string_view path, std:
 
 /// Fetched again by its package manager when it is wanted.
 constexpr LocationRule packages(LocationBase base, std::string_view path, std::string_view name, Evidence evidence) {
-  return {ScanStep::developer,   developerCache, base,    path, itself, LocationKind::build, safe,
-          "reason.packageCache", name,           evidence};
+  return {.step = ScanStep::developer,
+          .category = developerCache,
+          .base = base,
+          .path = path,
+          .subject = itself,
+          .kind = LocationKind::build,
+          .safety = safe,
+          .reasonKey = "reason.packageCache",
+          .name = name,
+          .evidence = evidence};
 }
 
 /// Computed again by the next build.
 constexpr LocationRule buildCache(LocationBase base, std::string_view path, std::string_view name, Evidence evidence) {
-  return {ScanStep::developer,    developerCache, base,    path, itself, LocationKind::build, safe,
-          "reason.buildArtifact", name,           evidence};
+  LocationRule rule = packages(base, path, name, evidence);
+  rule.reasonKey = "reason.buildArtifact";
+  return rule;
 }
 
 /// The same, of nothing but these entries of the folder.
@@ -93,16 +117,16 @@ constexpr LocationRule unlessItHolds(std::string_view entry, std::string_view re
 
 /// Lies among caches and is none.
 constexpr LocationRule kept(std::string_view path, std::string_view name, Evidence evidence) {
-  return {ScanStep::caches,
-          applicationCache,
-          cache,
-          path,
-          itself,
-          LocationKind::archive,
-          blocked,
-          "reason.ownDataAmongCaches",
-          name,
-          evidence};
+  return {.step = ScanStep::caches,
+          .category = applicationCache,
+          .base = cache,
+          .path = path,
+          .subject = itself,
+          .kind = LocationKind::archive,
+          .safety = blocked,
+          .reasonKey = "reason.ownDataAmongCaches",
+          .name = name,
+          .evidence = evidence};
 }
 
 /// What the browser engine inside an application keeps beside the application's own data: answers of servers, compiled
@@ -131,55 +155,68 @@ inline constexpr std::string_view holdsEdits = "reason.localHistory";
 /// Of an editor's folders, those with this word in their names; all where there is none.
 constexpr LocationRule ideCachesIn(std::string_view path, std::string_view word, std::string_view name,
                                    Evidence evidence) {
-  LocationRule rule{ScanStep::developer,       developerCache, cache,   path, entries, LocationKind::build, safe,
-                    "reason.regenerableCache", name,           evidence};
+  LocationRule rule{.step = ScanStep::developer,
+                    .category = developerCache,
+                    .base = cache,
+                    .path = path,
+                    .subject = entries,
+                    .kind = LocationKind::build,
+                    .safety = safe,
+                    .reasonKey = "reason.regenerableCache",
+                    .name = name,
+                    .evidence = evidence};
   rule.namePart = word;
   return unlessItHolds("LocalHistory", holdsEdits, rule);
 }
 
 constexpr LocationRule taggedIn(std::string_view path) {
-  return {ScanStep::developer, developerCache,          home, path,
-          taggedBelow,         LocationKind::build,     safe, "reason.cacheTag",
-          /*name=*/{},         {EvidenceKind::cacheTag}};
+  return {.step = ScanStep::developer,
+          .category = developerCache,
+          .base = home,
+          .path = path,
+          .subject = taggedBelow,
+          .kind = LocationKind::build,
+          .safety = safe,
+          .reasonKey = "reason.cacheTag",
+          .evidence = {EvidenceKind::cacheTag}};
 }
 
 constexpr LocationRule worktreesIn(std::string_view path, std::string_view name) {
-  return {ScanStep::worktrees,
-          aiWorktree,
-          home,
-          path,
-          entries,
-          LocationKind::worktree,
-          review,
-          "reason.aiWorktree",
-          name,
-          {EvidenceKind::repositoryState}};
+  return {.step = ScanStep::worktrees,
+          .category = aiWorktree,
+          .base = home,
+          .path = path,
+          .subject = entries,
+          .kind = LocationKind::worktree,
+          .safety = review,
+          .reasonKey = "reason.aiWorktree",
+          .name = name,
+          .evidence = {EvidenceKind::repositoryState}};
 }
 
 constexpr LocationRule attachmentsIn(LocationBase base, std::string_view path, std::string_view name) {
-  return {ScanStep::mailDownloads,
-          mailDownload,
-          base,
-          path,
-          entries,
-          LocationKind::old,
-          review,
-          "reason.oldMailDownload",
-          name,
-          {EvidenceKind::age}};
+  return {.step = ScanStep::mailDownloads,
+          .category = mailDownload,
+          .base = base,
+          .path = path,
+          .subject = entries,
+          .kind = LocationKind::old,
+          .safety = review,
+          .reasonKey = "reason.oldMailDownload",
+          .name = name,
+          .evidence = {EvidenceKind::age}};
 }
 
-inline constexpr LocationRule oldInstallers{ScanStep::installers,
-                                            installers,
-                                            downloads,
-                                            "",
-                                            files,
-                                            LocationKind::old,
-                                            review,
-                                            "reason.oldInstaller",
-                                            /*name=*/{},
-                                            {EvidenceKind::age},
-                                            "dmg pkg mpkg iso deb rpm appimage flatpakref run snap"};
+inline constexpr LocationRule oldInstallers{.step = ScanStep::installers,
+                                            .category = installers,
+                                            .base = downloads,
+                                            .path = "",
+                                            .subject = files,
+                                            .kind = LocationKind::old,
+                                            .safety = review,
+                                            .reasonKey = "reason.oldInstaller",
+                                            .evidence = {EvidenceKind::age},
+                                            .extensions = "dmg pkg mpkg iso deb rpm appimage flatpakref run snap"};
 
 inline constexpr std::string_view comesByCommand = "reason.onlyByCommand";
 inline constexpr std::string_view isLarge = "reason.costlyDownload";

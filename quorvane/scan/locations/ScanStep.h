@@ -17,6 +17,7 @@ struct ScanStepProgress {
   double span;
 };
 
+/// Where in the progress of the scan the step stands.
 ScanStepProgress progressOf(ScanStep step);
 
 inline constexpr ScanStepProgress verifyingProgress{"scan.status.verifying", 0.88, 0};

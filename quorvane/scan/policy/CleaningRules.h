@@ -22,6 +22,7 @@ enum class Protection {
   everything,  ///< and the cleaning roots inside too; only a home inside is exempt
 };
 
+/// A folder that is not cleaned, though a cleaning root may hold it.
 struct ProtectedFolder {
   FilePath path;
   Protection protection = Protection::itself;
@@ -46,6 +47,7 @@ struct CleaningRules {
   bool judgesPathAsGiven = true;  ///< besides its resolved form, which is always judged
 };
 
+/// The roots are a fixed list.
 CleaningRules macosCleaningRules(const FilePath& home);
 
 /// The roots come from the tables of locations, since on Linux they are what those name.

@@ -39,6 +39,7 @@ std::optional<GitPlaces> gitPlaces(std::string_view output);
 /// The names of the filter drivers, each once, from `git config --null --name-only --get-regexp '^filter\.'`.
 std::optional<std::vector<std::string>> gitFilterNames(std::string_view output);
 
+/// What of a worktree is in no commit.
 struct GitStatus {
   bool hasChanges = false;           ///< changed, added, deleted, unmerged or untracked files
   std::vector<std::string> ignored;  ///< relative; folders end in a slash
@@ -49,6 +50,7 @@ struct GitStatus {
 /// From `git status --porcelain=v1 -z --ignored=matching`.
 std::optional<GitStatus> gitStatus(std::string_view output);
 
+/// What the index has that the status does not show.
 struct GitIndex {
   bool hasHiddenChanges = false;  ///< an entry is marked assume-unchanged or skip-worktree
   bool hasSubmodules = false;

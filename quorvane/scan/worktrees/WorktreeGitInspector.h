@@ -22,6 +22,7 @@ enum class WorktreeGitState {
 };
 QV_CASE_NAMES(WorktreeGitState, merged, committed, dirty, unknown)
 
+/// What became of asking git about one worktree.
 struct WorktreeFinding {
   WorktreeGitState state = WorktreeGitState::unknown;
   std::vector<ScanCoverageNote> notes;  ///< without a path
@@ -29,6 +30,7 @@ struct WorktreeFinding {
   bool operator==(const WorktreeFinding&) const = default;
 };
 
+/// The worktree that git is asked about.
 struct WorktreeQuery {
   FilePath url;  ///< absolute; its ancestors' links are followed, its own is not
   bool processStandsInside = false;
