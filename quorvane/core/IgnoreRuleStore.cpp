@@ -35,8 +35,6 @@ IgnoreRuleFault faultOfMaking(TrustFault fault) {
   return fault == TrustFault::tooLarge ? IgnoreRuleFault::untrusted : faultOf(fault);
 }
 
-bool isUsable(const FilePath& path) { return path.bytes.starts_with('/') && !path.bytes.contains('\0'); }
-
 /// A rule covers by comparing whole components, which only works for a path in the form that scans compare it with.
 bool coversWhatItNames(const IgnoreRule& rule) { return rule.canonicalPath == standardised(rule.canonicalPath); }
 
@@ -72,7 +70,7 @@ Outcome<std::vector<IgnoreRule>, IgnoreRuleError> IgnoreRuleStore::load() {
 
 Outcome<IgnoreRule, IgnoreRuleError> IgnoreRuleStore::add(const FilePath& path,
                                                           std::optional<std::string> application) {
-  if (!isUsable(path)) return refused(IgnoreRuleFault::invalidPath);
+  if (!isAbsolute(path.bytes)) return refused(IgnoreRuleFault::invalidPath);
   const auto canonical = fileSystem_.resolved(standardised(path));
   if (!canonical) return refused(IgnoreRuleFault::invalidPath, canonical.error());
 

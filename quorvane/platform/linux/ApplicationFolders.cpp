@@ -6,15 +6,13 @@ namespace quorvane {
 
 namespace {
 
-bool isAbsolute(const FilePath& path) { return path.bytes.starts_with('/'); }
-
 /// The folder that a variable names, standardised.
 std::optional<FilePath> folderFromVariable(const FolderRequest& request, const char* variable) {
   if (request.home) return std::nullopt;
   const auto found = request.environment.find(variable);
   if (found == request.environment.end()) return std::nullopt;
   const FilePath path{found->second};
-  if (!isAbsolute(path)) return std::nullopt;
+  if (!isAbsolute(path.bytes)) return std::nullopt;
   return standardised(path);
 }
 
@@ -23,7 +21,7 @@ Outcome<FilePath, FolderFault> homeFor(const FolderRequest& request) {
   if (!home) home = folderFromVariable(request, "HOME");
   if (!home) home = homeFromUserDatabase();
   if (!home) return failure(FolderFault::homeUnknown);
-  if (!isAbsolute(*home)) return failure(FolderFault::homeNotAbsolute);
+  if (!isAbsolute(home->bytes)) return failure(FolderFault::homeNotAbsolute);
   return standardised(*home);
 }
 

@@ -47,7 +47,7 @@ std::optional<std::string> unescaped(std::string_view field) {
 std::optional<FilePath> mountPointOf(std::string_view line) {
   for (std::size_t i = 0; i < mountPointField; ++i) takeUntil(line, ' ');
   std::optional<std::string> point = unescaped(takeUntil(line, ' '));
-  if (!point || !point->starts_with('/') || point->contains('\0') || line.empty()) return std::nullopt;
+  if (!point || !isAbsolute(*point) || line.empty()) return std::nullopt;
   return FilePath{std::move(*point)};
 }
 

@@ -89,8 +89,7 @@ bool hasNul(const std::string& text) { return text.contains('\0'); }
 
 bool isWellFormed(const ProcessRequest& request) {
   const bool isFolderFit = !request.workingFolder || !hasNul(request.workingFolder->bytes);
-  return request.executable.bytes.starts_with('/') && !hasNul(request.executable.bytes) && isFolderFit &&
-         std::ranges::none_of(request.arguments, hasNul) &&
+  return isAbsolute(request.executable.bytes) && isFolderFit && std::ranges::none_of(request.arguments, hasNul) &&
          std::ranges::none_of(request.environment, [](const auto& variable) {
            return variable.first.empty() || variable.first.contains('=') || hasNul(variable.first) ||
                   hasNul(variable.second);

@@ -40,8 +40,6 @@ Outcome<FileDescriptor, PosixError> openedAt(int folder, const char* name, int f
 
 bool isDevice(const struct stat& status) { return S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode); }
 
-bool isAbsoluteText(const FilePath& path) { return path.bytes.starts_with('/') && !path.bytes.contains('\0'); }
-
 FilePath withoutTrailingSlashes(FilePath path) {
   while (path.bytes.size() > 1 && path.bytes.ends_with('/')) path.bytes.pop_back();
   return path;
@@ -91,17 +89,17 @@ bool PosixFileSystem::isLeaf(const char* name) {
 }
 
 Outcome<FileDescriptor, PosixError> PosixFileSystem::openStartingFolder(const FilePath& path) {
-  if (!isAbsoluteText(path)) return refused(EINVAL);
+  if (!isAbsolute(path.bytes)) return refused(EINVAL);
   return openedAt(AT_FDCWD, path.bytes.c_str(), O_RDONLY | O_DIRECTORY);
 }
 
 Outcome<FilePath, PosixError> PosixFileSystem::resolved(const FilePath& path) {
-  if (!isAbsoluteText(path)) return refused(EINVAL);
+  if (!isAbsolute(path.bytes)) return refused(EINVAL);
   return resolvedWithin(path, mostLinksInARow);
 }
 
 Outcome<FileDescriptor, PosixError> PosixFileSystem::openRealFolder(const FilePath& path) {
-  if (!isAbsoluteText(path) || path != standardised(path)) return refused(EINVAL);
+  if (!isAbsolute(path.bytes) || path != standardised(path)) return refused(EINVAL);
   const int number = retried([&] { return systemOpenRealFolder(path.bytes.c_str()); });
   if (number >= 0) return FileDescriptor(number);
   if (lastPosixError().code != ENOSYS) return lastFailure();

@@ -78,7 +78,7 @@ CleaningSafetyPolicy::CleaningSafetyPolicy(FileSystem& fileSystem, CleaningRules
     : fileSystem_(fileSystem), rules_(std::move(rules)), resolvedRules_(resolvedRules(fileSystem, rules_)) {}
 
 bool CleaningSafetyPolicy::allowsCleaning(const FilePath& location) const {
-  if (!location.bytes.starts_with('/') || location.bytes.contains('\0')) return false;
+  if (!isAbsolute(location.bytes)) return false;
   const auto resolved = fileSystem_.resolved(standardised(location));
   return resolved && allowsCleaning(location, *resolved);
 }
