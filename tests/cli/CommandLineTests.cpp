@@ -1,7 +1,7 @@
 #include "quorvane/app/cli/CommandLine.h"
 
-#include "quorvane/app/cli/Arguments.h"
-#include "quorvane/app/cli/NearestWord.h"
+#include "quorvane/app/cli/arguments/Arguments.h"
+#include "quorvane/app/cli/arguments/NearestWord.h"
 #include "quorvane/base/Json.h"
 #include "quorvane/core/ScanResult.h"
 #include "tests/cli/CommandLineRun.h"

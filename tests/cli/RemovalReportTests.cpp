@@ -1,8 +1,8 @@
 // What is said of removals and restores, whatever the names and the width of the terminal.
-#include "quorvane/app/cli/HistoryReport.h"
-#include "quorvane/app/cli/RemovalSummary.h"
-#include "quorvane/app/cli/RestoreReport.h"
-#include "quorvane/app/cli/ReviewAnswer.h"
+#include "quorvane/app/cli/reports/HistoryReport.h"
+#include "quorvane/app/cli/reports/RemovalSummary.h"
+#include "quorvane/app/cli/reports/RestoreReport.h"
+#include "quorvane/app/cli/review/ReviewAnswer.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
-#include "quorvane/app/cli/ScanReport.h"
+#include "quorvane/app/cli/reports/ScanReport.h"
 
-#include "quorvane/app/cli/ProgressBar.h"
-#include "quorvane/app/cli/StoragePicture.h"
+#include "quorvane/app/cli/reports/StoragePicture.h"
+#include "quorvane/app/cli/terminal/ProgressBar.h"
 #include "quorvane/app/messages/TextLayout.h"
 #include "tests/cli/CommandLineRun.h"
 

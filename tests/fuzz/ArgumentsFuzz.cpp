@@ -1,4 +1,4 @@
-#include "quorvane/app/cli/Arguments.h"
+#include "quorvane/app/cli/arguments/Arguments.h"
 #include "quorvane/app/messages/MessageCatalogue.h"
 #include "quorvane/base/Assert.h"
 

@@ -1,4 +1,4 @@
-#include "quorvane/app/cli/ReviewAnswer.h"
+#include "quorvane/app/cli/review/ReviewAnswer.h"
 #include "quorvane/base/Assert.h"
 #include "quorvane/base/Utf8.h"
 

@@ -1,6 +1,6 @@
 #include "quorvane/app/manual/ManualPages.h"
 
-#include "quorvane/app/cli/Arguments.h"
+#include "quorvane/app/cli/arguments/Arguments.h"
 #include "quorvane/app/manual/RoffPage.h"
 #include "tests/manual/ManualRun.h"
 #include "tests/support/TempFolder.h"

@@ -1,11 +1,11 @@
-#include "quorvane/app/cli/NearestWord.h"
 #include "quorvane/app/cli/RemovalCommand.h"
 #include "quorvane/app/cli/RemovalRun.h"
-#include "quorvane/app/cli/ReviewDialogue.h"
 #include "quorvane/app/cli/ReviewFile.h"
 #include "quorvane/app/cli/RunningOperation.h"
-#include "quorvane/app/cli/ScanReport.h"
-#include "quorvane/app/cli/ScannedCategories.h"
+#include "quorvane/app/cli/arguments/NearestWord.h"
+#include "quorvane/app/cli/arguments/ScannedCategories.h"
+#include "quorvane/app/cli/reports/ScanReport.h"
+#include "quorvane/app/cli/review/ReviewDialogue.h"
 #include "quorvane/cleaning/CleaningSelection.h"
 
 namespace quorvane {

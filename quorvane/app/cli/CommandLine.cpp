@@ -2,8 +2,8 @@
 
 #include "quorvane/app/cli/Commands.h"
 #include "quorvane/app/cli/HelpText.h"
-#include "quorvane/app/cli/InterruptSignal.h"
 #include "quorvane/app/cli/Version.h"
+#include "quorvane/app/cli/terminal/InterruptSignal.h"
 #include "quorvane/base/Assert.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "quorvane/app/cli/CommandError.h"
-#include "quorvane/app/cli/Console.h"
+#include "quorvane/app/cli/arguments/CommandError.h"
+#include "quorvane/app/cli/terminal/Console.h"
 
 #include <string>
 #include <vector>

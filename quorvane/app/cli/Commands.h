@@ -1,7 +1,7 @@
 #pragma once
 
 #include "quorvane/app/cli/CommandLine.h"
-#include "quorvane/app/cli/Console.h"
+#include "quorvane/app/cli/terminal/Console.h"
 #include "quorvane/app/model/AppModel.h"
 #include "quorvane/app/model/MainLoop.h"
 #include "quorvane/base/Outcome.h"

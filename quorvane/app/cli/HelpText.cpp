@@ -1,6 +1,6 @@
 #include "quorvane/app/cli/HelpText.h"
 
-#include "quorvane/app/cli/ReportText.h"
+#include "quorvane/app/cli/terminal/ReportText.h"
 #include "quorvane/app/messages/TextLayout.h"
 
 #include <algorithm>

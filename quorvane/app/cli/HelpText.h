@@ -1,7 +1,7 @@
 #pragma once
 
-#include "quorvane/app/cli/Arguments.h"
-#include "quorvane/app/cli/OutputChannel.h"
+#include "quorvane/app/cli/arguments/Arguments.h"
+#include "quorvane/app/cli/terminal/OutputChannel.h"
 #include "quorvane/app/messages/MessageCatalogue.h"
 
 #include <string>

@@ -1,7 +1,7 @@
 #include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/cli/HistoryNames.h"
-#include "quorvane/app/cli/HistoryReport.h"
 #include "quorvane/app/cli/ServiceErrors.h"
+#include "quorvane/app/cli/reports/HistoryNames.h"
+#include "quorvane/app/cli/reports/HistoryReport.h"
 
 #include <algorithm>
 

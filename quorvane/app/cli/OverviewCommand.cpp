@@ -1,8 +1,8 @@
 #include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/cli/HistoryRuns.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
-#include "quorvane/app/cli/StoragePicture.h"
+#include "quorvane/app/cli/reports/HistoryRuns.h"
+#include "quorvane/app/cli/reports/StoragePicture.h"
 #include "quorvane/base/Json.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/cli/RemovalSummary.h"
+#include "quorvane/app/cli/reports/RemovalSummary.h"
 
 #include <functional>
 #include <vector>

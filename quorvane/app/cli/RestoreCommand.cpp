@@ -1,8 +1,8 @@
 #include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/cli/HistoryNames.h"
-#include "quorvane/app/cli/RestoreReport.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
+#include "quorvane/app/cli/reports/HistoryNames.h"
+#include "quorvane/app/cli/reports/RestoreReport.h"
 
 #include <algorithm>
 #include <utility>

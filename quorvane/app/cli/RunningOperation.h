@@ -1,8 +1,8 @@
 #pragma once
 
 #include "quorvane/app/cli/Commands.h"
-#include "quorvane/app/cli/InterruptSignal.h"
-#include "quorvane/app/cli/ProgressBar.h"
+#include "quorvane/app/cli/terminal/InterruptSignal.h"
+#include "quorvane/app/cli/terminal/ProgressBar.h"
 #include "quorvane/app/model/AppModel.h"
 #include "quorvane/app/model/MainLoop.h"
 #include "quorvane/base/Assert.h"

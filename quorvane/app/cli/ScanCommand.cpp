@@ -1,6 +1,6 @@
 #include "quorvane/app/cli/Commands.h"
 #include "quorvane/app/cli/RunningOperation.h"
-#include "quorvane/app/cli/ScanReport.h"
+#include "quorvane/app/cli/reports/ScanReport.h"
 
 namespace quorvane {
 

@@ -1,6 +1,6 @@
 #include "quorvane/app/cli/ServiceErrors.h"
 
-#include "quorvane/app/cli/Console.h"
+#include "quorvane/app/cli/terminal/Console.h"
 
 #include <utility>
 

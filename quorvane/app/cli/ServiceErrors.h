@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvane/app/cli/CommandError.h"
+#include "quorvane/app/cli/arguments/CommandError.h"
 #include "quorvane/app/model/AppModel.h"
 
 #include <string>

@@ -1,8 +1,8 @@
 #include "quorvane/app/cli/RemovalCommand.h"
 #include "quorvane/app/cli/RemovalRun.h"
-#include "quorvane/app/cli/ReviewAnswer.h"
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
+#include "quorvane/app/cli/review/ReviewAnswer.h"
 
 #include <algorithm>
 

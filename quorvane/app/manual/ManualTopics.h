@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvane/app/cli/Arguments.h"
+#include "quorvane/app/cli/arguments/Arguments.h"
 
 #include <span>
 #include <string_view>

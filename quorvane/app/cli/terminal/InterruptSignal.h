@@ -1,0 +1,65 @@
+#pragma once
+
+#include "quorvane/app/cli/arguments/CommandError.h"
+#include "quorvane/app/model/MainLoop.h"
+#include "quorvane/platform/FileDescriptor.h"
+
+#include <array>
+#include <csignal>
+#include <string>
+
+namespace quorvane {
+
+/// As long as it lives, Ctrl-C ends the process, as ever, with this line on standard error before: outside of the two
+/// below, which take its place. It stays overlooked where the process was started to overlook it. One at a time.
+class InterruptNotice {
+ public:
+  explicit InterruptNotice(std::string line);
+  ~InterruptNotice();
+  InterruptNotice(const InterruptNotice&) = delete;
+  InterruptNotice& operator=(const InterruptNotice&) = delete;
+
+ private:
+  const std::string line_;
+  struct sigaction before_ {};
+};
+
+/// As long as it lives, Ctrl-C (SIGINT), a lost terminal (SIGHUP) and a request to end (SIGTERM) interrupt the loop
+/// instead of ending the process, the first time each; a second one of its kind ends it. One that the process was
+/// started to overlook stays overlooked. One at a time.
+class InterruptSignal {
+ public:
+  explicit InterruptSignal(MainLoop& loop);
+  ~InterruptSignal();
+  InterruptSignal(const InterruptSignal&) = delete;
+  InterruptSignal& operator=(const InterruptSignal&) = delete;
+
+  /// How a run ends that was cancelled: by the first signal that came, as Ctrl-C where none did.
+  ExitCode exitCode() const;
+
+ private:
+  static constexpr std::array numbers_{SIGINT, SIGHUP, SIGTERM};
+
+  std::array<struct sigaction, numbers_.size()> before_{};
+};
+
+/// As long as it lives, Ctrl-C ends a wait for an answer instead of the process, the first time; a second one ends the
+/// process. It stays overlooked where the process was started to overlook it. One at a time.
+class QuestionInterrupt {
+ public:
+  QuestionInterrupt();
+  ~QuestionInterrupt();
+  QuestionInterrupt(const QuestionInterrupt&) = delete;
+  QuestionInterrupt& operator=(const QuestionInterrupt&) = delete;
+
+  /// Becomes readable with Ctrl-C, and stays so.
+  int descriptor() const { return reader_.number(); }
+  bool hasCome() const;
+
+ private:
+  FileDescriptor reader_;
+  FileDescriptor writer_;
+  struct sigaction before_ {};
+};
+
+}  // namespace quorvane
