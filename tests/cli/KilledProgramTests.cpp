@@ -33,7 +33,7 @@ class ProgramHome {
 
   void makeLogs(const std::string& home = "home") {
     home_ = home;
-    for (int i = 0; i < logCount; ++i) scan_.write(logs() + "/" + std::to_string(i) + ".log", std::to_string(i));
+    for (int i = 0; i < logCount; ++i) scan_.write(logs() + "/run-" + std::to_string(i) + ".log", std::to_string(i));
     scan_.age(home, 24h * 90);
   }
 

@@ -52,7 +52,7 @@ TEST_F(LinuxScanTests, findsTheOtherPlacesOfTheTable) {
           {".local/state/app/000003.log"},
           {".local/state/app/logs/000003.log"},
           {".local/state/app/state.db"},
-          {".local/state/app/logs/old", "safe reason.diagnosticLog selected"},
+          {".local/state/app/logs/old", "review reason.diagnosticLog"},
           {".local/share/app/logs/app.log.1", "review reason.diagnosticLog"},
           {"projects/rust/target|/CACHEDIR.TAG", "safe reason.cacheTag selected", tag},
           {"projects/rust/src/main.rs"},

@@ -40,7 +40,8 @@ FileDescriptor watchForEnd(pid_t child) {
 }
 
 void restoreDescriptorLimit(pid_t child) {
-  // posix_spawn cannot set limits. The child is still being loaded when this takes effect.
+  // posix_spawn cannot set limits. The child is still being loaded when this takes effect, or hardly is: it may see the
+  // raised limit for a moment.
   if (const auto before = descriptorLimitBeforeRaise()) ::prlimit(child, RLIMIT_NOFILE, &*before, nullptr);
 }
 

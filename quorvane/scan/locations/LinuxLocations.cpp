@@ -91,8 +91,8 @@ constexpr std::array rules{
 
     logFilesAt(state, ""),
     logFilesAt(state, "*"),
-    logsAt(state, "*/log", entries),
-    logsAt(state, "*/logs", entries),
+    logsAt(state, "*/log", entries, {}, review),  // some keep what people wrote to each other there
+    logsAt(state, "*/logs", entries, {}, review),
     logFilesAt(data, "xorg", "X server"),
     logsAt(home, ".xsession-errors", itself, ".xsession-errors"),
     logsAt(home, ".xsession-errors.old", itself, ".xsession-errors.old"),
