@@ -23,7 +23,7 @@ BatchMover::BatchMover(const RemovalServices& services, Run run, RunReport& repo
 Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLast) {
   std::vector<CleanupMoveJournal::Request> requests;
   requests.reserve(batch.size());
-  if (!measuredFolder_) {
+  if (measuredFolder_.bytes.empty()) {
     measuredFolder_ = parentOf(batch.front().canonicalPath);
     availableBefore_ = availableBytes();
   }
@@ -69,9 +69,9 @@ void BatchMover::start(CleanupMoveJournal::Transaction begun, ProvedBatch batch,
     movingPlaces_.take(item.canonicalPath);
     item.place = {};  // its folder is opened anew for the move
   }
-  Moving& moving = moving_.emplace(std::move(begun), std::move(batch));
+  moving_ = std::make_unique<Moving>(std::move(begun), std::move(batch));
   const auto policy = isLast ? std::launch::deferred : std::launch::async | std::launch::deferred;
-  moves_ = std::async(policy, [this, &moving] { perform(moving); });
+  moves_ = std::async(policy, [this, &moving = *moving_] { perform(moving); });
 }
 
 void BatchMover::perform(Moving& moving) {
@@ -80,7 +80,7 @@ void BatchMover::perform(Moving& moving) {
 }
 
 std::optional<std::int64_t> BatchMover::availableBytes() {
-  const auto capacity = services_.moves.volumes.capacity(*measuredFolder_);
+  const auto capacity = services_.moves.volumes.capacity(measuredFolder_);
   return capacity ? std::optional(capacity->available) : std::nullopt;
 }
 
@@ -99,7 +99,7 @@ void BatchMover::wait() {
       report_.noteStopped();
     }
   }
-  unrecorded_.push_back(*std::exchange(moving_, std::nullopt));
+  unrecorded_.push_back(std::move(moving_));
   movingPlaces_ = {};
 }
 
@@ -122,11 +122,11 @@ Outcome<void, RecoveryStoreError> BatchMover::finish() {
 /// Of all that is not recorded yet. The difference of free space goes to the first item that was moved.
 BatchMover::Conclusion BatchMover::conclude(std::optional<std::int64_t> availableBytesDelta) {
   Conclusion all;
-  for (Moving& moved : unrecorded_) {
+  for (const auto& moved : unrecorded_) {
     const bool hasMoved =
-        std::ranges::any_of(moved.transaction.moves(), &CleanupMoveJournal::Transaction::Move::isFinished);
+        std::ranges::any_of(moved->transaction.moves(), &CleanupMoveJournal::Transaction::Move::isFinished);
     Conclusion one =
-        moved.transaction.conclude(hasMoved ? std::exchange(availableBytesDelta, std::nullopt) : std::nullopt);
+        moved->transaction.conclude(hasMoved ? std::exchange(availableBytesDelta, std::nullopt) : std::nullopt);
     std::ranges::move(one.change.replaced, std::back_inserter(all.change.replaced));
     std::ranges::move(one.change.erased, std::back_inserter(all.change.erased));
     std::ranges::move(one.change.changedFolders, std::back_inserter(all.change.changedFolders));
@@ -143,16 +143,16 @@ void BatchMover::noteRecorded(std::vector<CleaningHistoryEntry> receipts) {
 /// What was moved is in the Trash, but its record still reads "interrupted".
 void BatchMover::keepUnrecorded() {
   (void)conclude();  // so that each entry tells what came of its item, though it is not written
-  for (const Moving& moved : unrecorded_) {
-    for (std::size_t i = 0; i < moved.batch.size(); ++i) {
-      const CleanupMoveJournal::Transaction::Move& move = moved.transaction.moves()[i];
+  for (const auto& moved : unrecorded_) {
+    for (std::size_t i = 0; i < moved->batch.size(); ++i) {
+      const CleanupMoveJournal::Transaction::Move& move = moved->transaction.moves()[i];
       if (!move.isAnnounced || !(move.isFinished || move.failure)) continue;
       CleaningHistoryEntry& entry = report_.result.entries.emplace_back(move.receipt);
       if (!move.isFinished) continue;
       entry.items.front().cleanupJournalUnavailable = true;
       entry.items.front().failureReason = services_.moves.texts(journalKeys::unavailable);
       report_.result.failures.push_back(
-          {moved.batch[i].index, {std::string(journalKeys::unavailable), CleanupFailureCategory::other}});
+          {moved->batch[i].index, {std::string(journalKeys::unavailable), CleanupFailureCategory::other}});
     }
   }
   unrecorded_.clear();

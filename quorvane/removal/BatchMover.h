@@ -45,7 +45,6 @@ class BatchMover {
 
   /// Waits for the batch that is being moved, and reports it.
   void wait();
-  bool isMoving() const { return moving_.has_value(); }
 
   /// Whether a place is being moved, lies in one that is, or holds one.
   bool isMoving(const FilePath& canonicalPath) const { return movingPlaces_.overlaps(canonicalPath); }
@@ -80,12 +79,12 @@ class BatchMover {
   Run run_;
   RunReport& report_;
   CleanupMoveJournal journal_;
-  std::optional<FilePath> measuredFolder_;  ///< on the volume whose free space is measured: that of the first item
+  FilePath measuredFolder_;  ///< on the volume whose free space is measured: that of the first item
   std::optional<std::int64_t> availableBefore_;
   TakenPlaces movingPlaces_;
   TakenPlaces moved_;
-  std::vector<Moving> unrecorded_;  ///< were moved; what became of them is still to be written
-  std::optional<Moving> moving_;
+  std::vector<std::unique_ptr<Moving>> unrecorded_;  ///< were moved; what became of them is still to be written
+  std::unique_ptr<Moving> moving_;
   std::future<void> moves_;  ///< of `moving_`, which it works on
 };
 
