@@ -84,8 +84,8 @@ std::vector<Row> rowsOf(const LocationTable& table) {
     rows.push_back({known.category, code(fmt::format("~/.cache/{}", known.name)) + " +", std::string(known.program),
                     SafetyLevel::safe, "reason.regenerableCache", known.evidence});
   // What belongs to no one program stands behind what does.
-  std::ranges::stable_sort(rows, {},
-                           [](const Row& row) { return std::tuple(row.program.empty(), asciiLowered(row.program)); });
+  std::ranges::sort(
+      rows, {}, [](const Row& row) { return std::tuple(row.program.empty(), asciiLowered(row.program), row.place); });
   return rows;
 }
 
