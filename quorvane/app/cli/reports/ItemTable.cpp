@@ -99,7 +99,7 @@ std::string reasonText(const ScanItem& item, const ReportStyle& style) {
 }
 
 std::string sizeText(const ScanItem& item, const ReportStyle& style) {
-  const std::string size = ByteFormat::text(style.catalogue, item.size);
+  std::string size = ByteFormat::text(style.catalogue, item.size);
   if (!isPartlyMeasured(item)) return size;
   if (!style.text.isLaidOut) return style.catalogue.text({"cli.amount.atLeast", {{"size", size}}});
   return std::string(glyphs(style.text.characters).lowerBound) + " " + size;
