@@ -93,8 +93,9 @@ void BatchMover::wait() {
     if (moves[i].isFinished) {
       moved_.take(item.canonicalPath);
       report_.noteMoved(item.index, item.size);
-    } else if (moves[i].failure) {
-      report_.refuse(item.index, moves[i].isUncertain() ? uncertainRefusal() : refusalOf(*moves[i].failure));
+    } else if (const auto& reason = moves[i].failure) {
+      RemovalRefusal refusal = refusalOf(*reason);
+      report_.refuse(item.index, moves[i].isUncertain() ? uncertainRefusal() : std::move(refusal));
     } else {
       report_.noteStopped();
     }
