@@ -112,7 +112,9 @@ Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view tex
     if (!entry) return failure(json::below(place, entry.error()));
     if (!document.takeIdentifiers(*entry)) return failure(JsonError{JsonFault::malformed, place});
     document.entries_.push_back(*std::move(entry));
-    document.texts_.emplace_back(*element) += separator;
+    std::string& kept = document.texts_.emplace_back();
+    kept.reserve(element->size() + separator.size());
+    kept.append(*element).append(separator);
   }
   if (!splitter.isComplete()) return failure(JsonError{JsonFault::malformed, {}});
   return document;
