@@ -16,8 +16,8 @@ namespace quorvane {
 
 /// One removal, from its first request to its last. Used once.
 ///
-/// The requests go in batches: each is proved as a whole, announced in one write, moved, and recorded in one write. A
-/// batch is small, so that little time passes between proving an item unchanged and moving it.
+/// The requests go in batches: each is proved as a whole and handed to the `BatchMover`, which moves it while the next
+/// one is proved. A batch is small, so that little time passes between proving an item unchanged and moving it.
 class RemovalRun {
  public:
   struct Task {
