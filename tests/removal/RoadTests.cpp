@@ -10,6 +10,7 @@
 #include <fstream>
 #include <set>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,26 +38,25 @@ class SwapScene {
     for (const std::string& item : RoadScene::items()) reviewed_.insert(inodeOf(item));
   }
 
-  /// What has gone to the Trash already leaves its place to whoever comes.
+  /// Both names change in one step, so that whoever looks meanwhile never finds the place empty and fills it. What has
+  /// gone to the Trash already leaves its place to whoever comes.
   void swap() {
     for (std::size_t i = 0; i < swaps_.size(); ++i) {
-      std::error_code isGone;
-      std::filesystem::rename(path(swaps_[i].path), aside(i), isGone);
       if (swaps_[i].target.empty()) {
-        std::filesystem::create_directories(path(swaps_[i].path + "/new"), isGone);
+        std::filesystem::create_directories(aside(i) / "new");
       } else {
-        std::filesystem::create_symlink(path(swaps_[i].target), path(swaps_[i].path), isGone);
+        std::filesystem::create_symlink(path(swaps_[i].target), aside(i));
       }
+      if (exchange(i)) continue;
+      std::error_code isGone;
+      std::filesystem::rename(aside(i), path(swaps_[i].path), isGone);
     }
   }
 
   void takeBack() {
     for (std::size_t i = 0; i < swaps_.size(); ++i) {
-      const std::filesystem::path place = path(swaps_[i].path);
-      const bool isOther = std::filesystem::is_symlink(place) || std::filesystem::exists(place / "new");
-      if (isOther) std::filesystem::remove_all(place);
-      std::error_code isGone;
-      std::filesystem::rename(aside(i), place, isGone);
+      if (isOther(path(swaps_[i].path)) && !exchange(i)) std::filesystem::remove_all(path(swaps_[i].path));
+      if (isOther(aside(i))) std::filesystem::remove_all(aside(i));
     }
   }
 
@@ -69,6 +69,17 @@ class SwapScene {
 
  private:
   std::filesystem::path aside(std::size_t number) { return path("aside " + std::to_string(number)); }
+
+  static bool isOther(const std::filesystem::path& place) {
+    return std::filesystem::is_symlink(place) || std::filesystem::exists(place / "new");
+  }
+
+  /// False when either is not there.
+  bool exchange(std::size_t number) {
+    const std::string place = path(swaps_[number].path);
+    return ::renameat2(AT_FDCWD, aside(number).c_str(), AT_FDCWD, place.c_str(), RENAME_EXCHANGE) == 0;
+  }
+
   std::filesystem::path path(const std::string& relative) { return scene_.home().at(relative).bytes; }
 
   std::uint64_t inodeOf(const std::string& relative) {
