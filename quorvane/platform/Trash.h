@@ -39,6 +39,9 @@ class TrashFolder {
   /// the note for `forgetUnfinished`.
   virtual Outcome<std::string, PosixError> receive(int folder, const std::string& name, const TrashNote& note) = 0;
 
+  /// The leaves that `receive` tries for an item of this name in this move, the likeliest first.
+  virtual std::vector<std::string> leavesFor(const std::string& name, const Uuid& move) const = 0;
+
   /// Takes the note of an item away that has left the Trash, or never came. Succeeds when there is none.
   virtual Outcome<void, PosixError> forget(const std::string& leaf) = 0;
 

@@ -14,13 +14,6 @@ TrashNote noteOf(const CleaningHistoryItem& item, Date date) {
   return {.originalPath = item.originalPath, .deletedAt = date, .move = item.id};
 }
 
-/// Hard links of one file are the same object, so any of them is the item; its own name says most.
-const std::string& bestOf(std::vector<std::string>& leaves, std::string_view ownLeaf) {
-  std::ranges::sort(leaves);
-  const auto own = std::ranges::find(leaves, ownLeaf);
-  return own != leaves.end() ? *own : leaves.front();
-}
-
 void countMoved(CleaningHistoryEntry& entry) {
   entry.itemCount = 0;
   entry.reclaimedBytes = 0;
@@ -77,7 +70,7 @@ std::vector<int> Reconciliation::settledFolders() const {
 void Reconciliation::claimRecorded() {
   for (const CleaningHistoryEntry& entry : history_.document().entries())
     for (const CleaningHistoryItem& item : entry.items)
-      if (isInTrash(item) && item.trashedPath) claimed_.insert(*item.trashedPath);
+      if (isInTrash(item) && item.trashedPath) lookup_.claim(*item.trashedPath);
 }
 
 bool Reconciliation::settleMove(CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date) {
@@ -88,12 +81,9 @@ bool Reconciliation::settleMove(CleaningHistoryItem& item, const CleanupMoveInte
   const bool isInPlace = source && *source == intent.identity;
   if (!isInPlace) {
     // What stands there now may have been made after the item was moved: programs make their caches again.
-    auto lookup = lookup_.find(intent);
-    auto* files = std::get_if<TrashLookup::Files>(&lookup);
-    if (files == nullptr) return false;
-    const FilePath directory = files->trash.folder->directory();
-    std::erase_if(files->leaves, [&](const std::string& leaf) { return claimed_.contains(joined(directory, leaf)); });
-    if (!files->leaves.empty()) return settleInTrash(item, *files, date);
+    const auto found = lookup_.find({intent, std::string(leafOf(item.originalPath)), item.id});
+    if (!found) return false;
+    if (found->leaf) return settleInTrash(item, found->trash, *found->leaf, date);
   }
   if (intent.externalMoveRequested.value_or(false)) return false;
   forgetUnfinished(item, intent, date);
@@ -105,15 +95,14 @@ bool Reconciliation::settleMove(CleaningHistoryItem& item, const CleanupMoveInte
   return true;
 }
 
-bool Reconciliation::settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files, Date date) {
-  const std::string& leaf = bestOf(files.leaves, leafOf(item.originalPath));
-  TrashFolder& trash = *files.trash.folder;
-  const auto status = services_.fileSystem.status(trash.descriptor(), leaf.c_str());
+bool Reconciliation::settleInTrash(CleaningHistoryItem& item, const RecordedTrash& trash, const std::string& leaf,
+                                   Date date) {
+  const auto status = services_.fileSystem.status(trash.folder->descriptor(), leaf.c_str());
   if (!status) return false;
-  (void)trash.ensureNote(leaf, noteOf(item, date));  // the item itself is safe without
-  const FilePath trashed = joined(trash.directory(), leaf);
+  (void)trash.folder->ensureNote(leaf, noteOf(item, date));  // the item itself is safe without
+  const FilePath trashed = joined(trash.folder->directory(), leaf);
   markMovedToTrash(item, trashed, identityOf(*status));
-  claimed_.insert(trashed);
+  lookup_.claim(trashed);
   return true;
 }
 

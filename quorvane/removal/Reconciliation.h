@@ -3,8 +3,6 @@
 #include "quorvane/removal/OpenHistory.h"
 #include "quorvane/removal/TrashLookup.h"
 
-#include <set>
-
 namespace quorvane {
 
 /// Settles what earlier runs left pending, by looking where each item is now. Only what is certain is settled, all of
@@ -24,13 +22,12 @@ class Reconciliation {
 
   void claimRecorded();
   std::vector<int> settledFolders() const;
-  bool settleInTrash(CleaningHistoryItem& item, TrashLookup::Files& files, Date date);
+  bool settleInTrash(CleaningHistoryItem& item, const RecordedTrash& trash, const std::string& leaf, Date date);
   void forgetUnfinished(const CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date);
 
   const MoveServices& services_;
   OpenHistory& history_;
   TrashLookup lookup_;
-  std::set<FilePath> claimed_;  ///< paths in the Trash that a record names
 };
 
 }  // namespace quorvane

@@ -31,15 +31,29 @@ Outcome<TrashLookup::Opened, PosixError> TrashLookup::opened(const FilePath& dir
   return opened_.emplace(directory, Opened{std::move(shared), std::move(anchor)}).first->second;
 }
 
-TrashLookup::Lookup TrashLookup::find(const CleanupMoveIntent& intent) {
-  const auto trash = open(intent.trashDirectory, intent.trashLocation);
-  if (!trash) return Unavailable{};
+std::optional<TrashLookup::Found> TrashLookup::find(const Announced& announced) {
+  const auto trash = open(announced.intent.trashDirectory, announced.intent.trashLocation);
+  if (!trash) return std::nullopt;
+  if (auto leaf = leafAmongExpected(*trash, announced)) return Found{*trash, std::move(leaf)};
   const auto& listed = listing(*trash->folder);
-  if (!listed) return Unavailable{};
-  Files files{*trash, {}};
+  if (!listed) return std::nullopt;
   for (const Listed& entry : *listed)
-    if (isSameObject(intent.identity, entry.identity, trash->volume)) files.leaves.push_back(entry.leaf);
-  return files;
+    if (isFree(*trash, entry.leaf) && isSameObject(announced.intent.identity, entry.identity, trash->volume))
+      return Found{*trash, entry.leaf};
+  return Found{*trash, std::nullopt};
+}
+
+std::optional<std::string> TrashLookup::leafAmongExpected(const RecordedTrash& trash, const Announced& announced) {
+  for (std::string& leaf : trash.folder->leavesFor(announced.name, announced.move)) {
+    const auto status = services_.fileSystem.status(trash.folder->descriptor(), leaf.c_str());
+    const bool isItem = status && isSameObject(announced.intent.identity, identityOf(*status), trash.volume);
+    if (isItem && isFree(trash, leaf)) return std::move(leaf);
+  }
+  return std::nullopt;
+}
+
+bool TrashLookup::isFree(const RecordedTrash& trash, const std::string& leaf) const {
+  return !claimed_.contains(joined(trash.folder->directory(), leaf));
 }
 
 std::vector<std::shared_ptr<TrashFolder>> TrashLookup::folders() const {

@@ -7,8 +7,8 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace quorvane {
@@ -31,17 +31,24 @@ class TrashLookup {
   Outcome<RecordedTrash, PosixError> open(const FilePath& directory,
                                           const std::optional<CleanupDirectoryAnchor>& recorded);
 
-  /// The folder cannot be trusted or read, or holds more than 20,000 entries: a huge Trash is never walked in full.
-  struct Unavailable {};
-  /// The items directly in the folder that are the wanted object, by their names; several for hard links of one file.
-  struct Files {
-    RecordedTrash trash;
-    std::vector<std::string> leaves;
-  };
-  using Lookup = std::variant<Files, Unavailable>;
+  /// From now on `find` passes over what stands at this path: another record has it. Hard links of one file are one
+  /// object under several names.
+  void claim(const FilePath& trashed) { claimed_.insert(trashed); }
 
-  /// Where the object of an intent is now, if it is in its Trash.
-  Lookup find(const CleanupMoveIntent& intent);
+  /// A move that was announced, and may have happened.
+  struct Announced {
+    const CleanupMoveIntent& intent;
+    std::string name;  ///< of the item, where it came from
+    Uuid move;
+  };
+  struct Found {
+    RecordedTrash trash;
+    std::optional<std::string> leaf;  ///< of the item; nothing where it is not in its Trash
+  };
+  /// Looks for the item of a move in its Trash: first under the names that the Trash gives, then under all that there
+  /// are. Nothing where that cannot be told: the folder cannot be trusted or read, or the item has none of those names
+  /// and the folder more than 20,000 entries. A huge Trash is never listed in full.
+  std::optional<Found> find(const Announced& announced);
 
   /// The folders that were opened so far.
   std::vector<std::shared_ptr<TrashFolder>> folders() const;
@@ -57,11 +64,14 @@ class TrashLookup {
   };
 
   Outcome<Opened, PosixError> opened(const FilePath& directory);
+  std::optional<std::string> leafAmongExpected(const RecordedTrash& trash, const Announced& announced);
+  bool isFree(const RecordedTrash& trash, const std::string& leaf) const;
   const std::optional<std::vector<Listed>>& listing(TrashFolder& folder);
   std::optional<std::vector<Listed>> list(TrashFolder& folder);
 
   const MoveServices& services_;
   std::map<FilePath, Outcome<Opened, PosixError>> opened_;
+  std::set<FilePath> claimed_;
   std::map<std::string, std::optional<std::vector<Listed>>> listings_;  ///< by what the folder is
 };
 

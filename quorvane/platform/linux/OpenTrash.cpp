@@ -68,6 +68,13 @@ Outcome<std::string, PosixError> OpenTrash::receive(int folder, const std::strin
   return failure(PosixError{EEXIST});
 }
 
+std::vector<std::string> OpenTrash::leavesFor(const std::string& name, const Uuid& move) const {
+  std::vector<std::string> leaves;
+  leaves.reserve(mostTrashNames);
+  for (unsigned attempt = 1; attempt <= mostTrashNames; ++attempt) leaves.push_back(trashName(name, move, attempt));
+  return leaves;
+}
+
 Outcome<void, PosixError> OpenTrash::forget(const std::string& leaf) {
   auto removed = fileSystem_.removeFile(info(), noteNameOf(leaf).c_str());
   if (!removed && removed.error().isMissing()) return {};
@@ -103,10 +110,8 @@ bool OpenTrash::isUnfinished(const std::string& leaf, const TrashNote& note) {
 
 void OpenTrash::forgetUnfinished(const std::string& name, const TrashNote& note) {
   if (!isOneComponent(name)) return;
-  for (unsigned attempt = 1; attempt <= mostTrashNames; ++attempt) {
-    const std::string leaf = trashName(name, note.move, attempt);
+  for (const std::string& leaf : leavesFor(name, note.move))
     if (isUnfinished(leaf, note)) (void)forget(leaf);
-  }
 }
 
 Outcome<void, PosixError> OpenTrash::ensureNote(const std::string& leaf, const TrashNote& note) {

@@ -28,6 +28,7 @@ class OpenTrash final : public TrashFolder {
   int descriptor() const override { return folders_.files.number(); }
 
   Outcome<std::string, PosixError> receive(int folder, const std::string& name, const TrashNote& note) override;
+  std::vector<std::string> leavesFor(const std::string& name, const Uuid& move) const override;
   Outcome<void, PosixError> forget(const std::string& leaf) override;
   void forgetUnfinished(const std::string& name, const TrashNote& note) override;
   Outcome<void, PosixError> ensureNote(const std::string& leaf, const TrashNote& note) override;
