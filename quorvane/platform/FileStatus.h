@@ -31,7 +31,6 @@ struct FileStatus {
   FileTime modified;
   FileTime changed;
   std::uint64_t mount = 0;  ///< tells mounts apart, also two mounts of one volume; 0 where the system does not say
-  bool isDataless = false;  ///< a cloud placeholder: reading it would fetch it
 
   bool operator==(const FileStatus&) const = default;
 

@@ -13,10 +13,7 @@ namespace quorvane {
 /// Which volume an object lies on.
 struct VolumeIdentity {
   std::array<std::int32_t, 2> fileSystemID{};  ///< f_fsid
-  Uuid uuid;                   ///< of the file system; where it tells none, one made from type and f_fsid
-  bool isUuidDerived = false;  ///< the latter was the case
-  std::uint64_t mount = 0;
-  bool isLocal = false;
+  Uuid uuid;  ///< of the file system; where it tells none, one made from type and f_fsid
 
   bool operator==(const VolumeIdentity&) const = default;
 };

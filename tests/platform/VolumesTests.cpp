@@ -47,15 +47,6 @@ TEST(VolumeIdentifiersTests, aDerivedUuidTellsEveryTypeAndIdentifierApart) {
   EXPECT_NE(derivedVolumeUuid(1, {2, 3}), derivedVolumeUuid(2, {2, 3}));
 }
 
-TEST(VolumeIdentifiersTests, knowsWhatLiesElsewhere) {
-  constexpr std::uint32_t ext4 = 0xEF53, nfs = 0x6969, cifs = 0xFF534D42, fuse = 0x65735546;
-  EXPECT_TRUE(isLocalFileSystem(ext4, true));
-  EXPECT_FALSE(isLocalFileSystem(nfs, false));
-  EXPECT_FALSE(isLocalFileSystem(cifs, false));
-  EXPECT_FALSE(isLocalFileSystem(fuse, false));
-  EXPECT_TRUE(isLocalFileSystem(fuse, true));
-}
-
 TEST(VolumesTests, oneVolumeHasOneIdentity) {
   TempFolder temp;
   temp.makeFolders("inner");
@@ -64,7 +55,6 @@ TEST(VolumesTests, oneVolumeHasOneIdentity) {
   const auto inner = fileSystem->openFolder(temp.descriptor(), "inner").value();
   const VolumeIdentity identity = volumes->identity(temp.descriptor()).value();
   EXPECT_EQ(volumes->identity(inner.number()).value(), identity);
-  EXPECT_EQ(identity.mount, fileSystem->status(inner.number())->mount);
   EXPECT_NE(identity.uuid, Uuid{});
   EXPECT_EQ(volumes->identity(-1).error().code, EBADF);
 }
@@ -94,9 +84,7 @@ TEST(VolumesTests, aMountedVolumeIsAnotherOne) {
     const VolumeIdentity here = volumes->identity(temp.descriptor()).value();
     const VolumeIdentity there = volumes->identity(mounted.number()).value();
     EXPECT_NE(here.uuid, there.uuid);
-    EXPECT_NE(here.mount, there.mount);
     EXPECT_NE(here.fileSystemID, there.fileSystemID);
-    EXPECT_TRUE(there.isLocal);
     EXPECT_EQ(volumes->capacity({point})->total, 1 << 20);
     EXPECT_THAT(volumes->mountPoints().value(), Contains(FilePath{point}));
   }

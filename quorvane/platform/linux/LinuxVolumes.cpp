@@ -13,7 +13,6 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
-#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 
 namespace quorvane {
@@ -65,19 +64,12 @@ class LinuxVolumes final : public Volumes {
     struct stat raw {};
     if (retried([&] { return ::fstatfs(descriptor, &volume); }) != 0 || ::fstat(descriptor, &raw) != 0)
       return failure(lastPosixError());
-    const auto status = fileSystem_->status(descriptor);
-    if (!status) return failure(status.error());
-    const auto type = static_cast<std::uint32_t>(volume.f_type);
     std::optional<Uuid> uuid = uuidFromFileSystem(descriptor);
     if (!uuid) uuid = uuidFromDeviceList(*fileSystem_, raw.st_dev);
 
-    VolumeIdentity identity;
-    identity.fileSystemID = {volume.f_fsid.__val[0], volume.f_fsid.__val[1]};
-    identity.isUuidDerived = !uuid;
-    identity.uuid = uuid ? *uuid : derivedVolumeUuid(type, identity.fileSystemID);
-    identity.mount = status->mount;
-    identity.isLocal = isLocalFileSystem(type, major(raw.st_dev) != 0);
-    return identity;
+    const std::array<std::int32_t, 2> fileSystemID = {volume.f_fsid.__val[0], volume.f_fsid.__val[1]};
+    if (!uuid) uuid = derivedVolumeUuid(static_cast<std::uint32_t>(volume.f_type), fileSystemID);
+    return VolumeIdentity{fileSystemID, *uuid};
   }
 
   Outcome<VolumeCapacity, PosixError> capacity(const FilePath& path) override {

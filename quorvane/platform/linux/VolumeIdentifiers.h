@@ -11,8 +11,4 @@ namespace quorvane {
 /// two different pairs give the same one, so nothing needs to be hashed.
 Uuid derivedVolumeUuid(std::uint32_t fileSystemType, std::array<std::int32_t, 2> fileSystemID);
 
-/// Whether a file system of this type (`f_type`) keeps its files on this machine. FUSE says nothing by its type: there,
-/// only what lies on a block device counts as local.
-bool isLocalFileSystem(std::uint32_t fileSystemType, bool isOnBlockDevice);
-
 }  // namespace quorvane
