@@ -47,7 +47,9 @@ constexpr Names notSafe[] = {
      ".cache/pypoetry/virtualenvs|.cache/coursier/jvm|.cache/evolution/sources|.cache/R/other|"
      ".cache/rebar3/bin|.cache/rebar3/lib|.cache/helm/plugins"},
     {"review sharedStore",
-     ".conda/pkgs|.yarn/berry/cache|.local/share/pnpm/store|.cache/R/renv|.terraform.d/plugin-cache"},
+     ".conda/pkgs|.yarn/berry/cache|.local/share/pnpm/store|.cache/R/renv|.terraform.d/plugin-cache|"
+     ".cache/pdm|.local/share/virtualenv|.nuget/packages|.pub-cache/hosted"},
+    {"review mayHoldLogins", ".cache/yt-dlp"},
     {"review costlyDownload",
      ".cache/huggingface/hub|.cache/huggingface/datasets|.cache/huggingface/assets|.cache/huggingface/xet|"
      ".keras/datasets|.keras/models|.cache/torch/hub|.cache/whisper"},

@@ -21,6 +21,8 @@ constexpr std::string_view emacsManual =
     "www.gnu.org/software/emacs/manual/html_node/elisp/Native_002dCompilation-Functions.html";
 constexpr std::string_view huggingFaceHome =
     "huggingface.co/docs/huggingface_hub/package_reference/environment_variables";
+constexpr std::string_view nugetFolders =
+    "learn.microsoft.com/en-us/nuget/consume-packages/managing-the-global-packages-and-cache-folders";
 constexpr std::string_view stackRoot = "docs.haskellstack.org/en/stable/topics/stack_root";
 constexpr std::string_view julia = "julia -e 'using Pkg; Pkg.instantiate()'";
 
@@ -36,7 +38,7 @@ constexpr std::array rules{
     cacheOf(cache, "godot", "Godot editor", says("docs.godotengine.org/en/stable/classes/class_editorpaths.html")),
     cacheOf(cache, "nvim", "Neovim", standard),
     cacheOf(cache, "wine", "Wine Mono and Gecko", standard),
-    cacheOf(cache, "yt-dlp", "yt-dlp", clears("yt-dlp --rm-cache-dir")),
+    forReview(holdsLogins, cacheOf(cache, "yt-dlp", "yt-dlp", clears("yt-dlp --rm-cache-dir"))),
     forReview(keptOffline, cacheOf(cache, "spotify", "Spotify", unknown)),
     forReview(keptOffline, cacheOf(home, ".var/app/com.spotify.Client/cache/spotify", "Spotify (Flatpak)", unknown)),
     forReview(keptOffline, cacheOf(home, "snap/spotify/common/.cache/spotify", "Spotify (Snap)", unknown)),
@@ -108,10 +110,13 @@ constexpr std::array rules{
     packages(cache, "pypoetry/artifacts", "poetry artifacts", standardWith("poetry install")),
     packages(cache, "pypoetry/cache", "poetry cache", clears("poetry cache clear", "poetry install")),
     packages(cache, "pipenv", "pipenv", clears("pipenv --clear", "pipenv install")),
-    packages(cache, "pdm", "pdm", clears("pdm cache clear", "pdm install")),
+    // With its setting install.cache projects link to the packages here.
+    forReview(isShared, packages(cache, "pdm", "pdm", clears("pdm cache clear", "pdm install"))),
     packages(cache, "hatch", "hatch", standardWith("hatch run")),
-    packages(data, "virtualenv", "virtualenv",
-             says("manpages.ubuntu.com/manpages/resolute/en/man1/virtualenv.1.html", "virtualenv")),
+    // Environments made with --symlink-app-data link to it.
+    forReview(isShared,
+              packages(data, "virtualenv", "virtualenv",
+                       says("manpages.ubuntu.com/manpages/resolute/en/man1/virtualenv.1.html", "virtualenv"))),
     forReview(isShared, packages(home, ".conda/pkgs", "conda",
                                  says("docs.conda.io/projects/conda/en/latest/commands/clean.html", "conda install"))),
     buildCache(
@@ -212,7 +217,7 @@ constexpr std::array rules{
     // Other languages.
     onlyThe("http-cache|v3-cache|plugins-cache",
             packages(data, "NuGet", "nuget", clears("dotnet nuget locals all --clear", "dotnet restore"))),
-    packages(home, ".nuget/packages", "nuget", clears("dotnet nuget locals global-packages --clear", "dotnet restore")),
+    forReview(isShared, packages(home, ".nuget/packages", "nuget", says(nugetFolders, "dotnet restore"))),
     packages(cache, "composer", "composer", clears("composer clear-cache", "composer install")),
     packages(home, ".composer/cache", "composer", clears("composer clear-cache", "composer install")),
     packages(home, ".bundle/cache", "bundler", remakes("bundle install")),
@@ -228,7 +233,7 @@ constexpr std::array rules{
     forReview(comesByCommand, packages(home, ".cabal/packages", "cabal", remakes("cabal update && cabal build"))),
     forReview(comesByCommand, packages(cache, "cabal/packages", "cabal", remakes("cabal update && cabal build"))),
     packages(home, ".opam/download-cache", "opam", clears("opam clean --download-cache", "opam install")),
-    packages(home, ".pub-cache/hosted", "pub", clears("dart pub cache clean", "dart pub get")),
+    forReview(isShared, packages(home, ".pub-cache/hosted", "pub", clears("dart pub cache clean", "dart pub get"))),
     buildCache(home, ".julia/compiled", "julia", says("pkgdocs.julialang.org/dev/depots", "julia")),
     forReview(comesByCommand, onlyThe("artifacts|packages", packages(home, ".julia", "julia", remakes(julia)))),
     packages(cache, "R/pkgcache", "R packages (pak)", standardWith("pak::pkg_install()")),

@@ -223,6 +223,7 @@ inline constexpr std::string_view isLarge = "reason.costlyDownload";
 inline constexpr std::string_view takesLong = "reason.costlyRebuild";
 inline constexpr std::string_view isShared = "reason.sharedStore";
 inline constexpr std::string_view madeHere = "reason.localRepository";
+inline constexpr std::string_view holdsLogins = "reason.mayHoldLogins";
 inline constexpr std::string_view keptOffline = "reason.offlineCopies";
 inline constexpr std::string_view isUndocumented = "reason.undocumented";
 
