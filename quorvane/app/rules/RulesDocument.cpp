@@ -1,5 +1,6 @@
 #include "quorvane/app/rules/RulesDocument.h"
 
+#include "quorvane/app/messages/TextLayout.h"
 #include "quorvane/base/Utf8.h"
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
@@ -14,6 +15,8 @@
 namespace quorvane {
 
 namespace {
+
+constexpr std::size_t columns = 132;
 
 /// One line of the document.
 struct Row {
@@ -93,7 +96,10 @@ class Writer {
  public:
   explicit Writer(const MessageCatalogue& catalogue) : catalogue_(catalogue) {}
 
-  void paragraph(const Message& message) { text_ += fmt::format("\n{}\n", catalogue_.text(message)); }
+  void paragraph(const Message& message) {
+    text_ += '\n';
+    for (const std::string& line : wrapped(catalogue_.text(message), columns)) text_ += line + '\n';
+  }
   void title(std::string_view marks, std::string_view key) {
     text_ += fmt::format("{}{} {}\n", text_.empty() ? "" : "\n", marks, say(key));
   }
