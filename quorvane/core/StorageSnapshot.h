@@ -10,7 +10,7 @@ namespace quorvane {
 struct StorageSnapshot {
   std::int64_t total = 0;
   std::int64_t available = 0;
-  std::int64_t applications = 0;  ///< allocated below the folders of installed applications
+  std::int64_t applications = 0;  ///< allocated below the folders of installed applications on that volume
   std::int64_t userFiles = 0;     ///< allocated below the home folder, applications there left out
   bool isPartial = false;         ///< one of the two sums is a lower bound
 

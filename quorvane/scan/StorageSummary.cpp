@@ -6,13 +6,16 @@ namespace quorvane {
 
 namespace {
 
-/// The roots to be measured: the home first, then the folders of applications that exist.
+/// The roots to be measured: the home first, then the folders of applications that exist and lie on its volume.
 class SummaryRoots {
  public:
-  SummaryRoots(FileSystem& fileSystem, const ScanSettings& settings) : fileSystem_(fileSystem) {
+  SummaryRoots(const ScanServices& services, const ScanSettings& settings, std::int64_t volumeSize)
+      : fileSystem_(services.fileSystem) {
     add(settings.folders.home);
     hasHome_ = !roots_.empty();
-    for (const FilePath& path : settings.applicationRoots) add(path);
+    // Device numbers do not tell volumes apart: each part of one btrfs has its own.
+    for (const FilePath& path : settings.applicationRoots)
+      if (const auto capacity = services.volumes.capacity(path); capacity && capacity->total == volumeSize) add(path);
   }
 
   bool hasHome() const { return hasHome_; }
@@ -41,9 +44,10 @@ class SummaryRoots {
 
 Outcome<StorageSnapshot, ScanFault> storageSummary(const ScanServices& services, const ScanSettings& settings,
                                                    ScanPauseControl& control, const ScanProgressSink& progress) {
-  const SummaryRoots roots(services.fileSystem, settings);
   const auto capacity = services.volumes.capacity(settings.folders.home);
-  if (!roots.hasHome() || !capacity) return failure(ScanFault::homeUnreadable);
+  if (!capacity) return failure(ScanFault::homeUnreadable);
+  const SummaryRoots roots(services, settings, capacity->total);
+  if (!roots.hasHome()) return failure(ScanFault::homeUnreadable);
   WalkRequest request;
   request.takesDigest = false;
   request.stop = control.stopToken();
