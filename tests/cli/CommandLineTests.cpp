@@ -219,6 +219,28 @@ TEST(CommandLineTests, keepsIgnoreRules) {
   EXPECT_EQ(folder.read("home/.local/share/Quorvane/ignored-paths.json"), "damaged");
 }
 
+TEST(CommandLineTests, takesAnIgnoreRuleAwayByTheBeginningOfItsIdentifier) {
+  const TempFolder home;
+  const auto rule = [&](const std::string& id, const std::string& name) {
+    const std::string path = home.at(name).bytes;
+    return "{\"id\": \"" + id + "\", \"path\": \"" + path + "\", \"canonicalPath\": \"" + path + "\"}";
+  };
+  home.write(".local/share/Quorvane/ignored-paths.json",
+             "[" + rule("AAAA0000-0000-4000-8000-000000000001", "one") + "," +
+                 rule("AAAA0000-0000-4000-8000-000000000002", "two") + "," +
+                 rule("CAFE0000-0000-4000-8000-000000000003", "three") + "," +
+                 rule("BBBB0000-0000-4000-8000-000000000004", "cafe") + "]");
+  const auto remove = [&](const std::string& which) {
+    return CommandLineRun({"--home", home.path().bytes, "ignore", "remove", which}, {.workingFolder = home.path()});
+  };
+  const CommandLineRun several = remove("aaaa");
+  EXPECT_EQ(several.code, 2);
+  EXPECT_NE(several.errors.find("[cli.error.ambiguousIdentifier]"), std::string::npos);
+  EXPECT_EQ(remove("BBB").code, 2) << "too short";
+  EXPECT_EQ(remove("cafe").output, "No longer ignored: " + home.at("three").bytes + "\n");
+  EXPECT_EQ(remove("./cafe").output, "No longer ignored: " + home.at("cafe").bytes + "\n");
+}
+
 TEST(CommandLineTests, scansAndShowsTheDisk) {
   const TempFolder home;
   home.write(".cache/mesa_shader_cache/a", "content");

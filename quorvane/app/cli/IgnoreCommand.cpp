@@ -1,5 +1,6 @@
 #include "quorvane/app/cli/Commands.h"
 #include "quorvane/app/cli/ServiceErrors.h"
+#include "quorvane/app/cli/arguments/Identifiers.h"
 
 namespace quorvane {
 
@@ -35,8 +36,10 @@ class IgnoreCommand {
 
   CommandOutcome remove() {
     const std::string& which = context_.invocation.subjects.front();
-    if (uuidFromText(which)) return removed(rules_.remove(which));
-    const auto path = pathArgument(context_, model_, context_.invocation.subjects.front());
+    const auto id = identifierOf(which);
+    if (!id) return failure(id.error());
+    if (*id) return removed(rules_.remove(uuidText(**id)));
+    const auto path = pathArgument(context_, model_, which);
     if (!path) return failure(path.error());
     auto rule = rules_.remove(path->bytes);
     // A place has one rule, whatever links lead to it, and may have been given by another one when that was made.
@@ -47,6 +50,15 @@ class IgnoreCommand {
   }
 
  private:
+  Outcome<std::optional<Uuid>, CommandError> identifierOf(const std::string& given) {
+    if (const auto whole = uuidFromText(given)) return whole;
+    const auto rules = rules_.load();
+    if (!rules) return failure(commandError(rules.error(), given));
+    Identifiers identifiers;
+    for (const IgnoreRule& rule : *rules) identifiers.add(rule.id);
+    return identifiers.find(given);
+  }
+
   CommandOutcome removed(const Outcome<IgnoreRule, IgnoreRuleError>& rule) {
     if (!rule) return refused(rule.error());
     return told("cli.ignore.removed", rule->path);

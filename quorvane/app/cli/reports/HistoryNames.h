@@ -1,11 +1,12 @@
 #pragma once
 
-#include "quorvane/app/cli/arguments/CommandError.h"
-#include "quorvane/app/cli/reports/HistoryRuns.h"
+#include "quorvane/app/cli/arguments/Identifiers.h"
+#include "quorvane/removal/CleaningHistory.h"
 
 #include <cstddef>
-#include <map>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 namespace quorvane {
 
@@ -20,16 +21,18 @@ class HistoryNames {
 
   explicit HistoryNames(const std::vector<CleaningHistoryEntry>& entries);
 
-  /// The entry with that identifier, or the one that holds an item with it. The beginning of an identifier will do,
-  /// from four characters on, when it is that of no other. Wrong usage otherwise; where several begin so, they are
-  /// told.
+  /// The entry with that identifier, or the one that holds an item with it. The beginning of an identifier will do, as
+  /// `Identifiers` tells. Wrong usage otherwise.
   Outcome<Named, CommandError> find(const std::string& given) const;
 
   /// How many characters tell all identifiers apart, but not less than eight.
-  std::size_t distinctLength() const;
+  std::size_t distinctLength() const { return identifiers_.distinctLength(); }
 
  private:
-  std::map<std::string, Named> byText_;  ///< by their texts in small letters
+  void add(const Uuid& id, const CleaningHistoryEntry& entry);
+
+  Identifiers identifiers_;
+  std::unordered_map<Uuid, const CleaningHistoryEntry*> entries_;
 };
 
 }  // namespace quorvane
