@@ -17,11 +17,6 @@ bool isSensitive(const FilePath& base, const FilePath& path) {
   return std::ranges::any_of(componentsOf(relativeTo(base, path)), SensitiveApplicationPolicy::isSensitive);
 }
 
-bool isSameInAnyCase(std::string_view left, std::string_view right) {
-  const auto lowered = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::ranges::equal(left, right, {}, lowered, lowered);
-}
-
 bool staysOutForSensitive(LocationKind kind) {
   return kind == LocationKind::cache || kind == LocationKind::anyCache || kind == LocationKind::log;
 }
@@ -49,11 +44,9 @@ ScanCandidate CandidateClassifier::cacheEntry(const std::shared_ptr<const FoundF
   ScanCandidate made = candidate(folder, rule, entry.name);
   if (made.verdict.safety == SafetyLevel::blocked) return made;
   const bool isFile = !entry.isFolder && entry.status.isRegularFile();
-  const auto known = std::ranges::find_if(
-      table_.knownCaches, [&](const KnownCache& cache) { return isSameInAnyCase(cache.name, entry.name); });
-  const bool isListed = known != table_.knownCaches.end();
-  if (isListed) made.category = known->category;
-  if ((isInKnown && (entry.isFolder || isFile)) || (isListed && (known->isFile ? isFile : entry.isFolder))) {
+  const KnownCache* known = knownCache(table_, entry.name);
+  if (known != nullptr) made.category = known->category;
+  if ((isInKnown && (entry.isFolder || isFile)) || (known != nullptr && (known->isFile ? isFile : entry.isFolder))) {
     made.verdict = {SafetyLevel::safe, "reason.regenerableCache"};
   } else if (entry.isFolder && isTagged(*folder, entry.name)) {
     made.verdict = {SafetyLevel::safe, "reason.cacheTag"};

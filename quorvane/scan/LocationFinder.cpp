@@ -1,6 +1,5 @@
 #include "quorvane/scan/LocationFinder.h"
 
-#include "quorvane/base/Utf8.h"
 #include "quorvane/scan/CalendarDays.h"
 #include "quorvane/scan/policy/PathPattern.h"
 
@@ -12,35 +11,6 @@ namespace {
 
 constexpr int daysUntilOld = 30;
 constexpr int deepestTag = 3;
-
-bool isOneOf(std::string_view words, std::string_view word) {
-  while (!words.empty()) {
-    const std::size_t blank = words.find(' ');
-    if (words.substr(0, blank) == word) return true;
-    words.remove_prefix(blank == std::string_view::npos ? words.size() : blank + 1);
-  }
-  return false;
-}
-
-/// Whether the part stands in the name and no letter right behind it: ".log" in "a.log.1", not in "a.login".
-bool holdsWord(std::string_view name, std::string_view part) {
-  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-  for (std::size_t at = name.find(part); at != std::string_view::npos; at = name.find(part, at + 1))
-    if (at + part.size() == name.size() || !isLetter(name[at + part.size()])) return true;
-  return false;
-}
-
-/// Some databases number the journals that hold what was written last: "000003.log".
-bool isJournalOfDatabase(std::string_view name) {
-  const std::size_t digits = name.find_first_not_of("0123456789");
-  return digits != 0 && digits != std::string_view::npos && name.substr(digits) == ".log";
-}
-
-bool isAskedFor(const LocationRule& rule, std::string_view name) {
-  if (!rule.namePart.empty() && !holdsWord(name, rule.namePart)) return false;
-  if (rule.kind == LocationKind::log && isJournalOfDatabase(name)) return false;
-  return rule.extensions.empty() || isOneOf(rule.extensions, asciiLowered(extensionOf(name)));
-}
 
 }  // namespace
 
@@ -131,7 +101,7 @@ void LocationFinder::findEntries(const Folder& folder, const LocationRule& rule,
   for (const ListedEntry& entry : list(folder, findings)) {
     if (rule.subject == LocationSubject::files && (entry.isFolder || !entry.status.isRegularFile())) continue;
     if (rule.kind == LocationKind::deviceBackup && !entry.isFolder) continue;
-    if (!isAskedFor(rule, entry.name)) continue;
+    if (!asksFor(rule, entry.name)) continue;
     if (rule.kind == LocationKind::old && !isOldEnough(folder, entry)) continue;
     consider(classifier_.candidate(folder, rule, entry.name), findings);
   }

@@ -133,7 +133,7 @@ TEST(CleanCommandTests, asksAndLetsTheReviewBeEdited) {
   const std::string shown = home.answered({"clean"}, {"1", "nonsense", "reveiw", "2-3", "y", "e", "?4"}).errors;
   for (const char* part :
        {"1: blocked", "nonsense: there is no such item", "Did you mean \"review\"?", "2-3: no longer selected",
-        "Nothing is selected.", "Not a known cache", "Digest", "Identifier"})
+        "Nothing is selected.", "Not a known cache", "Nobody vouches for it", "Digest", "Identifier"})
     EXPECT_THAT(shown, HasSubstr(part));
   // Once when it is shown first, and once when it is selected.
   const auto timesShown = [&](const Names& answers) {

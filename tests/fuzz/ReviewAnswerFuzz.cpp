@@ -30,8 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string word = asciiLowered(line.substr(first, last - first + 1));
     require(word == "y" || word == "yes", "nothing else means yes");
   }
-  if (const auto* evidence = std::get_if<reviewAnswer::Evidence>(&answer))
-    require(evidence->number >= 1, "items are counted from one");
+  if (const auto* look = std::get_if<reviewAnswer::Look>(&answer))
+    require(look->number >= 1, "items are counted from one");
   if (const auto* change = std::get_if<reviewAnswer::Change>(&answer)) check(*change);
   return 0;
 }

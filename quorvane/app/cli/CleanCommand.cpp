@@ -37,14 +37,19 @@ class CleanCommand {
     if (hasNothing || task_.isSettled()) showCoverage(*result);
     if (hasNothing) return nothingSelected(result->items.empty());
     return task_.moveIfConfirmed(
-        asked_.from == "-", [&] { return isConfirmed(console_, *result); },
-        [&] { return move(selectedItems(result->items)); });
+        asked_.from == "-", [&] { return isReviewed(*result); }, [&] { return move(selectedItems(result->items)); });
   }
 
  private:
   void showCoverage(const ScanResult& result) {
     const std::string notes = coverageReport(result, console_.errorReport());
     if (!notes.empty()) console_.show(notes);
+  }
+
+  bool isReviewed(ScanResult& result) {
+    const ScanSettings& settings = task_.model.settings();
+    const LocationFolders folders(settings, task_.model.fileSystem());
+    return isConfirmed(console_, result, PlaceEvidence(locationTable(settings.layout), folders));
   }
 
   CommandOutcome nothingSelected(bool isNothingFound) {

@@ -85,6 +85,12 @@ const LocationTable& macLocations();
 /// The entries that a rule names; none for a rule without parts.
 std::vector<std::string_view> partsOf(const LocationRule& rule);
 
+/// Whether a rule for entries or files wants one of this name.
+bool asksFor(const LocationRule& rule, std::string_view name);
+
+/// The known cache of this name, in any case; null without one.
+const KnownCache* knownCache(const LocationTable& table, std::string_view name);
+
 /// Where cleaning is allowed in a home: for the Linux layout, the places that its table names.
 CleaningRules cleaningRules(const ScanSettings& settings, const LocationFolders& folders);
 

@@ -16,9 +16,23 @@ void writeBackup(DetailLines& lines, const MobileBackupMetadata& backup) {
   if (backup.backupDate) lines.add("cli.detail.backupDate", *backup.backupDate);
 }
 
+std::string shownSource(const Evidence& evidence) {
+  const std::string source(evidence.source);
+  return evidence.kind == EvidenceKind::ownersWord ? "https://" + source : "`" + source + "`";
+}
+
+void writeEvidence(DetailLines& lines, const Evidence& evidence, const ReportText& text) {
+  if (evidence.kind == EvidenceKind::none) return;
+  const std::string key = "evidence." + std::string(caseName(evidence.kind));
+  lines.add("cli.detail.evidence", text.say({key, {{"source", shownSource(evidence)}}}));
+  if (!evidence.broughtBy.empty() && evidence.broughtBy != evidence.source)
+    lines.add("cli.detail.broughtBy", std::string(evidence.broughtBy));
+}
+
 }  // namespace
 
-std::string itemEvidence(const ScanItem& item, const ScanResult& result, const ReportStyle& style) {
+std::string itemEvidence(const ScanItem& item, const Evidence& evidence, const ScanResult& result,
+                         const ReportStyle& style) {
   ReportText text(style);
   DetailLines lines(style);
   lines.add("cli.detail.path", item.url.path);
@@ -26,6 +40,7 @@ std::string itemEvidence(const ScanItem& item, const ScanResult& result, const R
   lines.add("cli.detail.kind", MessageKey{std::string(titleKey(item.category))});
   lines.add("cli.detail.safety", MessageKey{std::string(titleKey(item.safety))});
   lines.add("cli.detail.reason", reasonText(item, style));
+  writeEvidence(lines, evidence, text);
   if (item.snapshot) {
     lines.add("cli.detail.realPath", item.snapshot->canonicalPath);
     lines.add("cli.detail.digest", item.snapshot->digest.substr(0, digestShown));

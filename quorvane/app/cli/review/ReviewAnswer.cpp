@@ -63,7 +63,7 @@ ReviewAnswer reviewAnswerFrom(std::string_view line) {
     std::string_view wanted = words[0].substr(1);
     if (wanted.empty() && words.size() == 2) wanted = words[1];
     const auto number = numberIn(wanted);
-    return number ? ReviewAnswer(Evidence{*number}) : Help{};
+    return number ? ReviewAnswer(Look{*number}) : Help{};
   }
   Change change;
   for (const std::string_view word : words) {

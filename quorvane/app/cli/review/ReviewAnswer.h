@@ -25,10 +25,10 @@ struct Help {
   bool operator==(const Help&) const = default;
 };
 /// Look at one item.
-struct Evidence {
+struct Look {
   std::size_t number = 0;
 
-  bool operator==(const Evidence&) const = default;
+  bool operator==(const Look&) const = default;
 };
 /// Select these items or not: numbers from `first` to `last`.
 struct Numbers {
@@ -52,7 +52,7 @@ struct Change {
 }  // namespace reviewAnswer
 
 using ReviewAnswer = std::variant<reviewAnswer::Yes, reviewAnswer::No, reviewAnswer::ShowAll, reviewAnswer::Help,
-                                  reviewAnswer::Evidence, reviewAnswer::Change>;
+                                  reviewAnswer::Look, reviewAnswer::Change>;
 
 /// Reads one line: "y", "n" or nothing, "e", "?", "?3", or numbers, ranges and words with spaces or commas between.
 ReviewAnswer reviewAnswerFrom(std::string_view line);

@@ -34,8 +34,12 @@ std::string_view keyOf(ReviewSelection::Change change) {
 
 class ReviewDialogue {
  public:
-  ReviewDialogue(Console& console, ScanResult& result)
-      : console_(console), result_(result), selection_(result.items), style_(console.errorReport()) {}
+  ReviewDialogue(Console& console, ScanResult& result, const PlaceEvidence& evidence)
+      : console_(console),
+        result_(result),
+        evidence_(evidence),
+        selection_(result.items),
+        style_(console.errorReport()) {}
 
   bool run() {
     showGroups(selection_.selected());
@@ -68,9 +72,9 @@ class ReviewDialogue {
     return std::nullopt;
   }
 
-  std::optional<bool> operator()(Evidence wanted) {
+  std::optional<bool> operator()(Look wanted) {
     if (const ScanItem* item = selection_.itemNumbered(wanted.number)) {
-      console_.show(itemEvidence(*item, result_, style_));
+      console_.show(itemEvidence(*item, evidence_.of(*item), result_, style_));
       selection_.setShown(*item);
     } else {
       say({"cli.review.noSuchNumber", {{"what", std::to_string(wanted.number)}}});
@@ -121,12 +125,15 @@ class ReviewDialogue {
 
   Console& console_;
   ScanResult& result_;
+  const PlaceEvidence& evidence_;
   ReviewSelection selection_;
   const ReportStyle style_;
 };
 
 }  // namespace
 
-bool isConfirmed(Console& console, ScanResult& result) { return ReviewDialogue(console, result).run(); }
+bool isConfirmed(Console& console, ScanResult& result, const PlaceEvidence& evidence) {
+  return ReviewDialogue(console, result, evidence).run();
+}
 
 }  // namespace quorvane
