@@ -326,6 +326,7 @@ TEST(NearestWordTests, isOneThatWasProbablyMeant) {
   EXPECT_EQ(nearestWord("sacn", words), "scan");
   EXPECT_EQ(nearestWord("SCAN", words), "scan");
   EXPECT_EQ(nearestWord("ignor", words), "ignore");
+  EXPECT_EQ(nearestWord("APP", words), "applicationCache");
   EXPECT_EQ(nearestWord("applicationcahce", words), "applicationCache");
   EXPECT_EQ(nearestWord("x", words), std::nullopt);
   EXPECT_EQ(nearestWord("status", words), std::nullopt);

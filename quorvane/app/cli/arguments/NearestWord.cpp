@@ -10,7 +10,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::size_t longestWord = 64;
+constexpr std::size_t longestWord = 64, shortestBeginning = 3;
 
 // Optimal string alignment distance: the Levenshtein distance with swapped neighbours counting as one change.
 std::size_t distance(std::string_view left, std::string_view right) {
@@ -34,6 +34,9 @@ std::size_t distance(std::string_view left, std::string_view right) {
 std::optional<std::string> nearestWord(std::string_view mistyped, std::span<const std::string> words) {
   if (mistyped.size() > longestWord) return std::nullopt;
   const std::string given = asciiLowered(mistyped);
+  const auto goesOn = [&](const std::string& word) { return asciiLowered(word).starts_with(given); };
+  if (given.size() >= shortestBeginning && std::ranges::count_if(words, goesOn) == 1)
+    return *std::ranges::find_if(words, goesOn);
   std::optional<std::string> nearest;
   std::size_t fewest = std::max<std::size_t>(1, given.size() / 3) + 1;
   for (const std::string& word : words) {
