@@ -204,7 +204,7 @@ TEST(HistoryCommandTests, sayInTheOverviewThatTheLastRunWasInterrupted) {
   std::filesystem::permissions(home.at(historyFile), std::filesystem::perms(0600));
   const CommandLineRun run = home.run({});
   EXPECT_EQ(run.code, 0) << run.errors;
-  EXPECT_THAT(run.output, HasSubstr("The last run was interrupted: of 1 item"));
+  EXPECT_THAT(run.output, HasSubstr("The last run was interrupted: 1 item"));
 }
 
 TEST(TrashCommandTests, movesWhatIsNamedAfterAReview) {
