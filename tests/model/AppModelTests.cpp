@@ -151,27 +151,6 @@ TEST(AppModelTests, cleansAndPutsBack) {
   EXPECT_TRUE(home.holds(".cache/unknown/a"));
 }
 
-TEST(AppModelTests, reviewsPathsAndMovesThem) {
-  const TempFolder home;
-  home.write("letter", "content");
-  MainLoop loop;
-  AppModel model(settingsFor(home.path()), recordTexts(), loop);
-  const auto reviewed = ended<std::vector<ReviewedPath>, RemovalError>(loop, [&](auto handlers) {
-    model.reviewPaths({home.at("letter"), home.at("missing"), home.path()}, std::move(handlers));
-  });
-  ASSERT_TRUE(reviewed && reviewed->size() == 3);
-  ASSERT_TRUE((*reviewed)[0].outcome.has_value());
-  EXPECT_EQ((*reviewed)[0].id, (*reviewed)[0].outcome->id);
-  EXPECT_EQ((*reviewed)[1].outcome.error().category, CleanupFailureCategory::missing);
-  EXPECT_EQ((*reviewed)[2].outcome.error().category, CleanupFailureCategory::protected_);
-  const auto report = ended<RemovalReport, RemovalError>(loop, [&](auto handlers) {
-    model.trash({*(*reviewed)[0].outcome}, AppModel::RemovalKind::real, std::move(handlers));
-  });
-  ASSERT_TRUE(report.has_value());
-  EXPECT_EQ(report->movedCount, 1);
-  EXPECT_FALSE(home.holds("letter"));
-}
-
 TEST(AppModelTests, tellsWhyNothingCouldBeCleaned) {
   const TempFolder home;
   home.write(".cache/unknown/a", "content");

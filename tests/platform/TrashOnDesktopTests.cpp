@@ -8,7 +8,6 @@ namespace quorvane {
 namespace {
 
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 class TrashOnDesktopTests : public TrashHome {};
 
@@ -29,19 +28,6 @@ TEST_F(TrashOnDesktopTests, theDesktopListsAndRestoresWhatWePutThere) {
   EXPECT_TRUE(home_.holds("work/folder/inner"));
   EXPECT_EQ(notes().size(), 2u);
   EXPECT_EQ(items().size(), 2u);
-}
-
-TEST_F(TrashOnDesktopTests, trashCliListsAndRestoresWhatWePutThere) {
-  const auto trash = homeTrash();
-  received(*trash, "100% of it", "first");
-  received(*trash, "100% of it", "second");
-  EXPECT_THAT(outputOf(environment() + "TZ=UTC trash-list"),
-              HasSubstr("2026-11-21 10:00:00 " + home_.at("work/100% of it").bytes + "\n"));
-  ASSERT_TRUE(trash->forget("100% of it.2"));
-  std::filesystem::remove(home_.at("data/Trash/files/100% of it.2").bytes);
-  outputOf("cd " + home_.at("work").bytes + " && echo 0 | " + environment() + "trash-restore");
-  EXPECT_EQ(home_.read("work/100% of it"), "first");
-  EXPECT_THAT(notes(), IsEmpty());
 }
 
 TEST_F(TrashOnDesktopTests, whatOthersPutThereStaysTheirs) {

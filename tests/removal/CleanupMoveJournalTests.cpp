@@ -8,8 +8,6 @@
 #include <filesystem>
 #include <functional>
 
-#include <sys/stat.h>
-
 namespace quorvane {
 namespace {
 
@@ -174,15 +172,6 @@ TEST_F(CleanupMoveJournalTests, nothingElseIsMovedWhateverIsSwapped) {
       if (!isSwapped) break;
     }
   }
-}
-
-TEST_F(CleanupMoveJournalTests, neverMovesOntoAnotherVolumeOrIntoAnUntrustedTrash) {
-  home_.folder().makeFolders("other");
-  home_.folder().makeFolders("data");
-  home_.folder().makeLink("data/Trash", home_.at("other").bytes);
-  ::chmod(home_.at("other").bytes.c_str(), 0777);
-  EXPECT_EQ(refusal(begun({"cache/a"})), MoveFailure(FileProtectionError::invalidRestore));
-  EXPECT_TRUE(home_.folder().holds("cache/a/x"));
 }
 
 TEST_F(CleanupMoveJournalTests, carriesTheAdministratorsMoveThroughItsStates) {
