@@ -8,8 +8,10 @@
 #include "quorvane/platform/Trash.h"
 #include "quorvane/platform/Volumes.h"
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 // Each operating system's folder gives these its own implementation.
 
@@ -21,6 +23,10 @@ std::unique_ptr<ProcessTable> makeSystemProcessTable();
 /// The Trash of whom the folders belong to. For folders that are confined to a home, only Trash folders inside of it.
 std::unique_ptr<Trash> makeSystemTrash(FileSystem& fileSystem, RandomSource& random, const ApplicationFolders& folders);
 GitPrograms systemGitPrograms();
+/// Where this system's packages put the Docker client.
+std::vector<FilePath> systemDockerPlaces();
+/// Of the user whose rights this process has.
+std::uint32_t systemUser();
 
 /// "linux" or "macos".
 std::string_view systemName();

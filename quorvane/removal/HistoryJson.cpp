@@ -40,4 +40,17 @@ Outcome<AdministratorMoveTerminalState, JsonError> fromJson(const Json& json) {
   return failure(JsonError{JsonFault::unknownCase, {}});
 }
 
+template <>
+Json toJson(const DockerResourceKind& kind) {
+  return static_cast<int>(kind);
+}
+
+template <>
+Outcome<DockerResourceKind, JsonError> fromJson(const Json& json) {
+  const auto number = fromJson<std::size_t>(json);
+  if (!number) return failure(number.error());
+  if (*number >= allDockerResourceKinds.size()) return failure(JsonError{JsonFault::unknownCase, {}});
+  return allDockerResourceKinds[*number];
+}
+
 }  // namespace quorvane

@@ -2,6 +2,7 @@
 
 #include "quorvane/base/Json.h"
 #include "quorvane/core/AdministratorMoveTerminalState.h"
+#include "quorvane/core/DockerTargets.h"
 
 // The codec of the records that the history holds. Include it only in .cpp files, in place of base/Json.h.
 
@@ -12,5 +13,11 @@ Json toJson(const AdministratorMoveTerminalState& state);
 
 template <>
 Outcome<AdministratorMoveTerminalState, JsonError> fromJson(const Json& json);
+
+template <>
+Json toJson(const DockerResourceKind& kind);
+
+template <>
+Outcome<DockerResourceKind, JsonError> fromJson(const Json& json);
 
 }  // namespace quorvane

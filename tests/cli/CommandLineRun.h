@@ -78,6 +78,7 @@ struct CommandLineRun {
     KeepingChannel::Kind errors = {};
     std::optional<FilePath> workingFolder = FilePath{"/nonexistent"};
     PreparedInput::Kind input = {};
+    std::optional<std::vector<FilePath>> dockerPlaces = std::nullopt;
   };
 
   explicit CommandLineRun(const std::vector<std::string>& arguments) : CommandLineRun(arguments, Setting()) {}
@@ -85,7 +86,7 @@ struct CommandLineRun {
     KeepingChannel outputChannel(setting.output), errorChannel(setting.errors);
     PreparedInput inputChannel(setting.input);
     code = runCommandLine(arguments, {inputChannel, outputChannel, errorChannel},
-                          {setting.variables, setting.workingFolder});
+                          {setting.variables, setting.workingFolder, setting.dockerPlaces});
     output = outputChannel.text;
     errors = errorChannel.text;
   }

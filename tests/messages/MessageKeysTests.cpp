@@ -6,6 +6,8 @@
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/core/ScanCoverage.h"
+#include "quorvane/developer/DockerSafetyPolicy.h"
+#include "quorvane/developer/DockerServiceError.h"
 #include "quorvane/removal/CleaningHistory.h"
 #include "quorvane/removal/RecoveryStoreError.h"
 #include "quorvane/scan/DiskScanner.h"
@@ -63,6 +65,11 @@ Keys derivedKeys() {
   addCases<JsonFault>(keys, "json.fault.");
   addCases<EvidenceKind>(keys, "evidence.");
   keys.erase("evidence.none");
+  addCases<DockerServiceFault>(keys, "docker.error.");
+  addCases<DockerCleanupSafety>(keys, "docker.safety.");
+  for (const DockerResourceKind kind : allDockerResourceKinds) keys.merge(Keys{titleKey(kind), detailKey(kind)});
+  for (const char* state : {"running", "paused", "restarting", "exited", "created", "dead", "?"})
+    keys.insert(DockerSafetyPolicy::stateKey(state));
   addCases<ScanCoverageReason>(keys, "coverage.reason.");
   for (const char* untold : {"read", "missing", "categoryNotAsked"})
     keys.erase(std::string("coverage.reason.") + untold);

@@ -22,6 +22,8 @@ std::string_view stoppedKey(CommandName command) {
     case CommandName::scan:
     case CommandName::history:
     case CommandName::historyShow:
+    case CommandName::docker:
+    case CommandName::dockerList:
     case CommandName::ignore:
     case CommandName::ignoreList: return "scan.error.cancelled";
     case CommandName::clean:
@@ -64,6 +66,8 @@ class RequestRunner {
       case CommandName::historyShow: return runHistoryShow(context);
       case CommandName::restore:
       case CommandName::undo: return runRestore(context);
+      case CommandName::docker:
+      case CommandName::dockerList: return runDockerList(context);
       case CommandName::ignoreList: return runIgnoreList(context);
       case CommandName::ignoreAdd: return runIgnoreAdd(context);
       case CommandName::ignoreRemove: return runIgnoreRemove(context);

@@ -2,6 +2,7 @@
 
 #include "quorvane/app/model/HomeSettings.h"
 #include "quorvane/core/AppPaths.h"
+#include "quorvane/developer/DockerPrograms.h"
 
 namespace quorvane {
 
@@ -71,7 +72,8 @@ CommandOutcome withModel(const CommandContext& context,
   if (!settings) return failure(std::move(settings.error()));
   MainLoop loop;
   const auto texts = [&console = context.console](std::string_view key) { return console.catalogue().text(key); };
-  AppModel model(*std::move(settings), texts, loop);
+  AppModel model(*std::move(settings), texts, loop,
+                 {context.environment.dockerPlaces.value_or(dockerPlaces()), context.environment.variables});
   if (keepsOwnDataInside(context.invocation.options, model)) return command(loop, model);
   const ApplicationFolders& folders = model.settings().folders;
   return failure(

@@ -26,6 +26,7 @@ CommandOutcome runTrash(const CommandContext& context);
 CommandOutcome runHistory(const CommandContext& context);
 CommandOutcome runHistoryShow(const CommandContext& context);
 CommandOutcome runRestore(const CommandContext& context);
+CommandOutcome runDockerList(const CommandContext& context);
 CommandOutcome runIgnoreList(const CommandContext& context);
 CommandOutcome runIgnoreAdd(const CommandContext& context);
 CommandOutcome runIgnoreRemove(const CommandContext& context);

@@ -1,6 +1,7 @@
 #include "quorvane/app/cli/ServiceErrors.h"
 
 #include "quorvane/app/cli/terminal/Console.h"
+#include "quorvane/developer/DockerPrograms.h"
 
 #include <utility>
 
@@ -39,6 +40,12 @@ CommandError commandError(const IgnoreRuleError& error, const std::string& path)
 CommandError commandError(const RecoveryStoreError& error) {
   return {ExitCode::refused,
           {messageKey(error.fault), {{"file", error.file}, {"what", systemReason(error.reason.code)}}}};
+}
+
+CommandError commandError(const DockerServiceError& error) {
+  MessageList places;
+  for (const FilePath& place : dockerPlaces()) places.texts.push_back(place.bytes);
+  return {ExitCode::refused, {messageKey(error.fault), {{"what", error.message}, {"places", places}}}};
 }
 
 CommandError commandError(const RemovalError& error) {

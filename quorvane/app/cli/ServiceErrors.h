@@ -11,5 +11,6 @@ namespace quorvane {
 CommandError commandError(const IgnoreRuleError& error, const std::string& path = {});
 CommandError commandError(const RecoveryStoreError& error);
 CommandError commandError(const RemovalError& error);
+CommandError commandError(const DockerServiceError& error);
 
 }  // namespace quorvane

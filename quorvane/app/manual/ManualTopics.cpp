@@ -40,6 +40,8 @@ std::string_view aboutKey(CommandName command) {
     case CommandName::restore: return "manual.about.restore";
     case CommandName::undo: return "manual.about.undo";
     case CommandName::ignore: return "manual.about.ignore";
+    case CommandName::docker: return "manual.about.docker";
+    case CommandName::dockerList:
     case CommandName::historyShow:
     case CommandName::ignoreList:
     case CommandName::ignoreAdd:

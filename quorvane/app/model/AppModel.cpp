@@ -2,6 +2,7 @@
 
 #include "quorvane/base/Assert.h"
 #include "quorvane/core/EarlyProcessTable.h"
+#include "quorvane/developer/DockerPrograms.h"
 
 #include <type_traits>
 
@@ -60,6 +61,13 @@ struct AppModel::Services {
                 model.settings_.folders.home, model.settings_.folders.applicationSupport),
         cleaner(scanServices, model.settings_, remover) {}
 
+  /// Looked for each time: it may have been installed meanwhile.
+  std::optional<DockerClient> dockerClient(const DockerSettings& settings) {
+    const auto program = dockerProgram(records.moves.fileSystem, settings.places, systemUser());
+    if (!program) return std::nullopt;
+    return DockerClient(processRunner, {*program, settings.environment});
+  }
+
   Records& records;
   std::unique_ptr<ProcessTable> systemProcessTable;
   EarlyProcessTable processTable;
@@ -71,9 +79,10 @@ struct AppModel::Services {
   CleanerService cleaner;
 };
 
-AppModel::AppModel(ScanSettings settings, RecordTexts texts, Dispatcher& mainThread)
+AppModel::AppModel(ScanSettings settings, RecordTexts texts, Dispatcher& mainThread, DockerSettings docker)
     : settings_(std::move(settings)),
       texts_(std::move(texts)),
+      docker_(std::move(docker)),
       mainThread_(mainThread),
       fileSystem_(makeSystemFileSystem()),
       ignoreRules_(*fileSystem_, random_, settings_.folders.applicationSupport),
@@ -158,6 +167,16 @@ void AppModel::restore(std::vector<RecoveryReference> references, RestoreConflic
                                                          .confinedTo = confinedTo,
                                                          .stop = control.pausing.stopToken(),
                                                          .progressed = progressed});
+  };
+  start(operation, std::move(handlers));
+}
+
+void AppModel::surveyDocker(Handlers<DockerSurvey, DockerServiceError> handlers) {
+  const auto operation = [this](Services& services,
+                                OperationControl control) -> Outcome<DockerSurvey, DockerServiceError> {
+    const auto client = services.dockerClient(docker_);
+    if (!client) return failure(DockerServiceError{DockerServiceFault::cliNotFound});
+    return DockerService(*client, clock_).survey(control.pausing.stopToken());
   };
   start(operation, std::move(handlers));
 }

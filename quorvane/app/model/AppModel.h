@@ -5,6 +5,7 @@
 #include "quorvane/cleaning/CleanerService.h"
 #include "quorvane/core/IgnoreRuleStore.h"
 #include "quorvane/core/ScanPhase.h"
+#include "quorvane/developer/DockerService.h"
 #include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/removal/HistoryStore.h"
 #include "quorvane/removal/Remover.h"
@@ -12,6 +13,7 @@
 #include "quorvane/scan/ProgressDelivery.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,6 +25,12 @@ struct ReviewedPath {
   Uuid id;
   FilePath path;
   Outcome<RemovalRequest, RemovalRefusal> outcome;  ///< the request has the same identifier
+};
+
+/// How the Docker client is found and started.
+struct DockerSettings {
+  std::vector<FilePath> places = {};                    ///< in their order; none: there is no client
+  std::map<std::string, std::string> environment = {};  ///< that of the application
 };
 
 /// What the faces work with: the services of one home, put together, and the state of its cleaning screen.
@@ -39,7 +47,7 @@ class AppModel {
   };
 
   /// Touches no disk yet and starts no thread. `texts` may be called on any thread.
-  AppModel(ScanSettings settings, RecordTexts texts, Dispatcher& mainThread);
+  AppModel(ScanSettings settings, RecordTexts texts, Dispatcher& mainThread, DockerSettings docker = {});
 
   /// Cancels what is running and waits for its end.
   ~AppModel();
@@ -74,6 +82,9 @@ class AppModel {
   void restore(std::vector<RecoveryReference> references, RestoreConflictPolicy onConflict,
                Handlers<RestoreReport, RecoveryStoreError> handlers);
 
+  /// What the Docker engine holds. After `cancel` it fails as soon as the client has stopped.
+  void surveyDocker(Handlers<DockerSurvey, DockerServiceError> handlers);
+
   /// The whole history; reads the disk and waits for it. Not while an operation runs.
   Outcome<HistoryView, RecoveryStoreError> history();
 
@@ -101,6 +112,7 @@ class AppModel {
 
   const ScanSettings settings_;
   const RecordTexts texts_;
+  const DockerSettings docker_;
   Dispatcher& mainThread_;
   const std::unique_ptr<FileSystem> fileSystem_;
   SystemRandomSource random_;

@@ -4,6 +4,8 @@ namespace quorvane {
 
 GitPrograms systemGitPrograms() { return {}; }
 
+std::vector<FilePath> systemDockerPlaces() { return {{"/usr/bin/docker"}, {"/snap/bin/docker"}}; }
+
 std::string_view systemName() { return "linux"; }
 
 }  // namespace quorvane

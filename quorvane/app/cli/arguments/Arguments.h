@@ -25,6 +25,8 @@ enum class CommandName {
   historyShow,
   restore,
   undo,
+  docker,
+  dockerList,
   ignore,
   ignoreList,
   ignoreAdd,

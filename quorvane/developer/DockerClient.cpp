@@ -1,0 +1,55 @@
+#include "quorvane/developer/DockerClient.h"
+
+#include <array>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::int32_t noStatus = -1;
+
+CommandResult resultOf(SafeProcessResult done) {
+  CommandResult result{std::move(done.standardOutput), std::move(done.standardError), done.exitCode};
+  const char* fault = done.didTimeOut                                             ? "Command timed out."
+                      : done.droppedOutputBytes > 0 || done.droppedErrorBytes > 0 ? "Too much output."
+                      : !done.isOutputComplete                                    ? "Incomplete output."
+                                                                                  : nullptr;
+  if (fault == nullptr) return result;
+  result.error = fault;
+  result.exitCode = noStatus;
+  return result;
+}
+
+}  // namespace
+
+CommandResult DockerClient::run(const Arguments& arguments, const StopToken& stop) const {
+  return start(arguments, settings_.environment, stop);
+}
+
+CommandResult DockerClient::runAt(const std::string& endpoint, const Arguments& arguments,
+                                  const StopToken& stop) const {
+  constexpr std::array redirecting{"DOCKER_CONTEXT", "DOCKER_HOST", "DOCKER_TLS", "DOCKER_TLS_VERIFY",
+                                   "DOCKER_CERT_PATH"};
+  auto environment = settings_.environment;
+  for (const char* name : redirecting) environment.erase(name);
+  environment.insert_or_assign("LC_ALL", "C");  // tables and states are read as texts
+  Arguments pinned{"--host", endpoint};
+  pinned.insert(pinned.end(), arguments.begin(), arguments.end());
+  return start(std::move(pinned), std::move(environment), stop);
+}
+
+CommandResult DockerClient::start(Arguments arguments, std::map<std::string, std::string> environment,
+                                  const StopToken& stop) const {
+  ProcessRequest request;
+  request.executable = settings_.program;
+  request.arguments = std::move(arguments);
+  request.environment = std::move(environment);
+  request.timeLimit = settings_.timeLimit;
+  request.outputLimit = settings_.outputLimit;
+  auto done = runner_.run(request, stop);
+  if (!done) return {{}, "Unable to launch command.", noStatus};
+  return resultOf(*std::move(done));
+}
+
+}  // namespace quorvane

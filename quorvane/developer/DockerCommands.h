@@ -1,0 +1,44 @@
+#pragma once
+
+#include "quorvane/core/DockerTargets.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+/// The argument lists that the client is given, and no others. None of them forces a removal.
+namespace DockerCommands {
+
+using Arguments = std::vector<std::string>;
+
+Arguments showContext();
+/// What a client is asked that does not know `showContext`.
+Arguments listContexts();
+Arguments endpointOf(const std::string& context);
+Arguments engineID();
+
+Arguments usageSummary();
+Arguments usageTables();
+Arguments images();
+Arguments containers();
+Arguments volumes();
+/// Prints a line for each container, in their order; fails when one of them is gone.
+Arguments imagesOf(std::span<const std::string> containerIDs);
+
+// Of containers and images:
+Arguments identityOf(DockerResourceKind kind, const std::string& id);
+Arguments identities(DockerResourceKind kind);
+Arguments stateOf(const std::string& containerID);
+Arguments tagsOf(const std::string& imageID);
+Arguments containersOf(const std::string& imageID);
+
+/// Removes one image, container or volume. Of an image nothing but itself: its parents without a name stay.
+Arguments removalOf(DockerResourceKind kind, const std::string& target);
+/// Lets the engine remove the build cache that nothing uses; "--force" stands for its own question.
+Arguments pruneBuildCache();
+
+}  // namespace DockerCommands
+
+}  // namespace quorvane

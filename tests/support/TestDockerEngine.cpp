@@ -1,0 +1,124 @@
+#include "tests/support/TestDockerEngine.h"
+
+#include "quorvane/base/Utf8.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr const char* engineProgram = "/usr/sbin/dockerd";
+constexpr const char* clientProgram = "/usr/bin/docker";
+constexpr const char* programText = "#include <unistd.h>\nint main(int n, char**) { return n > 1 ? pause() : 0; }\n";
+
+SafeProcessResult runProgram(const char* program, std::vector<std::string> arguments,
+                             std::map<std::string, std::string> environment) {
+  environment.try_emplace("PATH", "/usr/sbin:/usr/bin:/sbin:/bin");
+  ProcessRequest request;
+  request.executable = {program};
+  request.arguments = std::move(arguments);
+  request.environment = std::move(environment);
+  request.timeLimit = std::chrono::seconds(60);
+  auto result = SafeProcessRunner().run(request, {});
+  EXPECT_TRUE(result.has_value()) << program;
+  return result ? *std::move(result) : SafeProcessResult{{}, {}, -1};
+}
+
+}  // namespace
+
+std::optional<std::string> TestDockerEngine::missing() {
+  if (::geteuid() != 0) return "only root can start a Docker engine";
+  for (const char* program : {engineProgram, clientProgram})
+    if (::access(program, X_OK) != 0) return std::string("there is no ") + program;
+  return std::nullopt;
+}
+
+TestDockerEngine::TestDockerEngine() {
+  folder_.write("program.cpp", programText);
+  const auto compiled = runProgram(
+      "/usr/bin/g++", {"-static", "-Os", "-o", folder_.at("program").bytes, folder_.at("program.cpp").bytes}, {});
+  EXPECT_EQ(compiled.exitCode, 0) << compiled.standardError;
+  const std::string data = folder_.at("data").bytes, exec = folder_.at("exec").bytes, pid = folder_.at("pid").bytes;
+  const std::string log = folder_.at("log").bytes, host = address();
+  process_ = ::fork();
+  if (process_ == 0) {
+    const int output = ::open(log.c_str(), O_WRONLY | O_CREAT, 0600);
+    ::dup2(output, 1);
+    ::dup2(output, 2);
+    ::setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1);
+    ::execl(engineProgram, engineProgram, "--iptables=false", "--ip6tables=false", "--bridge=none",
+            "--storage-driver=vfs", "--host", host.c_str(), "--data-root", data.c_str(), "--exec-root", exec.c_str(),
+            "--pidfile", pid.c_str(), nullptr);
+    ::_exit(127);
+  }
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (!isUp() && std::chrono::steady_clock::now() < limit)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_TRUE(isUp()) << folder_.read("log");
+}
+
+// Its containers end with it.
+TestDockerEngine::~TestDockerEngine() {
+  const std::string running = std::string(trimmed(run({"container", "ls", "--quiet"}).standardOutput));
+  for (std::size_t start = 0; start < running.size(); start += 13)
+    run({"container", "kill", running.substr(start, 12)});
+  ::kill(process_, SIGTERM);
+  ::waitpid(process_, nullptr, 0);
+}
+
+std::string TestDockerEngine::address() const { return "unix://" + folder_.at("engine.sock").bytes; }
+
+std::map<std::string, std::string> TestDockerEngine::environment() const {
+  return {{"DOCKER_HOST", address()}, {"HOME", folder_.path().bytes}, {"PATH", "/usr/sbin:/usr/bin:/sbin:/bin"}};
+}
+
+SafeProcessResult TestDockerEngine::run(std::vector<std::string> arguments) const {
+  auto variables = environment();
+  variables["DOCKER_BUILDKIT"] = "1";
+  return runProgram(clientProgram, std::move(arguments), std::move(variables));
+}
+
+bool TestDockerEngine::isUp() const { return run({"info", "--format", "{{json .ID}}"}).exitCode == 0; }
+
+std::string TestDockerEngine::ask(std::vector<std::string> arguments) const {
+  const SafeProcessResult result = run(std::move(arguments));
+  EXPECT_EQ(result.exitCode, 0) << result.standardError;
+  return std::string(trimmed(result.standardOutput));
+}
+
+bool TestDockerEngine::accepts(std::vector<std::string> arguments) const {
+  return run(std::move(arguments)).exitCode == 0;
+}
+
+std::string TestDockerEngine::makeImage(const std::string& name, const std::string& content) const {
+  folder_.write("content", content);
+  const std::string tar = folder_.at("image.tar").bytes;
+  const auto packed = runProgram("/bin/tar", {"-C", folder_.path().bytes, "-cf", tar, "program", "content"}, {});
+  EXPECT_EQ(packed.exitCode, 0) << packed.standardError;
+  return ask({"import", tar, name});
+}
+
+std::string TestDockerEngine::makeContainer(const std::string& image, const std::string& name,
+                                            std::vector<std::string> options) const {
+  std::vector<std::string> arguments{"create", "--network", "none", "--name", name};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  arguments.insert(arguments.end(), {image, "/program"});
+  return ask(arguments);
+}
+
+void TestDockerEngine::build(const std::string& image) const {
+  folder_.write("context/Dockerfile", "FROM " + image + "\nCOPY Dockerfile /copied\n");
+  ask({"build", "--quiet", "--tag", "built:1", folder_.at("context").bytes});
+}
+
+}  // namespace quorvane
