@@ -99,10 +99,9 @@ Outcome<void, SelectionError> applySelection(std::vector<ScanItem>& items, const
   return {};
 }
 
-std::vector<ScanItem> selectedItems(const std::vector<ScanItem>& items) {
-  std::vector<ScanItem> selected;
-  std::ranges::copy_if(items, std::back_inserter(selected), &ScanItem::isSelected);
-  return selected;
+std::vector<ScanItem> selectedItems(std::vector<ScanItem> items) {
+  std::erase_if(items, [](const ScanItem& item) { return !item.isSelected; });
+  return items;
 }
 
 std::optional<StaleScanSelection> staleSelection(const ScanResult& result, Date now) {

@@ -28,7 +28,7 @@ struct SelectionError {
 Outcome<void, SelectionError> applySelection(std::vector<ScanItem>& items, const SelectionRequest& request);
 
 /// Those that are marked, in their order.
-std::vector<ScanItem> selectedItems(const std::vector<ScanItem>& items);
+std::vector<ScanItem> selectedItems(std::vector<ScanItem> items);
 
 /// A reviewed result that is too old to be acted upon.
 struct StaleScanSelection {

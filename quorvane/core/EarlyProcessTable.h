@@ -16,13 +16,15 @@ class EarlyProcessTable final : public ProcessTable {
   /// Both outlive the object.
   EarlyProcessTable(ProcessTable& table, const Clock& clock) : table_(table), clock_(clock) {}
 
-  /// Begins a reading on a thread of its own, for the next `read`.
+  /// Begins a reading on a thread of its own, for the next `read`; unless one was begun at most a second ago.
   void begin();
 
   /// What was begun at most a second ago; otherwise the table is read now.
   Outcome<std::vector<RunningProcess>, PosixError> read() override;
 
  private:
+  bool isYoung() const;
+
   ProcessTable& table_;
   const Clock& clock_;
   std::chrono::steady_clock::time_point begunAt_;

@@ -8,6 +8,9 @@
 #include "quorvane/app/cli/review/ReviewDialogue.h"
 #include "quorvane/cleaning/CleaningSelection.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace quorvane {
 
 namespace {
@@ -33,11 +36,12 @@ class CleanCommand {
     if (!result) return failure(result.error());
     const auto selected = applySelection(result->items, {asked_.select, asked_.unselect});
     if (!selected) return failure(matchesNothing(selected.error()));
-    const bool hasNothing = selectedItems(result->items).empty();
+    const bool hasNothing = std::ranges::none_of(result->items, &ScanItem::isSelected);
     if (hasNothing || task_.isSettled()) showCoverage(*result);
     if (hasNothing) return nothingSelected(result->items.empty());
     return task_.moveIfConfirmed(
-        asked_.from == "-", [&] { return isReviewed(*result); }, [&] { return move(selectedItems(result->items)); });
+        asked_.from == "-", [&] { return isReviewed(*result); },
+        [&] { return move(selectedItems(std::move(result->items))); });
   }
 
  private:

@@ -16,10 +16,10 @@ FailedItem failedItem(const RemovalRequest& request, const RemovalRefusal& refus
 }
 
 template <class Item>
-RemovalSummary summaryOf(const RemovalReport& report, const std::vector<Item>& items, bool isRehearsal) {
+RemovalSummary summaryOf(RemovalReport report, const std::vector<Item>& items, bool isRehearsal) {
   RemovalSummary summary;
   summary.isRehearsal = isRehearsal;
-  summary.entries = report.entries;
+  summary.entries = std::move(report.entries);
   for (const RemovalFailure& failed : report.failures) {
     FailedItem item = failedItem(items.at(failed.index), failed.refusal);
     if (failed.refusal.reasonKey == "cleanup.failure.inside") {
@@ -46,11 +46,12 @@ CommandOutcome runAny(Console& console, MainLoop& loop, AppModel& model, bool is
   auto [outcome, cancelled] = runOperation<RemovalReport, RemovalError>(
       console, loop, model, beginning, [&](RemovalHandlers handlers) { start(kind, std::move(handlers)); });
   if (!outcome) return failure(commandError(outcome.error()));
-  RemovalSummary summary = summaryOf(*outcome, items, isRehearsal);
+  const bool wasStopped = outcome->wasStopped;
+  RemovalSummary summary = summaryOf(*std::move(outcome), items, isRehearsal);
   summary.failures.insert(summary.failures.begin(), std::make_move_iterator(failedBefore.begin()),
                           std::make_move_iterator(failedBefore.end()));
   // Asked to stop when everything was done already, the run was not cancelled.
-  return printSummary(console, summary, outcome->wasStopped ? cancelled : std::nullopt);
+  return printSummary(console, summary, wasStopped ? cancelled : std::nullopt);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include "quorvane/app/cli/ServiceErrors.h"
 #include "quorvane/app/cli/review/ReviewAnswer.h"
 
-#include <algorithm>
+#include <set>
 
 namespace quorvane {
 
@@ -34,10 +34,11 @@ class TrashCommand {
  private:
   Outcome<std::vector<FilePath>, CommandError> givenPaths() {
     std::vector<FilePath> paths;
+    std::set<FilePath> known;
     for (const std::string& given : task_.context.invocation.subjects) {
-      auto path = objectArgument(task_.context, task_.model, given);
+      const auto path = objectArgument(task_.context, task_.model, given);
       if (!path) return failure(path.error());
-      if (std::ranges::find(paths, *path) == paths.end()) paths.push_back(*std::move(path));
+      if (known.insert(*path).second) paths.push_back(*path);
     }
     return paths;
   }
@@ -51,9 +52,9 @@ class TrashCommand {
     if (cancelled) return failure(CommandError{*cancelled, {"cli.clean.stoppedBefore", {}}});
     if (!outcome) return failure(commandError(outcome.error()));
     Review review;
-    for (const ReviewedPath& each : *outcome) {
+    for (ReviewedPath& each : *outcome) {
       if (each.outcome) {
-        review.requests.push_back(*each.outcome);
+        review.requests.push_back(*std::move(each.outcome));
       } else {
         review.refused.push_back({each.id, each.path, std::string(leafOf(each.path)), each.outcome.error()});
       }

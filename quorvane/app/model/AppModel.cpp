@@ -99,17 +99,18 @@ void AppModel::scan(ScanRequest request, Handlers<ScanResult> handlers) {
     leaveScanning(outcome);
     finished(std::move(outcome));
   };
-  const auto operation = [request = std::move(request)](Services& services, OperationControl control) {
+  auto operation = [request = std::move(request)](Services& services, OperationControl control) {
+    services.processTable.begin();  // for the last look, and for a cleaning that follows at once
     return services.scanner.scan(request, control.pausing, control.progress);
   };
-  start(operation, std::move(handlers));
+  start(std::move(operation), std::move(handlers));
 }
 
 void AppModel::measureStorage(Handlers<StorageSnapshot> handlers) {
-  const auto operation = [](Services& services, OperationControl control) {
+  auto operation = [](Services& services, OperationControl control) {
     return services.scanner.storageSummary(control.pausing, control.progress);
   };
-  start(operation, std::move(handlers));
+  start(std::move(operation), std::move(handlers));
 }
 
 void AppModel::clean(std::vector<ScanItem> items, RemovalKind kind, Handlers<RemovalReport, RemovalError> handlers) {
@@ -119,17 +120,17 @@ void AppModel::clean(std::vector<ScanItem> items, RemovalKind kind, Handlers<Rem
     leaveCleaning(outcome, kind);
     finished(std::move(outcome));
   };
-  const auto operation = [items = std::move(items), kind](Services& services, OperationControl control) {
+  auto operation = [items = std::move(items), kind](Services& services, OperationControl control) {
     services.processTable.begin();
     return services.cleaner.clean(items, removalOptions(kind, control.pausing, control.progress));
   };
-  start(operation, std::move(handlers));
+  start(std::move(operation), std::move(handlers));
 }
 
 void AppModel::reviewPaths(std::vector<FilePath> paths, Handlers<std::vector<ReviewedPath>, RemovalError> handlers) {
-  const auto operation = [paths = std::move(paths), &random = random_](
-                             Services& services,
-                             OperationControl control) -> Outcome<std::vector<ReviewedPath>, RemovalError> {
+  auto operation = [paths = std::move(paths), &random = random_](
+                       Services& services,
+                       OperationControl control) -> Outcome<std::vector<ReviewedPath>, RemovalError> {
     services.processTable.begin();  // for a removal that follows at once
     const auto progressed = [&](std::size_t done, std::size_t count, const FilePath& path) {
       report(control.progress, "cleanup.status.reviewing", done, count, path.bytes);
@@ -142,15 +143,15 @@ void AppModel::reviewPaths(std::vector<FilePath> paths, Handlers<std::vector<Rev
     }
     return reviewed;
   };
-  start(operation, std::move(handlers));
+  start(std::move(operation), std::move(handlers));
 }
 
 void AppModel::trash(std::vector<RemovalRequest> requests, RemovalKind kind,
                      Handlers<RemovalReport, RemovalError> handlers) {
-  const auto operation = [requests = std::move(requests), kind](Services& services, OperationControl control) {
+  auto operation = [requests = std::move(requests), kind](Services& services, OperationControl control) {
     return services.remover.remove(requests, {}, removalOptions(kind, control.pausing, control.progress));
   };
-  start(operation, std::move(handlers));
+  start(std::move(operation), std::move(handlers));
 }
 
 void AppModel::restore(std::vector<RecoveryReference> references, RestoreConflictPolicy onConflict,
@@ -158,8 +159,8 @@ void AppModel::restore(std::vector<RecoveryReference> references, RestoreConflic
   std::optional<FilePath> confinedTo;
   if (settings_.folders.isConfined)
     confinedTo = fileSystem_->resolved(settings_.folders.home).value_or(settings_.folders.home);
-  const auto operation = [references = std::move(references), onConflict, confinedTo = std::move(confinedTo)](
-                             Services& services, OperationControl control) {
+  auto operation = [references = std::move(references), onConflict, confinedTo = std::move(confinedTo)](
+                       Services& services, OperationControl control) {
     const auto progressed = [&](std::size_t done, std::size_t count) {
       report(control.progress, "restore.status.restoring", done, count);
     };
@@ -168,7 +169,7 @@ void AppModel::restore(std::vector<RecoveryReference> references, RestoreConflic
                                                          .stop = control.pausing.stopToken(),
                                                          .progressed = progressed});
   };
-  start(operation, std::move(handlers));
+  start(std::move(operation), std::move(handlers));
 }
 
 void AppModel::surveyDocker(Handlers<DockerSurvey, DockerServiceError> handlers) {
@@ -214,15 +215,15 @@ void AppModel::start(Operation operation, Handlers<Result, Failure> handlers) {
     control_.reset();
     finished(std::move(outcome));
   };
-  const auto work = [operation = std::move(operation), control = control_, delivery = delivery_, operationID, finish,
-                     &mainThread = mainThread_](Services& services) {
+  auto work = [operation = std::move(operation), control = control_, delivery = delivery_, operationID, finish,
+               &mainThread = mainThread_](Services& services) {
     const ScanProgressSink sink = [&](CleaningScanProgressUpdate update) {
       delivery->submit(operationID, std::move(update));
     };
     auto outcome = std::make_shared<Outcome<Result, Failure>>(operation(services, OperationControl{*control, sink}));
     mainThread.post([finish, outcome] { finish(std::move(*outcome)); });
   };
-  services().perform(work);
+  services().perform(std::move(work));
 }
 
 AppModel::Records& AppModel::records() {
