@@ -172,22 +172,10 @@ TEST_F(HistoryFileTests, doesNotTouchWhatCannotBeTrusted) {
          ::mkfifo(lock.c_str(), 0600);
        }},
       {"history writable by others", RecoveryStoreFault::untrusted, [&] { ::chmod(history.c_str(), 0602); }},
-      {"history with two names", RecoveryStoreFault::untrusted,
-       [&] { std::filesystem::create_hard_link(history, path("h")); }},
       {"history a link", RecoveryStoreFault::untrusted,
        [&] {
          ::rename(history.c_str(), path("h").c_str());
          std::filesystem::create_symlink("h", history);
-       }},
-      {"history a folder", RecoveryStoreFault::untrusted,
-       [&] {
-         ::unlink(history.c_str());
-         ::mkdir(history.c_str(), 0700);
-       }},
-      {"history a pipe", RecoveryStoreFault::untrusted,
-       [&] {
-         ::unlink(history.c_str());
-         ::mkfifo(history.c_str(), 0600);
        }},
       {"history damaged", RecoveryStoreFault::undecodable, [&] { std::filesystem::resize_file(history, 40); }},
       {"history empty", RecoveryStoreFault::undecodable, [&] { std::filesystem::resize_file(history, 0); }},
