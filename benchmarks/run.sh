@@ -34,7 +34,8 @@ done
 quorvane=$build/bin/quorvane
 walk=$build/bin/benchmarks/WalkBenchmark
 history=$build/bin/benchmarks/HistoryBenchmark
-for program in "$quorvane" "$walk" "$history" "$build/bin/benchmarks/MakeData" "$build/bin/benchmarks/Timed"; do
+docker=$build/bin/benchmarks/DockerBenchmark
+for program in "$quorvane" "$walk" "$history" "$docker" "$build/bin/benchmarks/MakeData" "$build/bin/benchmarks/Timed"; do
     [ -x "$program" ] || fail "$program is missing: run ./bench"
 done
 
@@ -128,6 +129,8 @@ status=0
 mkdir "$made/history"
 printf '\n'
 [ $status = 2 ] || "$history" "$made/history" || status=$?
+printf '\n'
+[ $status = 2 ] || "$docker" || status=$?
 if [ $status = 1 ]; then
     say "bench: not all bounds held. A walk uses all cores: where its cpu time is hardly above its wall time, other programs"
     say "bench: had them, and the comparison with the peers, which use one, says little."

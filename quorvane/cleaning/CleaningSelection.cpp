@@ -105,8 +105,12 @@ std::vector<ScanItem> selectedItems(std::vector<ScanItem> items) {
 }
 
 std::optional<StaleScanSelection> staleSelection(const ScanResult& result, Date now) {
-  const bool isOld = result.finishedAt < now - oldestSelection;
-  if (isOld || result.finishedAt > now) return StaleScanSelection{result.finishedAt};
+  return staleSelection(result.finishedAt, now);
+}
+
+std::optional<StaleScanSelection> staleSelection(Date finishedAt, Date now) {
+  const bool isOld = finishedAt < now - oldestSelection;
+  if (isOld || finishedAt > now) return StaleScanSelection{finishedAt};
   return std::nullopt;
 }
 

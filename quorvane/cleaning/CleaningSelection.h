@@ -39,5 +39,7 @@ struct StaleScanSelection {
 
 /// Whether the result is older than 24 hours, or of a time to come.
 std::optional<StaleScanSelection> staleSelection(const ScanResult& result, Date now);
+/// The same of any review that was finished then.
+std::optional<StaleScanSelection> staleSelection(Date finishedAt, Date now);
 
 }  // namespace quorvane

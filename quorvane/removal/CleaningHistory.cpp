@@ -11,7 +11,9 @@ std::string titleKey(CleanupFailureCategory category) {
 
 std::string messageKey(RecoveryFailure failure) { return "recovery.failure." + std::string(caseName(failure)); }
 
-bool isPending(const CleaningHistoryItem& item) { return item.pendingCleanup || item.pendingRestorePath; }
+bool isPending(const CleaningHistoryItem& item) {
+  return item.pendingCleanup || item.pendingRestorePath || item.pendingIrreversible;
+}
 
 bool isRestorable(const CleaningHistoryItem& item) {
   return item.outcome == CleaningHistoryItemOutcome::movedToTrash && item.trashedPath && !item.restoredPath;

@@ -5,9 +5,12 @@
 #include "quorvane/base/FilePath.h"
 #include "quorvane/base/JsonRecord.h"
 #include "quorvane/base/Uuid.h"
+#include "quorvane/core/DockerTargets.h"
 #include "quorvane/core/FileIdentity.h"
 #include "quorvane/core/MobileBackupMetadata.h"
 #include "quorvane/removal/CleanupMoveIntent.h"
+#include "quorvane/removal/HistoryLocation.h"
+#include "quorvane/removal/IrreversibleRemovalIntent.h"
 #include "quorvane/removal/Recovery.h"
 
 #include <cstdint>
@@ -54,7 +57,7 @@ QV_JSON_FIELDS(UninstallHistoryContext, application, bundleIdentity)
 struct CleaningHistoryItem {
   Uuid id;
   std::string name;                     ///< for people
-  FilePath originalPath;                ///< absolute, links resolved
+  HistoryLocation originalPath;         ///< absolute, links resolved; of what is no file its name
   std::optional<FilePath> trashedPath;  ///< absent until the move is verified
   std::int64_t size = 0;                ///< bytes
   CleaningHistoryItemOutcome outcome = CleaningHistoryItemOutcome::failed;
@@ -62,20 +65,24 @@ struct CleaningHistoryItem {
   std::optional<CleanupDirectoryAnchor> trashLocation;  ///< of the folder that it is in
   std::optional<FilePath> restoredPath;
   std::optional<Date> restoredAt;
-  std::optional<FilePath> pendingRestorePath;       ///< where a restore that is under way puts it
-  std::optional<CleanupMoveIntent> pendingCleanup;  ///< the move that is under way
-  std::optional<bool> cleanupJournalUnavailable;    ///< moved, but its record could not be completed
-  std::optional<std::string> failureReason;         ///< a text for people
+  std::optional<FilePath> pendingRestorePath;                    ///< where a restore that is under way puts it
+  std::optional<CleanupMoveIntent> pendingCleanup;               ///< the move that is under way
+  std::optional<IrreversibleRemovalIntent> pendingIrreversible;  ///< the removal for good that is under way
+  std::optional<bool> cleanupJournalUnavailable;                 ///< moved, but its record could not be completed
+  std::optional<std::string> failureReason;                      ///< a text for people
   std::optional<CleanupFailureCategory> failureCategory;
   std::optional<RecoveryFailure> restoreFailure;
   std::optional<Date> restoreAttemptedAt;
   std::optional<MobileBackupMetadata> backupMetadata;
+  std::optional<DockerRetryTarget> dockerTarget;          ///< what a Docker command removed, or was to
+  std::optional<DockerCleanupOperation> dockerOperation;  ///< the same of a command for many objects
 
   bool operator==(const CleaningHistoryItem&) const = default;
 };
 QV_JSON_FIELDS(CleaningHistoryItem, id, name, originalPath, trashedPath, size, outcome, trashIdentity, trashLocation,
-               restoredPath, restoredAt, pendingRestorePath, pendingCleanup, cleanupJournalUnavailable, failureReason,
-               failureCategory, restoreFailure, restoreAttemptedAt, backupMetadata)
+               restoredPath, restoredAt, pendingRestorePath, pendingCleanup, pendingIrreversible,
+               cleanupJournalUnavailable, failureReason, failureCategory, restoreFailure, restoreAttemptedAt,
+               backupMetadata, dockerTarget, dockerOperation)
 
 /// Whether something about the item is under way, or was when a run ended unexpectedly.
 bool isPending(const CleaningHistoryItem& item);

@@ -41,6 +41,30 @@ Outcome<AdministratorMoveTerminalState, JsonError> fromJson(const Json& json) {
 }
 
 template <>
+Outcome<CleaningHistoryItem, JsonError> fromJson(const Json& json) {
+  auto item = json::recordFromJson<CleaningHistoryItem>(json);
+  if (!item || isAbsolute(item->originalPath.bytes)) return item;
+  const bool claimsToBeAFile = item->outcome == CleaningHistoryItemOutcome::movedToTrash || item->trashedPath ||
+                               item->pendingCleanup || item->pendingRestorePath || item->restoredPath;
+  if (claimsToBeAFile) return failure(JsonError{JsonFault::outOfRange, "originalPath"});
+  return item;
+}
+
+template <>
+Json toJson(const HistoryLocation& location) {
+  return toJson<FilePath>(location);
+}
+
+template <>
+Outcome<HistoryLocation, JsonError> fromJson(const Json& json) {
+  if (json.is_string() && isForeignLocation(json.get_ref<const std::string&>()))
+    return HistoryLocation(FilePath{json.get<std::string>()});
+  auto path = fromJson<FilePath>(json);
+  if (!path) return failure(path.error());
+  return HistoryLocation(*std::move(path));
+}
+
+template <>
 Json toJson(const DockerResourceKind& kind) {
   return static_cast<int>(kind);
 }

@@ -24,8 +24,12 @@ std::int64_t pendingIn(const std::vector<CleaningHistoryEntry>& entries) {
 
 std::string jsonText(const RecoveryBatchResult& result) { return printedRecord(result); }
 
-HistoryStore::HistoryStore(const MoveServices& services, RandomSource& random, const FilePath& applicationSupport)
-    : services_(services), random_(random), fileURL_(AppPaths::history(applicationSupport)) {}
+HistoryStore::HistoryStore(const MoveServices& services, RandomSource& random, const FilePath& applicationSupport,
+                           IrreversibleCheck* irreversible)
+    : services_(services),
+      random_(random),
+      fileURL_(AppPaths::history(applicationSupport)),
+      irreversible_(irreversible) {}
 
 Outcome<HistoryView, RecoveryStoreError> HistoryStore::load() {
   auto view = loadUnlocked();
@@ -57,7 +61,8 @@ Outcome<HistoryView, RecoveryStoreError> HistoryStore::loadUnlocked() {
 Outcome<std::shared_ptr<OpenHistory>, RecoveryStoreError> HistoryStore::open() {
   auto history = OpenHistory::open(services_.fileSystem, random_, fileURL_, cache_);
   if (!history) return history;
-  if (auto settled = Reconciliation(services_, **history).perform(); !settled) return failure(settled.error());
+  if (auto settled = Reconciliation(services_, **history, irreversible_).perform(); !settled)
+    return failure(settled.error());
   return history;
 }
 

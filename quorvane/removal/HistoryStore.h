@@ -3,6 +3,7 @@
 #include "quorvane/base/StopToken.h"
 #include "quorvane/platform/RandomSource.h"
 #include "quorvane/removal/CleanupMoveJournal.h"
+#include "quorvane/removal/IrreversibleCheck.h"
 #include "quorvane/removal/OpenHistory.h"
 
 #include <cstdint>
@@ -56,8 +57,9 @@ struct RestoreOptions {
 /// the lock. A history that cannot be trusted, read or decoded refuses every call and stays untouched.
 class HistoryStore {
  public:
-  /// Everything handed over outlives the store.
-  HistoryStore(const MoveServices& services, RandomSource& random, const FilePath& applicationSupport);
+  /// Everything handed over outlives the store. `irreversible` settles removals for good; without it they stay pending.
+  HistoryStore(const MoveServices& services, RandomSource& random, const FilePath& applicationSupport,
+               IrreversibleCheck* irreversible = nullptr);
 
   /// All entries. Takes the lock only where something is pending; makes nothing where there is no history.
   Outcome<HistoryView, RecoveryStoreError> load();
@@ -80,6 +82,7 @@ class HistoryStore {
   const MoveServices& services_;
   RandomSource& random_;
   FilePath fileURL_;
+  IrreversibleCheck* irreversible_;
   HistoryCache cache_;
 };
 

@@ -49,6 +49,10 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
         if (entry.isCleanupReceipt) countMoved(settled);
       }
       if (item.pendingRestorePath && settleRestore(item)) isChanged = true;
+      if (item.pendingIrreversible && settleIrreversible(item)) {
+        isChanged = true;
+        countMoved(settled);
+      }
     }
     if (isChanged) change.replaced.push_back(std::move(settled));
   }
@@ -109,6 +113,22 @@ bool Reconciliation::settleInTrash(CleaningHistoryItem& item, const RecordedTras
 void Reconciliation::forgetUnfinished(const CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date) {
   const auto trash = lookup_.open(intent.trashDirectory, intent.trashLocation);
   if (trash) trash->folder->forgetUnfinished(std::string(leafOf(item.originalPath)), noteOf(item, date));
+}
+
+/// Says what became of it; never does it again.
+bool Reconciliation::settleIrreversible(CleaningHistoryItem& item) {
+  const auto finding = irreversible_ != nullptr ? irreversible_->look(item) : IrreversibleFinding::unknown;
+  if (finding == IrreversibleFinding::unknown) return false;
+  item.pendingIrreversible.reset();
+  if (finding == IrreversibleFinding::gone) {
+    item.outcome = CleaningHistoryItemOutcome::removed;
+    item.failureReason.reset();
+    item.failureCategory.reset();
+  } else {
+    item.failureReason = services_.texts("cleanup.irreversible.stillThere");
+    item.failureCategory = CleanupFailureCategory::other;
+  }
+  return true;
 }
 
 bool Reconciliation::settleRestore(CleaningHistoryItem& item) {

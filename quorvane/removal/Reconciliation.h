@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorvane/removal/IrreversibleCheck.h"
 #include "quorvane/removal/OpenHistory.h"
 #include "quorvane/removal/TrashLookup.h"
 
@@ -9,9 +10,9 @@ namespace quorvane {
 /// it in one write; what cannot be told (a Trash that is not there, say) stays pending for the next time.
 class Reconciliation {
  public:
-  /// Everything handed over outlives the object.
-  Reconciliation(const MoveServices& services, OpenHistory& history)
-      : services_(services), history_(history), lookup_(services) {}
+  /// Everything handed over outlives the object. Without a check, removals for good stay pending.
+  Reconciliation(const MoveServices& services, OpenHistory& history, IrreversibleCheck* irreversible = nullptr)
+      : services_(services), history_(history), irreversible_(irreversible), lookup_(services) {}
 
   Outcome<void, RecoveryStoreError> perform();
 
@@ -19,6 +20,7 @@ class Reconciliation {
   /// Both say whether they changed the item; `date` is that of its entry.
   bool settleMove(CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date);
   bool settleRestore(CleaningHistoryItem& item);
+  bool settleIrreversible(CleaningHistoryItem& item);
 
   void claimRecorded();
   std::vector<int> settledFolders() const;
@@ -27,6 +29,7 @@ class Reconciliation {
 
   const MoveServices& services_;
   OpenHistory& history_;
+  IrreversibleCheck* irreversible_;
   TrashLookup lookup_;
 };
 

@@ -53,7 +53,7 @@ std::size_t Restoration::sizeOfBatch(std::span<const RecoveryReference> referenc
   std::vector<FilePath> paths;
   for (const RecoveryReference& reference : references) {
     const CleaningHistoryItem* item = itemOf(reference);
-    const FilePath path = item == nullptr ? FilePath{} : item->originalPath;
+    const FilePath path = item == nullptr ? FilePath{} : FilePath(item->originalPath);
     const auto isInWay = [&](const FilePath& other) { return item != nullptr && overlap(other, path); };
     if (paths.size() == CleanupMoveJournal::mostMoves || std::ranges::any_of(paths, isInWay)) break;
     paths.push_back(path);

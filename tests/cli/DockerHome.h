@@ -28,6 +28,12 @@ class DockerHome {
     return run(std::move(arguments), std::move(setting));
   }
 
+  /// The path of a file with this content.
+  std::string keep(const std::string& name, const std::string& content) const {
+    folder_.write(name, content);
+    return at(name).bytes;
+  }
+
   FilePath at(std::string_view relative) const { return folder_.at(relative); }
 
   /// A client whose engine has an image, a container of another image, and a line that is garbage.

@@ -6,6 +6,8 @@
 #include "quorvane/core/SafetyLevel.h"
 #include "quorvane/core/ScanCategory.h"
 #include "quorvane/core/ScanCoverage.h"
+#include "quorvane/developer/DockerCleanupError.h"
+#include "quorvane/developer/DockerRechecks.h"
 #include "quorvane/developer/DockerSafetyPolicy.h"
 #include "quorvane/developer/DockerServiceError.h"
 #include "quorvane/removal/CleaningHistory.h"
@@ -66,6 +68,9 @@ Keys derivedKeys() {
   addCases<EvidenceKind>(keys, "evidence.");
   keys.erase("evidence.none");
   addCases<DockerServiceFault>(keys, "docker.error.");
+  addCases<DockerReviewFault>(keys, "docker.review.error.");
+  addCases<DockerRetryFault>(keys, "docker.retry.error.");
+  addCases<DockerPresence>(keys, "cleanup.command.");
   addCases<DockerCleanupSafety>(keys, "docker.safety.");
   for (const DockerResourceKind kind : allDockerResourceKinds) keys.merge(Keys{titleKey(kind), detailKey(kind)});
   for (const char* state : {"running", "paused", "restarting", "exited", "created", "dead", "?"})

@@ -28,7 +28,7 @@ CleaningHistoryEntry entryNamed(RandomSource& random, std::string name) {
   CleaningHistoryItem item;
   item.id = entry.id;
   item.name = std::move(name);
-  item.originalPath = {"/home/ada/\xff\"]},["};
+  item.originalPath = FilePath{"/home/ada/\xff\"]},["};
   entry.items = {item};
   return entry;
 }

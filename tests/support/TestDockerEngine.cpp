@@ -49,6 +49,9 @@ TestDockerEngine::TestDockerEngine() {
       "/usr/bin/g++", {"-static", "-Os", "-o", folder_.at("program").bytes, folder_.at("program.cpp").bytes}, {});
   EXPECT_EQ(compiled.exitCode, 0) << compiled.standardError;
   const std::string data = folder_.at("data").bytes, exec = folder_.at("exec").bytes, pid = folder_.at("pid").bytes;
+  // What an engine says that it is comes from a key, which those of one machine would share.
+  folder_.write("engine.json", R"({"deprecated-key-path":")" + folder_.at("key.json").bytes + "\"}");
+  const std::string configuration = folder_.at("engine.json").bytes;
   const std::string log = folder_.at("log").bytes, host = address();
   process_ = ::fork();
   if (process_ == 0) {
@@ -57,8 +60,8 @@ TestDockerEngine::TestDockerEngine() {
     ::dup2(output, 2);
     ::setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1);
     ::execl(engineProgram, engineProgram, "--iptables=false", "--ip6tables=false", "--bridge=none",
-            "--storage-driver=vfs", "--host", host.c_str(), "--data-root", data.c_str(), "--exec-root", exec.c_str(),
-            "--pidfile", pid.c_str(), nullptr);
+            "--storage-driver=vfs", "--config-file", configuration.c_str(), "--host", host.c_str(), "--data-root",
+            data.c_str(), "--exec-root", exec.c_str(), "--pidfile", pid.c_str(), nullptr);
     ::_exit(127);
   }
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);

@@ -28,6 +28,8 @@ std::string_view stoppedKey(CommandName command) {
     case CommandName::ignoreList: return "scan.error.cancelled";
     case CommandName::clean:
     case CommandName::trash:
+    case CommandName::dockerClean:
+    case CommandName::dockerRetry:
     case CommandName::restore:
     case CommandName::undo: return "cli.stopped.seeHistory";
     case CommandName::ignoreAdd:
@@ -68,6 +70,8 @@ class RequestRunner {
       case CommandName::undo: return runRestore(context);
       case CommandName::docker:
       case CommandName::dockerList: return runDockerList(context);
+      case CommandName::dockerClean: return runDockerClean(context);
+      case CommandName::dockerRetry: return runDockerRetry(context);
       case CommandName::ignoreList: return runIgnoreList(context);
       case CommandName::ignoreAdd: return runIgnoreAdd(context);
       case CommandName::ignoreRemove: return runIgnoreRemove(context);

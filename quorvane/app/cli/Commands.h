@@ -27,6 +27,8 @@ CommandOutcome runHistory(const CommandContext& context);
 CommandOutcome runHistoryShow(const CommandContext& context);
 CommandOutcome runRestore(const CommandContext& context);
 CommandOutcome runDockerList(const CommandContext& context);
+CommandOutcome runDockerClean(const CommandContext& context);
+CommandOutcome runDockerRetry(const CommandContext& context);
 CommandOutcome runIgnoreList(const CommandContext& context);
 CommandOutcome runIgnoreAdd(const CommandContext& context);
 CommandOutcome runIgnoreRemove(const CommandContext& context);

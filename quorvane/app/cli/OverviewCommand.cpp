@@ -65,7 +65,7 @@ HistoryOutlook outlookOf(const HistoryView& history, const MessageCatalogue& cat
     for (const CleaningHistoryEntry* entry : runs.front().entries)
       outlook.interruptedCount += std::ranges::count_if(
           entry->items, [&](const CleaningHistoryItem& item) { return wasInterrupted(item, catalogue); });
-  outlook.hasSomethingInTrash = !lastRunInTrash(history.entries).empty();
+  outlook.hasSomethingInTrash = !lastRunInTrash(history.entries).empty() && !lastRunForGood(history.entries);
   return outlook;
 }
 

@@ -50,7 +50,11 @@ Outcome<References, CommandError> chosen(const Invocation& asked, const std::vec
   References references;
   switch (asked.restore.choice) {
     case RestoreChoice::named: return namedReferences(entries, asked.subjects);
-    case RestoreChoice::lastRun: references = lastRunInTrash(entries); break;
+    case RestoreChoice::lastRun:
+      if (const auto run = lastRunForGood(entries))
+        return failure(CommandError{ExitCode::refused, {"cli.error.lastRunIrreversible", {{"date", run->date}}}});
+      references = lastRunInTrash(entries);
+      break;
     case RestoreChoice::everything: references = everythingInTrash(entries); break;
   }
   if (references.empty()) return failure(CommandError{ExitCode::wrongUsage, {"cli.error.nothingToPutBack", {}}});

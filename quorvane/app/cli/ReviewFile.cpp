@@ -38,9 +38,15 @@ Outcome<std::string, CommandError> givenText(const CommandContext& context, AppM
   return failure(refused("cli.error.reviewUnreadable", from, {"what", systemReason(text.error().code)}));
 }
 
-CommandError undecodable(const std::string& from, const JsonError& error) {
-  const std::string key = error.path.empty() ? "cli.error.reviewUndecodable" : "cli.error.reviewUndecodableAt";
-  CommandError refusal = refused(key, from, {"place", error.path});
+/// What is said of a file that holds something else.
+struct WrongContentKeys {
+  std::string whole, at;
+};
+const WrongContentKeys noScanResult{"cli.error.reviewUndecodable", "cli.error.reviewUndecodableAt"};
+const WrongContentKeys noDockerListing{"cli.error.dockerReviewUndecodable", "cli.error.dockerReviewUndecodableAt"};
+
+CommandError undecodable(const WrongContentKeys& keys, const std::string& from, const JsonError& error) {
+  CommandError refusal = refused(error.path.empty() ? keys.whole : keys.at, from, {"place", error.path});
   refusal.message.arguments.push_back({"fault", MessageKey{"json.fault." + std::string(caseName(error.fault))}});
   return refusal;
 }
@@ -52,16 +58,30 @@ Outcome<ScanResult, CommandError> reviewedResult(const CommandContext& context, 
   const auto text = givenText(context, model, from);
   if (!text) return failure(text.error());
   auto result = scanResultFromJson(*text);
-  if (!result) return failure(undecodable(from, result.error()));
+  if (!result) return failure(undecodable(noScanResult, from, result.error()));
   const auto negative =
       std::ranges::find_if(result->items, [](const ScanItem& item) { return item.size < 0; }) - result->items.begin();
   if (negative < std::ssize(result->items))
-    return failure(undecodable(from, {JsonFault::outOfRange, "items." + std::to_string(negative) + ".size"}));
+    return failure(
+        undecodable(noScanResult, from, {JsonFault::outOfRange, "items." + std::to_string(negative) + ".size"}));
   const Date now = model.clock().now();
   if (const auto stale = staleSelection(*result, now))
     return failure(refused(stale->finishedAt > now ? "cli.error.futureReview" : "cli.error.staleReview", from,
                            {"date", stale->finishedAt}));
   return *std::move(result);
+}
+
+Outcome<DockerSnapshot, CommandError> reviewedSnapshot(const CommandContext& context, AppModel& model) {
+  const std::string from = context.invocation.removal.from.value_or("-");
+  const auto text = givenText(context, model, from);
+  if (!text) return failure(text.error());
+  auto snapshot = dockerSnapshotFromJson(*text);
+  if (!snapshot) return failure(undecodable(noDockerListing, from, snapshot.error()));
+  const Date now = model.clock().now();
+  if (const auto stale = staleSelection(snapshot->checkedAt, now))
+    return failure(refused(stale->finishedAt > now ? "cli.error.futureReview" : "cli.error.dockerReviewStale", from,
+                           {"date", stale->finishedAt}));
+  return *std::move(snapshot);
 }
 
 }  // namespace quorvane

@@ -29,6 +29,16 @@ CommandError removalError(PosixError error) {
   return {ExitCode::refused, {messageKey(RemovalError(error)), {{"what", systemReason(error.code)}}}};
 }
 
+CommandError dockerError(const DockerServiceError& error) { return commandError(error); }
+CommandError dockerError(const RecoveryStoreError& error) { return commandError(error); }
+CommandError dockerError(DockerReviewFault fault) { return {ExitCode::refused, {messageKey(fault), {}}}; }
+CommandError dockerError(const DockerSelector& selector) {
+  return {ExitCode::wrongUsage, {"cli.error.notReviewed", {{"given", selector.id}}}};
+}
+CommandError dockerError(DockerRetryFault fault) {
+  return {fault == DockerRetryFault::nothing ? ExitCode::wrongUsage : ExitCode::refused, {messageKey(fault), {}}};
+}
+
 }  // namespace
 
 CommandError commandError(const IgnoreRuleError& error, const std::string& path) {
@@ -46,6 +56,10 @@ CommandError commandError(const DockerServiceError& error) {
   MessageList places;
   for (const FilePath& place : dockerPlaces()) places.texts.push_back(place.bytes);
   return {ExitCode::refused, {messageKey(error.fault), {{"what", error.message}, {"places", places}}}};
+}
+
+CommandError commandError(const DockerCleanupError& error) {
+  return std::visit([](const auto& each) { return dockerError(each); }, error);
 }
 
 CommandError commandError(const RemovalError& error) {

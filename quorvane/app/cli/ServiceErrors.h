@@ -12,5 +12,6 @@ CommandError commandError(const IgnoreRuleError& error, const std::string& path 
 CommandError commandError(const RecoveryStoreError& error);
 CommandError commandError(const RemovalError& error);
 CommandError commandError(const DockerServiceError& error);
+CommandError commandError(const DockerCleanupError& error);
 
 }  // namespace quorvane

@@ -42,6 +42,8 @@ std::string_view aboutKey(CommandName command) {
     case CommandName::ignore: return "manual.about.ignore";
     case CommandName::docker: return "manual.about.docker";
     case CommandName::dockerList:
+    case CommandName::dockerClean:
+    case CommandName::dockerRetry:
     case CommandName::historyShow:
     case CommandName::ignoreList:
     case CommandName::ignoreAdd:

@@ -3,6 +3,8 @@
 #include "quorvane/base/Assert.h"
 #include "quorvane/core/EarlyProcessTable.h"
 #include "quorvane/developer/DockerPrograms.h"
+#include "quorvane/developer/DockerRemovalCheck.h"
+#include "quorvane/developer/DockerReviewer.h"
 
 #include <type_traits>
 
@@ -11,6 +13,8 @@ namespace quorvane {
 namespace {
 
 constexpr std::chrono::milliseconds progressInterval{100};
+/// At the start of any command: what an engine that hangs may keep it waiting.
+constexpr std::chrono::seconds patienceAtStart{5};
 
 // Tells how many of so many things are done, and which one is in hand.
 void report(const ScanProgressSink& progress, std::string statusKey, std::size_t done, std::size_t count,
@@ -39,11 +43,22 @@ struct AppModel::Records {
       : volumes(makeSystemVolumes()),
         trash(makeSystemTrash(*model.fileSystem_, model.random_, model.settings_.folders)),
         moves{*model.fileSystem_, *volumes, *trash, model.clock_, model.texts_},
-        history(moves, model.random_, model.settings_.folders.applicationSupport) {}
+        dockerCheck([this, &settings = model.docker_] { return dockerClient(settings, patienceAtStart); }),
+        history(moves, model.random_, model.settings_.folders.applicationSupport, &dockerCheck) {}
+
+  /// Looked for each time: it may have been installed meanwhile.
+  std::optional<DockerClient> dockerClient(const DockerSettings& settings, std::chrono::seconds timeLimit) {
+    const auto program = dockerProgram(moves.fileSystem, settings.places, systemUser());
+    if (!program) return std::nullopt;
+    return DockerClient(processRunner,
+                        {.program = *program, .environment = settings.environment, .timeLimit = timeLimit});
+  }
 
   std::unique_ptr<Volumes> volumes;
   std::unique_ptr<Trash> trash;
   MoveServices moves;
+  SafeProcessRunner processRunner;
+  DockerRemovalCheck dockerCheck;
   HistoryStore history;
 };
 
@@ -61,11 +76,8 @@ struct AppModel::Services {
                 model.settings_.folders.home, model.settings_.folders.applicationSupport),
         cleaner(scanServices, model.settings_, remover) {}
 
-  /// Looked for each time: it may have been installed meanwhile.
   std::optional<DockerClient> dockerClient(const DockerSettings& settings) {
-    const auto program = dockerProgram(records.moves.fileSystem, settings.places, systemUser());
-    if (!program) return std::nullopt;
-    return DockerClient(processRunner, {*program, settings.environment});
+    return records.dockerClient(settings, std::chrono::seconds(30));
   }
 
   Records& records;
@@ -178,6 +190,58 @@ void AppModel::surveyDocker(Handlers<DockerSurvey, DockerServiceError> handlers)
     const auto client = services.dockerClient(docker_);
     if (!client) return failure(DockerServiceError{DockerServiceFault::cliNotFound});
     return DockerService(*client, clock_).survey(control.pausing.stopToken());
+  };
+  start(operation, std::move(handlers));
+}
+
+DockerCleanupServices AppModel::dockerServices(Services& services, const DockerClient& client) const {
+  return {client, services.records.history, clock_, services.scanServices.random, texts_};
+}
+
+void AppModel::reviewDocker(DockerSelection selection, std::optional<DockerSnapshot> kept,
+                            Handlers<DockerReview, DockerCleanupError> handlers) {
+  const auto operation = [this, selection = std::move(selection), kept = std::move(kept)](
+                             Services& services,
+                             OperationControl control) -> Outcome<DockerReview, DockerCleanupError> {
+    const auto client = services.dockerClient(docker_);
+    if (!client) return failure(DockerCleanupError(DockerServiceError{DockerServiceFault::cliNotFound}));
+    return DockerReviewer(*client, clock_).review(selection, kept, control.pausing.stopToken());
+  };
+  start(operation, std::move(handlers));
+}
+
+void AppModel::planDockerRetry(Handlers<DockerCleanupPlan, DockerCleanupError> handlers) {
+  const auto operation = [this](Services& services,
+                                OperationControl) -> Outcome<DockerCleanupPlan, DockerCleanupError> {
+    const auto client = services.dockerClient(docker_);
+    if (!client) return failure(DockerCleanupError(DockerServiceError{DockerServiceFault::cliNotFound}));
+    const auto history = services.records.history.load();
+    if (!history) return failure(DockerCleanupError(history.error()));
+    DockerCleanupPlan plan = failedTargets(history->entries);
+    DockerCleanupGuard guard(dockerServices(services, *client));
+    if (const auto fault = DockerCleanupRetryService(guard, *client).faultOf(plan))
+      return failure(DockerCleanupError(*fault));
+    return plan;
+  };
+  start(operation, std::move(handlers));
+}
+
+void AppModel::cleanDocker(DockerCleanupPlan plan, RemovalKind kind,
+                           Handlers<DockerCleanupReport, DockerCleanupError> handlers) {
+  const auto operation = [this, plan = std::move(plan), kind](
+                             Services& services,
+                             OperationControl control) -> Outcome<DockerCleanupReport, DockerCleanupError> {
+    const auto client = services.dockerClient(docker_);
+    if (!client) return failure(DockerCleanupError(DockerServiceError{DockerServiceFault::cliNotFound}));
+    const auto progressed = [&](std::size_t done, std::size_t count, const std::string& name) {
+      report(control.progress, "docker.status.removing", done, count, name);
+    };
+    auto outcome = DockerCleanupGuard(dockerServices(services, *client))
+                       .remove(plan, {.isRehearsal = kind == RemovalKind::rehearsal,
+                                      .stop = control.pausing.stopToken(),
+                                      .progressed = progressed});
+    if (!outcome) return failure(DockerCleanupError(outcome.error()));
+    return *std::move(outcome);
   };
   start(operation, std::move(handlers));
 }

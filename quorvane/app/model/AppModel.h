@@ -5,6 +5,7 @@
 #include "quorvane/cleaning/CleanerService.h"
 #include "quorvane/core/IgnoreRuleStore.h"
 #include "quorvane/core/ScanPhase.h"
+#include "quorvane/developer/DockerCleanupError.h"
 #include "quorvane/developer/DockerService.h"
 #include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/removal/HistoryStore.h"
@@ -85,6 +86,17 @@ class AppModel {
   /// What the Docker engine holds. After `cancel` it fails as soon as the client has stopped.
   void surveyDocker(Handlers<DockerSurvey, DockerServiceError> handlers);
 
+  /// Plans a removal from the engine: of a listing that was kept, or of what it holds now. Changes nothing.
+  void reviewDocker(DockerSelection selection, std::optional<DockerSnapshot> kept,
+                    Handlers<DockerReview, DockerCleanupError> handlers);
+
+  /// Plans to try again what the last run on an engine could not remove. Changes nothing.
+  void planDockerRetry(Handlers<DockerCleanupPlan, DockerCleanupError> handlers);
+
+  /// Removes what was planned, for good. After `cancel` the target in hand is brought to its end.
+  void cleanDocker(DockerCleanupPlan plan, RemovalKind kind,
+                   Handlers<DockerCleanupReport, DockerCleanupError> handlers);
+
   /// The whole history; reads the disk and waits for it. Not while an operation runs.
   Outcome<HistoryView, RecoveryStoreError> history();
 
@@ -107,6 +119,7 @@ class AppModel {
   void start(Operation operation, Handlers<Result, Failure> handlers);
   Records& records();
   Serialised<Services>& services();
+  DockerCleanupServices dockerServices(Services& services, const DockerClient& client) const;
   void leaveScanning(const Outcome<ScanResult, ScanFault>& outcome);
   void leaveCleaning(const Outcome<RemovalReport, RemovalError>& outcome, RemovalKind kind);
 

@@ -27,6 +27,8 @@ enum class CommandName {
   undo,
   docker,
   dockerList,
+  dockerClean,
+  dockerRetry,
   ignore,
   ignoreList,
   ignoreAdd,
@@ -56,6 +58,14 @@ struct RemovalArguments {
   bool operator==(const RemovalArguments&) const = default;
 };
 
+/// What `docker clean` is told besides.
+struct DockerArguments {
+  bool takesSafe = false;
+  bool prunesBuildCache = false;
+
+  bool operator==(const DockerArguments&) const = default;
+};
+
 /// Which items `restore` puts back.
 enum class RestoreChoice { named, lastRun, everything };
 
@@ -72,6 +82,7 @@ struct Invocation {
   GlobalOptions options = {};
   std::vector<ScanCategory> categories = {};
   RemovalArguments removal = {};
+  DockerArguments docker = {};
   RestoreArguments restore = {};
   std::optional<std::int64_t> limit = std::nullopt;
   std::vector<std::string> subjects = {};  ///< the arguments without a dash: PATH, ID, PATH-OR-ID

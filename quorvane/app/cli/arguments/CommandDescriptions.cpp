@@ -26,6 +26,15 @@ constexpr std::array cleanOptions{
     rehearsal,
 };
 constexpr std::array trashOptions{confirmed, rehearsal};
+constexpr std::array dockerCleanOptions{
+    OptionDescription{"--from", "FILE", "cli.option.dockerFrom", ValueKind::file},
+    OptionDescription{"--select", "KIND:ID", "cli.option.dockerSelect", ValueKind::anything, true},
+    OptionDescription{"--safe", "", "cli.option.safe"},
+    OptionDescription{"--prune-build-cache", "", "cli.option.pruneBuildCache"},
+    confirmed,
+    OptionDescription{"--dry-run", "", "cli.option.dockerDryRun"},
+};
+constexpr std::array dockerRetryOptions{confirmed};
 constexpr std::array historyOptions{OptionDescription{"--limit", "N", "cli.option.limit"}};
 constexpr std::array restoreOptions{
     OptionDescription{"--last", "", "cli.option.last"},
@@ -69,6 +78,10 @@ constexpr std::array commands{
     CommandDescription{CommandName::docker, "docker", "cli.command.docker", "cli.example.docker", none, none},
     CommandDescription{CommandName::dockerList, "docker list", "cli.command.docker.list", "cli.example.docker.list",
                        none, none},
+    CommandDescription{CommandName::dockerClean, "docker clean", "cli.command.docker.clean", "cli.example.docker.clean",
+                       dockerCleanOptions, none},
+    CommandDescription{CommandName::dockerRetry, "docker retry", "cli.command.docker.retry", "cli.example.docker.retry",
+                       dockerRetryOptions, none},
     CommandDescription{CommandName::ignore, "ignore", "cli.command.ignore", "cli.example.ignore", none, none, true},
     CommandDescription{CommandName::ignoreList, "ignore list", "cli.command.ignore.list", "cli.example.ignore.list",
                        none, none},

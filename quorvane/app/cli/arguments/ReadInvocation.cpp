@@ -21,8 +21,9 @@ class InvocationReader {
   Request read() {
     readGlobal();
     readRemoval();
-    for (const auto reader : {&InvocationReader::readLayout, &InvocationReader::readCategories,
-                              &InvocationReader::readLimit, &InvocationReader::readRestore})
+    for (const auto reader :
+         {&InvocationReader::readLayout, &InvocationReader::readCategories, &InvocationReader::readLimit,
+          &InvocationReader::readRestore, &InvocationReader::readDocker})
       if (auto mistake = (this->*reader)()) return *std::move(mistake);
     return std::move(asked_);
   }
@@ -50,6 +51,7 @@ class InvocationReader {
                       .unselect = texts("--unselect"),
                       .isConfirmed = flag("--yes"),
                       .isRehearsal = flag("--dry-run")};
+    asked_.docker = {.takesSafe = flag("--safe"), .prunesBuildCache = flag("--prune-build-cache")};
   }
 
   std::optional<CommandError> readLayout() {
@@ -97,6 +99,12 @@ class InvocationReader {
     }
     if (command_.command == CommandName::undo) asked_.restore.choice = RestoreChoice::lastRun;
     return command_.command == CommandName::restore ? readRestoreChoice() : std::nullopt;
+  }
+
+  std::optional<CommandError> readDocker() {
+    if (command_.command != CommandName::dockerClean) return std::nullopt;
+    if (!asked_.removal.select.empty() || asked_.docker != DockerArguments()) return std::nullopt;
+    return wrongUsage({"cli.error.dockerNothingNamed", {}}, seeHelp(command_));
   }
 
   std::optional<CommandError> readRestoreChoice() {

@@ -61,10 +61,12 @@ class HistoryWriter {
 
   void writeRun(const HistoryRun& run) {
     const RunSum sum(run);
-    std::string heading =
-        text_.say({"cli.history.run", {{"date", run.date}, {"count", sum.moved}, {"size", ByteCount{sum.bytes}}}});
+    const bool isDocker = run.source == CleaningHistorySource::docker;
+    std::string heading = text_.say({isDocker ? "cli.history.run.docker" : "cli.history.run",
+                                     {{"date", run.date}, {"count", sum.moved}, {"size", ByteCount{sum.bytes}}}});
     for (const auto& [key, count] :
-         {std::pair("cli.history.run.restored", sum.restored), std::pair("cli.history.run.failed", sum.failed),
+         {std::pair("cli.history.run.restored", sum.restored),
+          std::pair(isDocker ? "cli.history.run.notRemoved" : "cli.history.run.failed", sum.failed),
           std::pair("cli.history.run.pending", sum.pending)})
       if (count > 0) heading += text_.say({key, {{"count", count}}});
     text_.heading(heading);
@@ -110,6 +112,7 @@ void addItem(DetailLines& lines, const CleaningHistoryItem& item, const ReportSt
 }
 
 Message pendingState(const CleaningHistoryItem& item, bool isInFlight) {
+  if (item.pendingIrreversible) return {isInFlight ? "cli.history.state.removing" : "cli.history.state.unknown", {}};
   const bool isRestore = item.pendingRestorePath.has_value();
   if (isInFlight) return {isRestore ? "cli.history.state.restoring" : "cli.history.state.moving", {}};
   return {isRestore ? "cli.history.state.restoreInterrupted" : "cli.history.state.interrupted", {}};
@@ -124,7 +127,8 @@ Message stateOf(const CleaningHistoryItem& item, bool isInFlight) {
   if (item.restoredAt) return {"cli.history.state.restored", {}};
   if (item.outcome == CleaningHistoryItemOutcome::removed) return {"cli.history.state.removed", {}};
   if (item.outcome == CleaningHistoryItemOutcome::failed)
-    return {"cli.history.state.failed", {{"text", item.failureReason.value_or("")}}};
+    return {isAbsolute(item.originalPath.bytes) ? "cli.history.state.failed" : "cli.history.state.notRemoved",
+            {{"text", item.failureReason.value_or("")}}};
   if (isRestorable(item) && !isInTrash(item)) return {"cli.history.state.noLongerInTrash", {}};
   if (item.restoreFailure)
     return {"cli.history.state.notRestored", {{"text", MessageKey{messageKey(*item.restoreFailure)}}}};

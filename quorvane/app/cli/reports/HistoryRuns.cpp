@@ -56,6 +56,18 @@ std::vector<RecoveryReference> lastRunInTrash(const std::vector<CleaningHistoryE
   return {};
 }
 
+std::optional<HistoryRun> lastRunForGood(const std::vector<CleaningHistoryEntry>& entries) {
+  const auto isForGood = [](const CleaningHistoryItem& item) {
+    return item.outcome == CleaningHistoryItemOutcome::removed || item.pendingIrreversible;
+  };
+  for (const HistoryRun& run : historyRuns(entries)) {
+    if (!inTrash(run.entries).empty()) return std::nullopt;
+    for (const CleaningHistoryEntry* entry : run.entries)
+      if (std::ranges::any_of(entry->items, isForGood)) return run;
+  }
+  return std::nullopt;
+}
+
 const CleaningHistoryItem* itemOf(const std::vector<CleaningHistoryEntry>& entries,
                                   const RecoveryReference& reference) {
   const auto entry = std::ranges::find(entries, reference.entryID, &CleaningHistoryEntry::id);

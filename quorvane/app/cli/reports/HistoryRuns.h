@@ -3,6 +3,7 @@
 #include "quorvane/platform/FileSystem.h"
 #include "quorvane/removal/HistoryStore.h"
 
+#include <optional>
 #include <vector>
 
 namespace quorvane {
@@ -25,6 +26,9 @@ void markWhatIsGone(HistoryView& history, FileSystem& fileSystem);
 
 /// The newest run that has something in the Trash; empty without one.
 std::vector<RecoveryReference> lastRunInTrash(const std::vector<CleaningHistoryEntry>& entries);
+
+/// The newest run that left something in the Trash or removed something for good, if that is one of the latter.
+std::optional<HistoryRun> lastRunForGood(const std::vector<CleaningHistoryEntry>& entries);
 
 /// The item that a reference names; null without one.
 const CleaningHistoryItem* itemOf(const std::vector<CleaningHistoryEntry>& entries, const RecoveryReference& reference);

@@ -1,0 +1,146 @@
+#include "quorvane/app/cli/reports/DockerSummary.h"
+
+#include "quorvane/developer/DockerNames.h"
+#include "quorvane/removal/HistoryJson.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+void addUp(std::int64_t& sum, std::int64_t size) { sum += std::min(std::max<std::int64_t>(0, size), INT64_MAX - sum); }
+
+std::int64_t bytesOf(const DockerCleanupOperation& prune) {
+  std::int64_t bytes = 0;
+  for (const DockerCleanupTarget& target : prune.reviewedTargets) addUp(bytes, target.sizeBytes);
+  return bytes;
+}
+
+/// Writes a plan, one target a line, and what the prune is.
+void writePlan(ReportText& text, const DockerCleanupPlan& plan) {
+  for (const DockerRetryTarget& each : plan.targets)
+    text.facts({text.amount(each.target.sizeBytes), text.say({titleKey(each.resource), {}}),
+                text.path({each.target.displayName}), text.path({each.target.commandTarget})});
+  if (!plan.prune) return;
+  text.line({"cli.docker.willPrune",
+             {{"count", std::ssize(plan.prune->reviewedTargets)}, {"size", ByteCount{bytesOf(*plan.prune)}}}});
+}
+
+Json failureJson(const DockerCleanupFailure& failed) {
+  return Json{{"target", toJson(failed.target)},
+              {"resource", toJson(failed.resource)},
+              {"reasonKey", failed.refusal.reasonKey}};
+}
+
+/// Writes what came of a run.
+class SummaryWriter {
+ public:
+  SummaryWriter(const DockerSummary& summary, const ReportStyle& style) : summary_(summary), text_(style) {}
+
+  std::string text() {
+    if (summary_.isRehearsal) {
+      writePlan(text_, summary_.report.wouldRemove);
+      text_.line(
+          {summary_.report.wouldRemove.isEmpty() ? "cli.docker.wouldRemoveNothing" : "cli.docker.wouldRemove", {}});
+      return text_.take();
+    }
+    writeRemoved();
+    return text_.take();
+  }
+
+ private:
+  void writeRemoved() {
+    const auto& removed = summary_.report.result.successfulTargets;
+    if (removed.empty()) return text_.line({"cli.docker.removedNothing", {}});
+    for (const CleaningHistoryItem& item : summary_.report.result.historyItems)
+      if (item.outcome == CleaningHistoryItemOutcome::removed)
+        text_.facts({text_.amount(item.size), text_.path({item.name}), text_.path(item.originalPath)});
+    text_.blank();
+    text_.heading(text_.say({"cli.docker.removed", {{"count", std::ssize(removed)}}}));
+    for (const DockerCleanupOutcome& outcome : summary_.report.outcomes) writeBytes(outcome);
+    if (std::ranges::any_of(summary_.report.outcomes, isOtherThanPredicted))
+      text_.line({"cli.docker.whyDifferent", {}});
+  }
+
+  static bool isOtherThanPredicted(const DockerCleanupOutcome& outcome) {
+    return outcome.isMeasured && outcome.reclaimedBytes != outcome.predictedBytes;
+  }
+
+  void writeBytes(const DockerCleanupOutcome& outcome) {
+    if (outcome.successfulCount == 0) return;
+    text_.line({outcome.isMeasured ? "cli.docker.measured" : "cli.docker.unmeasured",
+                {{"resource", MessageKey{titleKey(outcome.resource)}},
+                 {"size", ByteCount{outcome.reclaimedBytes}},
+                 {"predicted", ByteCount{outcome.predictedBytes}}}});
+  }
+
+  const DockerSummary& summary_;
+  ReportText text_;
+};
+
+FilePath placeOf(const DockerCleanupFailure& failed) {
+  if (failed.resource == DockerResourceKind::buildCache) return {std::string(buildCacheLocation)};
+  return {historyLocation(failed.resource, failed.target)};
+}
+
+bool isUnrecorded(const DockerCleanupOutcome& outcome) {
+  return !outcome.historyWasRecorded && outcome.successfulCount > 0;
+}
+
+}  // namespace
+
+std::string dockerReviewText(const DockerReview& review, const ReportStyle& style) {
+  ReportText text(style);
+  writePlan(text, review.plan);
+  for (const DockerCleanupFailure& failed : review.refused)
+    text.line({"cli.trash.leftOut",
+               {{"path", placeOf(failed)},
+                {"text", text.say({failed.refusal.reasonKey, {{"what", failed.refusal.detail}}})}}});
+  return text.take();
+}
+
+Message dockerQuestion(const DockerCleanupPlan& plan) {
+  std::int64_t bytes = plan.prune ? bytesOf(*plan.prune) : 0;
+  for (const DockerRetryTarget& each : plan.targets) addUp(bytes, each.target.sizeBytes);
+  if (plan.targets.empty()) return {"cli.docker.questionOfPrune", {{"size", ByteCount{bytes}}}};
+  const char* key = plan.prune ? "cli.docker.questionWithPrune" : "cli.docker.question";
+  return {key, {{"count", std::ssize(plan.targets)}, {"size", ByteCount{bytes}}}};
+}
+
+std::string jsonText(const DockerSummary& summary) {
+  Json failures = Json::array();
+  for (const auto* list : {&summary.refused, &summary.report.failures})
+    for (const DockerCleanupFailure& failed : *list) failures.push_back(failureJson(failed));
+  Json json{{"outcomes", toJson(summary.report.outcomes)},
+            {"historyItems", toJson(summary.report.result.historyItems)},
+            {"failures", std::move(failures)}};
+  if (summary.isRehearsal) {
+    json["dryRun"] = true;
+    json["wouldRemove"] = toJson(summary.report.wouldRemove.targets);
+    json["wouldPruneBuildCache"] = summary.report.wouldRemove.prune.has_value();
+  }
+  return printedJson(json);
+}
+
+std::string dockerSummaryText(const DockerSummary& summary, const ReportStyle& style) {
+  return SummaryWriter(summary, style).text();
+}
+
+ExitCode printSummary(Console& console, const DockerSummary& summary, std::optional<ExitCode> cancelled) {
+  const DockerCleanupReport& report = summary.report;
+  console.print(console.wantsJson() ? jsonText(summary) : dockerSummaryText(summary, console.outputReport()));
+  for (const auto* list : {&summary.refused, &report.failures})
+    for (const DockerCleanupFailure& failed : *list)
+      console.tellItem(placeOf(failed), {failed.refusal.reasonKey, {{"what", failed.refusal.detail}}});
+  const bool hasUnrecorded = std::ranges::any_of(report.outcomes, isUnrecorded);
+  if (hasUnrecorded) console.tell({ExitCode::someNotDone, {"cleanup.irreversible.notRecorded", {}}});
+  if (cancelled) {
+    console.tell({*cancelled, {"cli.docker.stopped", {{"count", std::ssize(report.result.successfulTargets)}}}});
+    return *cancelled;
+  }
+  const bool isWhole = summary.refused.empty() && report.failures.empty() && !hasUnrecorded;
+  return isWhole ? ExitCode::done : ExitCode::someNotDone;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,48 @@
+#include "quorvane/developer/DockerCleanupRetryService.h"
+
+#include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerRemovalCheck.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+void add(DockerCleanupPlan& plan, const CleaningHistoryItem& item) {
+  if (item.outcome != CleaningHistoryItemOutcome::failed || isPending(item)) return;
+  if (item.dockerOperation) plan.prune = item.dockerOperation;
+  if (!item.dockerTarget) return;
+  DockerRetryTarget target = *item.dockerTarget;
+  if (!isCommandTarget(target.resource, target.target.commandTarget)) return;
+  target.target.historyLocation = historyLocation(target.resource, target.target.commandTarget);
+  target.target.sizeBytes = std::max<std::int64_t>(0, target.target.sizeBytes);
+  std::ranges::sort(target.reviewedTags);
+  plan.targets.push_back(std::move(target));
+}
+
+}  // namespace
+
+std::string messageKey(DockerRetryFault fault) { return "docker.retry.error." + std::string(caseName(fault)); }
+
+DockerCleanupPlan failedTargets(std::span<const CleaningHistoryEntry> entries) {
+  std::optional<Date> last;
+  for (const CleaningHistoryEntry& entry : entries)
+    if (entry.source == CleaningHistorySource::docker) last = std::max(last, std::optional(entry.date));
+  DockerCleanupPlan plan;
+  for (const CleaningHistoryEntry& entry : entries)
+    if (entry.source == CleaningHistorySource::docker && entry.date == last)
+      for (const CleaningHistoryItem& item : entry.items) add(plan, item);
+  std::ranges::reverse(plan.targets);  // the history has the one that was announced last first
+  return plan;
+}
+
+std::optional<DockerRetryFault> DockerCleanupRetryService::faultOf(const DockerCleanupPlan& plan) const {
+  if (plan.isEmpty()) return DockerRetryFault::nothing;
+  const auto isClosed = [&](const DockerRetryTarget& target) { return !mayFollow(client_, target.scope); };
+  if (std::ranges::any_of(plan.targets, isClosed)) return DockerRetryFault::scope;
+  if (plan.prune && !mayFollow(client_, plan.prune->scope)) return DockerRetryFault::scope;
+  return std::nullopt;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,165 @@
+#include "quorvane/developer/DockerCleanupRun.h"
+
+#include "quorvane/base/Utf8.h"
+#include "quorvane/developer/DockerCommands.h"
+#include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerRechecks.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+void addUp(std::int64_t& sum, std::int64_t size) { sum += std::min(std::max<std::int64_t>(0, size), INT64_MAX - sum); }
+
+std::vector<std::string> withName(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), "docker");
+  return arguments;
+}
+
+}  // namespace
+
+Outcome<DockerCleanupReport, RecoveryStoreError> DockerCleanupRun::perform() {
+  const std::vector<Step> all = steps();
+  const auto before = journal_ != nullptr ? diskUsageOf(engineOf(all.front().scope)) : std::nullopt;
+  for (const Step& step : all) {
+    if (options_.stop.stopRequested()) {
+      report_.wasStopped = true;
+      break;
+    }
+    take(step);
+    if (unannounced_ && !hasAnnounced_) return failure(*unannounced_);
+    const auto done = static_cast<std::size_t>(&step - all.data()) + 1;
+    if (options_.progressed) options_.progressed(done, all.size(), step.target.displayName);
+  }
+  if (journal_ != nullptr) addOutcomes(all, before);
+  return std::move(report_);
+}
+
+std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
+  std::vector<Step> all;
+  all.reserve(plan_.targets.size() + 1);
+  for (const DockerRetryTarget& each : plan_.targets) {
+    const bool isNamed = isCommandTarget(each.resource, each.target.commandTarget);
+    all.push_back(
+        {each.resource, each.scope, each.target,
+         isNamed ? DockerCommands::removalOf(each.resource, each.target.commandTarget) : std::vector<std::string>(),
+         &each});
+  }
+  if (plan_.prune) {
+    DockerCleanupTarget cache{"builder prune", titleKey(DockerResourceKind::buildCache),
+                              std::string(buildCacheLocation)};
+    for (const DockerCleanupTarget& each : plan_.prune->reviewedTargets) addUp(cache.sizeBytes, each.sizeBytes);
+    all.push_back({DockerResourceKind::buildCache, plan_.prune->scope, std::move(cache),
+                   DockerCommands::pruneBuildCache(), nullptr});
+  }
+  return all;
+}
+
+void DockerCleanupRun::take(const Step& step) {
+  if (step.command.empty()) return keepFailed(step, {"docker.failure.invalidName"});
+  if (journal_ == nullptr) {
+    if (const auto refused = refusal(step)) return keepFailed(step, *refused);
+    if (step.object != nullptr) report_.wouldRemove.targets.push_back(*step.object);
+    if (step.object == nullptr) report_.wouldRemove.prune = plan_.prune;
+    return;
+  }
+  if (unannounced_) return keepFailed(step, {"docker.failure.historyUnavailable"});
+  CleaningHistoryItem item = itemOf(step);
+  const auto announced = journal_->announce(item, withName(step.command));
+  if (!announced) {
+    unannounced_ = announced.error();
+    return keepFailed(step, {"docker.failure.historyUnavailable"});
+  }
+  hasAnnounced_ = true;
+  remove(step, std::move(item));
+}
+
+std::optional<DockerRefusal> DockerCleanupRun::refusal(const Step& step) const {
+  const DockerEngine engine = engineOf(step.scope);
+  return step.object != nullptr ? refusalNow(engine, *step.object) : refusalOfEngine(engine, step.scope);
+}
+
+CleaningHistoryItem DockerCleanupRun::itemOf(const Step& step) const {
+  CleaningHistoryItem item;
+  item.id = services_.random.uuid();
+  item.name = step.object != nullptr ? withReplacedInvalidUtf8(step.target.displayName)
+                                     : services_.texts(step.target.displayName);
+  item.originalPath = FilePath{step.object != nullptr ? historyLocation(step.resource, step.target.commandTarget)
+                                                      : std::string(buildCacheLocation)};
+  item.size = step.target.sizeBytes;
+  if (step.object != nullptr) {
+    item.dockerTarget = *step.object;
+  } else {
+    item.dockerOperation = plan_.prune;
+  }
+  return item;
+}
+
+/// From the last look at the target to its receipt.
+void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
+  auto refused = refusal(step);
+  if (!refused) refused = removed(step);
+  const bool isUncertain = refused && refused->reasonKey == messageKey(DockerPresence::unknown);
+  if (!isUncertain) item.pendingIrreversible.reset();
+  if (refused) {
+    item.failureReason = services_.texts(refused->reasonKey);
+    item.failureCategory = refused->category;
+    keepFailed(step, *refused);
+  } else {
+    item.outcome = CleaningHistoryItemOutcome::removed;
+    item.failureReason.reset();
+    keepRemoved(step);
+  }
+  journal_->record(item);
+  report_.result.historyItems.push_back(std::move(item));
+}
+
+/// Runs the command and looks again; why the target does not count as removed.
+std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) const {
+  const DockerEngine engine = engineOf(step.scope);
+  const CommandResult done = engine.ask(step.command);
+  const std::string said = commandFailed(done).message;
+  if (!done.hasSucceeded() && done.exitCode >= 0)
+    return DockerRefusal{"docker.failure.refused", CleanupFailureCategory::other, said};
+  const DockerPresence presence = step.object != nullptr ? presenceOf(engine, step.resource, step.target.commandTarget)
+                                  : done.hasSucceeded()  ? DockerPresence::absent
+                                                         : DockerPresence::unknown;
+  if (presence == DockerPresence::absent) return std::nullopt;
+  return DockerRefusal{messageKey(presence), CleanupFailureCategory::other, said};
+}
+
+void DockerCleanupRun::keepFailed(const Step& step, const DockerRefusal& refusal) {
+  ++failedCount_[step.resource];
+  report_.result.failedTargets.push_back(step.target);
+  report_.failures.push_back({step.target.commandTarget, step.resource, refusal});
+}
+
+void DockerCleanupRun::keepRemoved(const Step& step) {
+  ++removedCount_[step.resource];
+  addUp(removedBytes_[step.resource], step.target.sizeBytes);
+  report_.result.successfulTargets.push_back(step.target);
+}
+
+void DockerCleanupRun::addOutcomes(const std::vector<Step>& steps, const std::optional<DockerDiskUsage>& before) {
+  const bool isRecorded = journal_->finish() && !unannounced_;
+  const auto after = diskUsageOf(engineOf(steps.front().scope));
+  const Date now = wholeSeconds(services_.clock.now());
+  for (const DockerResourceKind kind : allDockerResourceKinds) {
+    DockerCleanupOutcome outcome{.id = services_.random.uuid(), .resource = kind, .completedAt = now};
+    outcome.successfulCount = removedCount_[kind];
+    outcome.failedCount = failedCount_[kind];
+    if (outcome.successfulCount + outcome.failedCount == 0) continue;
+    const auto measured = reclaimedBytes(before, after, kind);
+    outcome.predictedBytes = removedBytes_[kind];
+    outcome.isMeasured = measured && outcome.successfulCount > 0;
+    outcome.measurementUnavailable = !measured && outcome.successfulCount > 0;
+    outcome.reclaimedBytes = outcome.isMeasured ? *measured : outcome.predictedBytes;
+    outcome.historyWasRecorded = isRecorded;
+    report_.outcomes.push_back(outcome);
+  }
+}
+
+}  // namespace quorvane

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "quorvane/base/CaseNames.h"
+#include "quorvane/developer/DockerCleanup.h"
+#include "quorvane/developer/DockerEngine.h"
+
+#include <optional>
+#include <string>
+
+namespace quorvane {
+
+/// Whether an object is still listed by its engine.
+enum class DockerPresence { unknown, present, absent };
+QV_CASE_NAMES(DockerPresence, unknown, present, absent)
+
+/// "cleanup.command." and the name of the case.
+std::string messageKey(DockerPresence presence);
+
+/// Why a target must not be removed at this moment, asked anew of its engine: it is another engine or another object, a
+/// container is not at rest, an image has containers or other names than reviewed, a volume is protected, or something
+/// of that cannot be told. Nothing when all is as it was reviewed. A name that cannot be one is refused without asking.
+std::optional<DockerRefusal> refusalNow(const DockerEngine& engine, const DockerRetryTarget& target);
+
+/// Why the engine is not the one of this scope.
+std::optional<DockerRefusal> refusalOfEngine(const DockerEngine& engine, const DockerCleanupScope& scope);
+
+/// Whether the listing of its kind still names an object. A listing with a line that is no full identifier says
+/// nothing.
+DockerPresence presenceOf(const DockerEngine& engine, DockerResourceKind kind, const std::string& target);
+
+}  // namespace quorvane

@@ -1,0 +1,64 @@
+#include "quorvane/developer/DockerRemovalCheck.h"
+
+#include "quorvane/developer/DockerCommands.h"
+#include "quorvane/developer/DockerContexts.h"
+#include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerRechecks.h"
+#include "quorvane/developer/DockerUsageTables.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+IrreversibleFinding findingOf(DockerPresence presence) {
+  switch (presence) {
+    case DockerPresence::absent: return IrreversibleFinding::gone;
+    case DockerPresence::present: return IrreversibleFinding::stillThere;
+    case DockerPresence::unknown: return IrreversibleFinding::unknown;
+  }
+  std::unreachable();
+}
+
+IrreversibleFinding lookFor(const DockerEngine& engine, const DockerRetryTarget& target) {
+  if (!isCommandTarget(target.resource, target.target.commandTarget)) return IrreversibleFinding::unknown;
+  return findingOf(presenceOf(engine, target.resource, target.target.commandTarget));
+}
+
+IrreversibleFinding lookFor(const DockerEngine& engine, const DockerCleanupOperation& prune) {
+  const CommandResult answer = engine.ask(DockerCommands::usageTables());
+  const auto tables = dockerUsageTables(answer.output);
+  if (!answer.hasSucceeded() || !tables.hasBuildCache || !tables.buildCaches.isComplete())
+    return IrreversibleFinding::unknown;
+  const bool isAnythingLeft = std::ranges::any_of(tables.buildCaches.records, [&](const auto& cache) {
+    return std::ranges::count(prune.reviewedTargets, cache.id, &DockerCleanupTarget::commandTarget) > 0;
+  });
+  return isAnythingLeft ? IrreversibleFinding::stillThere : IrreversibleFinding::gone;
+}
+
+template <class Removed>
+IrreversibleFinding look(const DockerClient& client, const Removed& removed) {
+  if (!mayFollow(client, removed.scope)) return IrreversibleFinding::unknown;
+  const DockerEngine engine(client, removed.scope.endpoint, {});
+  if (refusalOfEngine(engine, removed.scope)) return IrreversibleFinding::unknown;
+  return lookFor(engine, removed);
+}
+
+}  // namespace
+
+IrreversibleFinding DockerRemovalCheck::look(const CleaningHistoryItem& item) {
+  const auto client = makeClient_();
+  if (!client) return IrreversibleFinding::unknown;
+  if (item.dockerTarget) return quorvane::look(*client, *item.dockerTarget);
+  if (item.dockerOperation) return quorvane::look(*client, *item.dockerOperation);
+  return IrreversibleFinding::unknown;
+}
+
+bool mayFollow(const DockerClient& client, const DockerCleanupScope& scope) {
+  if (isLocalEndpoint(scope.endpoint)) return true;
+  const auto current = pinnedEngine(client, {});
+  return current && current->endpoint == scope.endpoint;
+}
+
+}  // namespace quorvane

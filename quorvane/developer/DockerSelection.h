@@ -1,0 +1,50 @@
+#pragma once
+
+#include "quorvane/base/Outcome.h"
+#include "quorvane/developer/DockerCleanup.h"
+#include "quorvane/developer/DockerSnapshot.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+/// One object that a person named.
+struct DockerSelector {
+  DockerResourceKind resource = DockerResourceKind::images;
+  std::string id;  ///< a full identifier, or the name of a volume
+
+  bool operator==(const DockerSelector&) const = default;
+};
+
+/// "image:sha256:...", "container:..." or "volume:NAME", whatever the name is; nothing for other text, and for an
+/// identifier that is not a full one.
+std::optional<DockerSelector> dockerSelectorFrom(std::string_view text);
+
+struct DockerSelection {
+  std::vector<DockerSelector> named = {};
+  bool takesSafe = false;         ///< all images that are safe
+  bool prunesBuildCache = false;  ///< one command of the engine's
+
+  bool isEmpty() const { return named.empty() && !takesSafe && !prunesBuildCache; }
+  bool operator==(const DockerSelection&) const = default;
+};
+
+/// What a person is to confirm, and what was refused before.
+struct DockerReview {
+  DockerCleanupPlan plan;
+  std::vector<DockerCleanupFailure> refused;
+
+  bool operator==(const DockerReview&) const = default;
+};
+
+/// Plans the removal of what was selected of `reviewed`, which may come from anywhere: names, sizes and tags are those
+/// of the review, verdicts are those of `now` alone. An object that is not there now, is protected, or was reviewed of
+/// another engine is refused. Both snapshots have a scope. Fails with the first selector that the review does not hold
+/// while the engine does: it was not reviewed.
+Outcome<DockerReview, DockerSelector> reviewOf(const DockerSelection& selection, const DockerSnapshot& reviewed,
+                                               const DockerSnapshot& now);
+
+}  // namespace quorvane

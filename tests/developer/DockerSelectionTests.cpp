@@ -1,0 +1,108 @@
+#include "quorvane/developer/DockerSelection.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+namespace {
+
+using Kind = DockerResourceKind;
+
+const std::string used = "sha256:" + std::string(64, 'a'), unused = "sha256:" + std::string(64, 'b');
+const std::string dangling = "sha256:" + std::string(64, 'c'), stranger = "sha256:" + std::string(64, 'd');
+const std::string ended(64, 'e'), running(64, 'f');
+
+DockerSnapshot snapshot() {
+  DockerSnapshot made;
+  made.cleanupScope = DockerCleanupScope{"default", "unix:///run/a.sock", "ID-1"};
+  const auto image = [](const std::string& id, const char* repository, const char* tag, std::int64_t containers) {
+    return DockerImageRecord{id, repository, tag, "now", 100, containers};
+  };
+  made.images = {image(used, "used", "1", 1), image(unused, "new", "2", 0), image(unused, "new", "1", 0),
+                 image(dangling, "<none>", "<none>", 0)};
+  made.containers = {{.id = ended, .name = "ended", .state = "exited"},
+                     {.id = running, .name = "on", .state = "running"}};
+  made.volumes = {{.name = "idle", .sizeBytes = 5, .referenceCount = 0},
+                  {.name = "busy", .referenceCount = 1},
+                  {.name = ".data", .referenceCount = 0}};
+  made.buildCaches = {{.id = "x", .type = "regular", .sizeBytes = 7, .isShared = false}, {.id = "y", .isShared = true}};
+  return made;
+}
+
+DockerReview review(const std::vector<DockerSelector>& named, const DockerSnapshot& reviewed,
+                    const DockerSnapshot& now) {
+  const auto outcome = reviewOf({.named = named}, reviewed, now);
+  EXPECT_TRUE(outcome.has_value());
+  return outcome.value_or(DockerReview{});
+}
+
+TEST(DockerSelectionTests, readsSelectors) {
+  EXPECT_EQ(dockerSelectorFrom("image:" + used), (DockerSelector{Kind::images, used}));
+  EXPECT_EQ(dockerSelectorFrom("container:" + ended), (DockerSelector{Kind::containers, ended}));
+  EXPECT_EQ(dockerSelectorFrom("volume:.data"), (DockerSelector{Kind::volumes, ".data"}));
+  for (const std::string& text :
+       {std::string("image"), std::string("image:"), std::string("image:new:1"), "image:" + used.substr(0, 19),
+        "container:" + used, "buildCache:" + ended, std::string()})
+    EXPECT_EQ(dockerSelectorFrom(text), std::nullopt) << text;
+}
+
+TEST(DockerSelectionTests, plansExactlyWhatWasNamedAsItWasReviewed) {
+  const DockerReview planned =
+      review({{Kind::images, unused}, {Kind::volumes, "idle"}, {Kind::images, unused}, {Kind::containers, ended}},
+             snapshot(), snapshot());
+  EXPECT_TRUE(planned.refused.empty());
+  ASSERT_EQ(planned.plan.targets.size(), 3U);
+  const DockerRetryTarget& image = planned.plan.targets[0];
+  EXPECT_EQ(image.target, (DockerCleanupTarget{unused, "new:2, new:1", "docker://images/" + unused, 100}));
+  EXPECT_EQ(image.reviewedTags, (std::vector<std::string>{"new:1", "new:2"}));
+  EXPECT_EQ(image.scope, snapshot().cleanupScope);
+  EXPECT_EQ(planned.plan.targets[1].target.historyLocation, "docker://volumes/idle");
+  EXPECT_FALSE(planned.plan.prune.has_value());
+}
+
+TEST(DockerSelectionTests, refusesWhatIsProtectedUnknownOrOfAnotherEngine) {
+  const auto reasonOf = [](const DockerSelector& selector, const DockerSnapshot& now) {
+    const DockerReview refused = review({selector}, snapshot(), now);
+    EXPECT_TRUE(refused.plan.isEmpty()) << selector.id;
+    return refused.refused.empty() ? std::string() : refused.refused[0].refusal.reasonKey;
+  };
+  const DockerSnapshot now = snapshot();
+  for (const DockerSelector& selector :
+       {DockerSelector{Kind::images, used}, {Kind::containers, running}, {Kind::volumes, "busy"}})
+    EXPECT_EQ(reasonOf(selector, now), "docker.failure.protected") << selector.id;
+  EXPECT_EQ(reasonOf({Kind::images, stranger}, now), "docker.failure.unknownObject");
+  EXPECT_EQ(reasonOf({Kind::volumes, ".data"}, now), "docker.failure.invalidName");
+  DockerSnapshot other = snapshot();
+  other.cleanupScope->engineID = "ID-2";
+  EXPECT_EQ(reasonOf({Kind::images, unused}, other), "docker.failure.engineChanged");
+}
+
+TEST(DockerSelectionTests, believesNoVerdictOfAReviewThatWasKept) {
+  DockerSnapshot kept = snapshot();
+  for (DockerImageRecord& image : kept.images) image.containerCount = 0;
+  for (DockerVolumeRecord& volume : kept.volumes) volume.referenceCount = 0;
+  kept.images[0].repository = "<none>";
+  kept.volumes[0].sizeBytes = -5;
+  EXPECT_EQ(review({{Kind::volumes, "busy"}}, kept, snapshot()).refused.at(0).refusal.reasonKey,
+            "docker.failure.protected");
+  EXPECT_EQ(review({{Kind::volumes, "idle"}}, kept, snapshot()).plan.targets.at(0).target.sizeBytes, 0);
+  const auto safe = reviewOf({.takesSafe = true}, kept, snapshot());
+  ASSERT_TRUE(safe.has_value());
+  ASSERT_EQ(safe->plan.targets.size(), 1U);
+  EXPECT_EQ(safe->plan.targets[0].target.commandTarget, dangling);
+
+  kept.images.pop_back();
+  const auto unseen = reviewOf({.named = {{Kind::images, dangling}}}, kept, snapshot());
+  ASSERT_FALSE(unseen.has_value()) << "the engine holds it, but nobody reviewed it";
+  EXPECT_EQ(unseen.error().id, dangling);
+}
+
+TEST(DockerSelectionTests, plansOnePruneOfTheBuildCache) {
+  const auto planned = reviewOf({.prunesBuildCache = true}, snapshot(), snapshot());
+  ASSERT_TRUE(planned && planned->plan.prune);
+  EXPECT_TRUE(planned->plan.targets.empty());
+  const std::vector<DockerCleanupTarget> unshared{{"x", "regular", "docker://builder/prune", 7}};
+  EXPECT_EQ(planned->plan.prune->reviewedTargets, unshared);
+}
+
+}  // namespace
+}  // namespace quorvane
