@@ -35,10 +35,9 @@ bool PlaceEvidence::describes(const LocationRule& rule, const FilePath& path) co
 
 /// In a cache home the name tells, or what the scan saw there.
 Evidence PlaceEvidence::ofCacheEntry(const LocationRule& rule, const ScanItem& item) const {
-  const std::string_view below = relativeTo(folders_.at(rule.base), item.url.path);
   if (item.reasonKey == "reason.cacheTag") return {EvidenceKind::cacheTag};
-  if (const KnownCache* known = knownCache(table_, componentsOf(below)[componentsOf(rule.path).size()]))
-    return known->evidence;
+  const std::size_t depth = componentsOf(locationOf(rule).bytes).size();
+  if (const KnownCache* known = knownCache(table_, componentsOf(item.url.path.bytes)[depth])) return known->evidence;
   return {item.reasonKey == "reason.unknownCache" ? EvidenceKind::undocumented : EvidenceKind::none};
 }
 
