@@ -29,8 +29,12 @@ class MainLoop final : public Dispatcher {
   /// What `run` does next, before any posted function, once `interrupt` was called. Set before `run`.
   void setInterruptHandler(std::function<void()> handler) { interruptHandler_ = std::move(handler); }
 
-  /// Wakes the loop to its interrupt handler. Safe in a signal handler.
+  /// Wakes the loop to its interrupt handler; one that does not run is interrupted when it does. Safe in a signal
+  /// handler.
   void interrupt() noexcept;
+
+  /// Whether it was interrupted and the handler does not know yet.
+  bool isInterrupted() const { return isInterrupted_; }
 
  private:
   using Time = std::chrono::steady_clock::time_point;

@@ -87,7 +87,7 @@ bool QuestionInterrupt::hasCome() const {
 
 InterruptSignal::InterruptSignal(MainLoop& loop) {
   require(interrupted.exchange(&loop) == nullptr, "one loop at a time listens to signals");
-  firstNumber = 0;
+  if (!loop.isInterrupted()) firstNumber = 0;  // or else it came too late for the operation before, and ends this one
   struct sigaction action {};
   action.sa_handler = interruptLoop;
   action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
