@@ -10,6 +10,7 @@
 #include "quorvane/developer/DockerListing.h"
 #include "quorvane/developer/DockerPrograms.h"
 #include "quorvane/developer/DockerService.h"
+#include "quorvane/developer/SideBySide.h"
 #include "quorvane/platform/SystemPlatform.h"
 
 #include <fmt/format.h>
@@ -26,6 +27,7 @@ using namespace quorvane;
 namespace {
 
 constexpr int rounds = 11, imageCount = 2000;
+constexpr unsigned runsSideBySide = 4;
 constexpr double mostForReading = 50, mostOfChain = 1.1;
 
 double millisecondsOf(const std::function<void()>& work) {
@@ -101,24 +103,44 @@ bool measureOrder() {
   return judged("whole listing, of the longest chain of equal runs", median(ratios), mostOfChain, "");
 }
 
-/// The longest chain of the real client's runs, each of them made alone.
-double realChain(const DockerClient& client, const std::string& endpoint) {
-  const DockerEngine engine(client, endpoint, {});
-  const double pinning = millisecondsOf([&] { (void)pinnedEngine(client, {}); });
-  const double tables = millisecondsOf([&] {
-    engine.ask(DockerCommands::usageTables());
-    engine.ask(DockerCommands::usageSummary());
-  });
-  const double containers = millisecondsOf([&] {
-    const auto listed = dockerContainers(engine.ask(DockerCommands::containers()).output);
+/// The real client's runs without us: what they take when each is made alone and the longest chain of them counts, or
+/// when those that do not need each other go side by side.
+class ClientRuns {
+ public:
+  ClientRuns(const DockerClient& client, const std::string& endpoint)
+      : client_(client), engine_(client, endpoint, {}) {}
+
+  double longestChain() {
+    const double pinning = millisecondsOf([&] { pin(); });
+    return pinning + std::max({millisecondsOf([&] { tables(); }), millisecondsOf([&] { containers(); }),
+                               millisecondsOf([&] { images(); }), millisecondsOf([&] { volumes(); })});
+  }
+
+  double together() {
+    return millisecondsOf([&] {
+      pin();
+      sideBySide([&] { containers(); }, [&] { tables(); }, [&] { images(); }, [&] { volumes(); });
+    });
+  }
+
+ private:
+  void pin() { (void)pinnedEngine(client_, {}); }
+  void tables() {
+    engine_.ask(DockerCommands::usageTables());
+    engine_.ask(DockerCommands::usageSummary());
+  }
+  void containers() {
+    const auto listed = dockerContainers(engine_.ask(DockerCommands::containers()).output);
     std::vector<std::string> identifiers;
     for (const auto& each : listed.records) identifiers.push_back(each.id);
-    if (!identifiers.empty()) engine.ask(DockerCommands::imagesOf(identifiers));
-  });
-  const double images = millisecondsOf([&] { engine.ask(DockerCommands::images()); });
-  const double volumes = millisecondsOf([&] { engine.ask(DockerCommands::volumes()); });
-  return pinning + std::max({tables, containers, images, volumes});
-}
+    if (!identifiers.empty()) engine_.ask(DockerCommands::imagesOf(identifiers));
+  }
+  void images() { engine_.ask(DockerCommands::images()); }
+  void volumes() { engine_.ask(DockerCommands::volumes()); }
+
+  const DockerClient& client_;
+  const DockerEngine engine_;
+};
 
 bool measureReal(char** environment) {
   const auto fileSystem = makeSystemFileSystem();
@@ -137,9 +159,20 @@ bool measureReal(char** environment) {
     fmt::print("no Docker engine answers, so nothing is compared with the real client\n");
     return true;
   }
-  std::vector<double> ratios;
-  for (int i = 0; i < rounds; ++i) ratios.push_back(surveyTime(client) / realChain(client, scope->endpoint));
-  return judged("whole listing, of the longest chain of the real client's runs", median(ratios), mostOfChain, "");
+  ClientRuns runs(client, scope->endpoint);
+  std::vector<double> ofTogether, ofChain;
+  for (int i = 0; i < rounds; ++i) {
+    const double ours = surveyTime(client);
+    ofTogether.push_back(ours / runs.together());
+    ofChain.push_back(ours / runs.longestChain());
+  }
+  const bool isFast =
+      judged("whole listing, of the real client's runs side by side", median(ofTogether), mostOfChain, "");
+  if (std::thread::hardware_concurrency() >= runsSideBySide)
+    return judged("whole listing, of their longest chain alone", median(ofChain), mostOfChain, "") && isFast;
+  fmt::print("whole listing, of their longest chain alone: {:.2f}, not judged: {} runs have to share {} cores\n",
+             median(ofChain), runsSideBySide, std::thread::hardware_concurrency());
+  return isFast;
 }
 
 }  // namespace

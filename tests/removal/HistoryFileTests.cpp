@@ -88,6 +88,31 @@ TEST_F(HistoryFileTests, keepsEveryMemberOfARecord) {
   EXPECT_THAT(jsonText(entry), HasSubstr("\"_0\": 75"));
 }
 
+TEST_F(HistoryFileTests, keepsWhatIsNoFileAndRefusesItInTheTrash) {
+  CleaningHistoryEntry entry = entryNamed(home_.random(), "a volume");
+  CleaningHistoryItem& item = entry.items.front();
+  item.originalPath = FilePath{"docker://volumes/data"};
+  item.outcome = CleaningHistoryItemOutcome::removed;
+  item.pendingIrreversible = IrreversibleRemovalIntent{entry.date, {"docker", "volume", "rm", "data"}};
+  const DockerCleanupScope scope{"default", "unix:///run/engine.sock", "ID"};
+  const DockerCleanupTarget target{"data", "data", "docker://volumes/data", 5};
+  item.dockerTarget = DockerRetryTarget{DockerResourceKind::volumes, scope, target, {"a:1"}};
+  item.dockerOperation = DockerCleanupOperation{DockerBulkKind::buildCache, scope, {target}};
+  const std::string text = jsonText(entry);
+  EXPECT_EQ(cleaningHistoryEntryFromJson(text).value(), entry);
+  EXPECT_EQ(text, printedJson(toJson(entry)));
+  const auto isTaken = [&text](std::string_view from, std::string_view to) {
+    std::string changed = text;
+    changed.replace(changed.find(from), from.size(), to);
+    return cleaningHistoryEntryFromJson(changed).has_value();
+  };
+  EXPECT_FALSE(isTaken("\"outcome\": \"removed\"", "\"outcome\": \"movedToTrash\""));
+  EXPECT_FALSE(isTaken("\"outcome\": \"removed\"", "\"outcome\": \"failed\", \"trashedPath\": \"/x\""));
+  EXPECT_FALSE(isTaken("\"originalPath\": \"docker://volumes/data\"", "\"originalPath\": \"docker://a\\u001bb\""));
+  EXPECT_FALSE(isTaken("\"originalPath\": \"docker://volumes/data\"", "\"originalPath\": \"relative\""));
+  EXPECT_FALSE(isTaken("\"resource\": 2", "\"resource\": 4"));
+}
+
 TEST_F(HistoryFileTests, refusesTerminalStatesOfAnotherForm) {
   CleaningHistoryEntry entry = entryNamed(home_.random(), "x");
   entry.items.front().pendingCleanup = CleanupMoveIntent{{}, {"/t"}, {}, {}, administratorMove::NotStarted{}};
