@@ -117,18 +117,20 @@ void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
   report_.result.historyItems.push_back(std::move(item));
 }
 
-/// Runs the command and looks again; why the target does not count as removed.
+/// Runs the command and looks again; why the target does not count as removed. What the client says of itself decides
+/// nothing: it may fail with the object gone.
 std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) const {
   const DockerEngine engine = engineOf(step.scope);
   const CommandResult done = engine.ask(step.command);
-  const std::string said = commandFailed(done).message;
-  if (!done.hasSucceeded() && done.exitCode >= 0)
-    return DockerRefusal{"docker.failure.refused", CleanupFailureCategory::other, said};
+  const bool saidNo = !done.hasSucceeded() && done.exitCode >= 0;
   const DockerPresence presence = step.object != nullptr ? presenceOf(engine, step.resource, step.target.commandTarget)
                                   : done.hasSucceeded()  ? DockerPresence::absent
+                                  : saidNo               ? DockerPresence::present
                                                          : DockerPresence::unknown;
   if (presence == DockerPresence::absent) return std::nullopt;
-  return DockerRefusal{messageKey(presence), CleanupFailureCategory::other, said};
+  const bool isRefused = saidNo && presence == DockerPresence::present;
+  return DockerRefusal{isRefused ? "docker.failure.refused" : messageKey(presence), CleanupFailureCategory::other,
+                       commandFailed(done).message};
 }
 
 void DockerCleanupRun::keepFailed(const Step& step, const DockerRefusal& refusal) {

@@ -296,6 +296,15 @@ TEST_F(DockerCleanupGuardTests, countsOnlyWhatIsSeenToBeGone) {
     return arguments[1] == "rm" ? std::optional(printed("done")) : std::nullopt;
   };
   EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("cleanup.command.present"));
+
+  const std::string gone = container("gone");
+  const DockerCleanupPlan planOfGone = planOf({{Kind::containers, gone}});
+  runner_.answers = [&](const Words& arguments) -> std::optional<SafeProcessResult> {
+    if (arguments[1] != "rm") return std::nullopt;
+    engine_->ask({"rm", gone});
+    return failed("connection lost");
+  };
+  EXPECT_THAT(reasonsOf(remove(planOfGone)), IsEmpty()) << "the client may fail with the object gone";
 }
 
 TEST_F(DockerCleanupGuardTests, goesOnAfterARefusalAndSaysWhatTheEngineSaid) {
