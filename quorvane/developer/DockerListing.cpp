@@ -58,14 +58,6 @@ DockerListing<Record> listingOf(std::string_view output, Read read) {
   return listing;
 }
 
-std::optional<std::int64_t> countFrom(std::string_view text) {
-  std::int64_t count = 0;
-  const char* end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, count);
-  if (error != std::errc() || rest != end || count < 0) return std::nullopt;
-  return count;
-}
-
 std::optional<DockerImageRecord> image(std::string_view text) {
   Line line(text);
   DockerImageRecord record;
@@ -117,13 +109,20 @@ std::optional<DockerUsageLine> usage(std::string_view text) {
   DockerUsageLine usage;
   const auto kind = kindNamed(line.text("Type"));
   usage.kind = kind.value_or(DockerResourceKind::images);
-  usage.totalCount = line.need(countFrom(line.text("TotalCount")));
-  usage.activeCount = line.need(countFrom(line.text("Active")));
+  usage.totalCount = line.need(dockerCount(line.text("TotalCount")));
+  usage.activeCount = line.need(dockerCount(line.text("Active")));
   usage.sizeBytes = line.need(dockerSize(line.text("Size")));
   return line.isWhole() && kind ? std::optional(usage) : std::nullopt;
 }
 
 }  // namespace
+
+std::optional<std::int64_t> dockerCount(std::string_view text) {
+  std::int64_t count = 0;
+  const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+  if (error != std::errc() || rest != text.data() + text.size() || count < 0) return std::nullopt;
+  return count;
+}
 
 std::vector<std::string_view> linesOf(std::string_view output) {
   std::vector<std::string_view> lines;

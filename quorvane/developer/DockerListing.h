@@ -3,6 +3,7 @@
 #include "quorvane/developer/DockerResources.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,6 +42,9 @@ DockerListing<DockerUsageLine> dockerUsageLines(std::string_view output);
 
 /// The JSON texts that stand on the lines, such as the identifiers of a listing or of an inspection.
 DockerListing<std::string> dockerTexts(std::string_view output);
+
+/// A whole number of digits alone.
+std::optional<std::int64_t> dockerCount(std::string_view text);
 
 /// The lines of an output, without the last empty one and without "\r" at their ends.
 std::vector<std::string_view> linesOf(std::string_view output);

@@ -4,7 +4,6 @@
 #include "quorvane/developer/DockerSizeText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <span>
 
 namespace quorvane {
@@ -31,13 +30,6 @@ Columns columnsOf(std::string_view line) {
   return columns;
 }
 
-std::optional<std::int64_t> countFrom(std::string_view text) {
-  std::int64_t count = 0;
-  const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), count);
-  if (error != std::errc() || rest != text.data() + text.size() || count < 0) return std::nullopt;
-  return count;
-}
-
 /// The rows of the one table below this heading; nothing where that is not certain.
 std::optional<Lines> rowsBelow(Lines lines, std::string_view heading, const Columns& columns) {
   const auto isHeading = [&](std::string_view line) { return line.starts_with(heading); };
@@ -52,7 +44,7 @@ std::optional<DockerBuildCacheRecord> buildCacheFrom(Columns columns) {
   // One that was never used has an empty column there.
   if (columns.size() + 1 == buildCacheColumns.size()) columns.insert(columns.begin() + 4, "");
   if (columns.size() != buildCacheColumns.size()) return std::nullopt;
-  const auto size = dockerSize(columns[2]), uses = countFrom(columns[5]);
+  const auto size = dockerSize(columns[2]), uses = dockerCount(columns[5]);
   const bool isShared = columns[6] == "true";
   if (!size || !uses || (!isShared && columns[6] != "false")) return std::nullopt;
   return DockerBuildCacheRecord{.id = std::string(columns[0]),
@@ -73,7 +65,7 @@ void readVolumes(DockerUsageTables& tables, Lines rows) {
     }
     const auto [place, isNew] = tables.volumes.try_emplace(std::string(columns[0]));
     if (isNew) {
-      place->second = {countFrom(columns[1]), dockerSize(columns[2])};
+      place->second = {dockerCount(columns[1]), dockerSize(columns[2])};
     } else {
       place->second = {};
     }

@@ -6,7 +6,8 @@
 #include "quorvane/developer/DockerSafetyPolicy.h"
 
 #include <algorithm>
-#include <optional>
+#include <tuple>
+#include <utility>
 
 namespace quorvane {
 
@@ -81,7 +82,9 @@ class DockerReportWriter {
     std::vector<Row> rows;
     rows.reserve(records.size());
     for (const Record& record : records) rows.push_back(rowOf(record));
-    std::ranges::stable_sort(rows, std::greater(), &Row::size);
+    std::ranges::sort(rows, [](const Row& left, const Row& right) {
+      return std::tie(right.size, left.name, left.selector) < std::tie(left.size, right.name, right.selector);
+    });
     for (const Row& row : rows) write(row);
   }
 
