@@ -1,20 +1,14 @@
 #include "quorvane/platform/linux/MountInfo.h"
 
 #include "quorvane/base/SortUniquely.h"
+#include "quorvane/platform/posix/TextWords.h"
 
 namespace quorvane {
 
 namespace {
 
-constexpr std::size_t mountPointField = 4;
+constexpr std::size_t rootField = 3, mountPointField = 4;
 constexpr std::string_view markOfRemoved = "//deleted";
-
-std::string_view takeUntil(std::string_view& rest, char end) {
-  const std::size_t at = rest.find(end);
-  const std::string_view taken = rest.substr(0, at);
-  rest = at == std::string_view::npos ? std::string_view() : rest.substr(at + 1);
-  return taken;
-}
 
 /// A byte written as a backslash and three octal digits.
 std::optional<char> octalByte(std::string_view digits) {
@@ -62,6 +56,18 @@ std::optional<std::vector<FilePath>> mountPointsFromMountInfo(std::string_view t
   }
   sortUniquely(points);
   return points;
+}
+
+std::optional<MountedFileSystem> mountedFileSystemFromLine(std::string_view line) {
+  for (std::size_t i = 0; i < rootField; ++i) takeUntil(line, ' ');
+  const std::optional<std::string> root = unescaped(takeUntil(line, ' '));
+  const std::optional<std::string> point = unescaped(takeUntil(line, ' '));
+  // As many optional fields as there are stand before a lone dash.
+  while (!line.empty() && takeUntil(line, ' ') != "-") continue;
+  const std::string_view type = takeUntil(line, ' ');
+  takeUntil(line, ' ');  // the source
+  if (!root || !point || !isAbsolute(*root) || !isAbsolute(*point) || type.empty()) return std::nullopt;
+  return MountedFileSystem{standardised({*root}), standardised({*point}), std::string(type), std::string(line)};
 }
 
 }  // namespace quorvane

@@ -1,35 +1,10 @@
 #include "quorvane/platform/linux/ProcFiles.h"
 
-#include <charconv>
+#include "quorvane/platform/posix/TextWords.h"
 
 namespace quorvane {
 
 namespace {
-
-template <class Number>
-std::optional<Number> wholeNumber(std::string_view text) {
-  Number number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
-
-std::string_view takeLine(std::string_view& rest) {
-  const std::size_t end = rest.find('\n');
-  const std::string_view line = rest.substr(0, end);
-  rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-  return line;
-}
-
-/// The words of a line, each taken in turn.
-std::string_view takeWord(std::string_view& rest) {
-  const std::size_t start = rest.find_first_not_of(" \t");
-  if (start == std::string_view::npos) return rest = {};
-  rest.remove_prefix(start);
-  const std::string_view word = rest.substr(0, rest.find_first_of(" \t"));
-  rest.remove_prefix(word.size());
-  return word;
-}
 
 /// In maps a newline in a name is written as \012, and nothing else is escaped.
 std::string withNewlines(std::string_view text) {

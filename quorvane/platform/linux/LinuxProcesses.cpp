@@ -1,0 +1,134 @@
+#include "quorvane/platform/linux/LinuxProcesses.h"
+
+#include "quorvane/platform/BusiestProcesses.h"
+#include "quorvane/platform/linux/DirectoryRecords.h"
+#include "quorvane/platform/linux/ProcFiles.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <limits>
+#include <numeric>
+#include <span>
+#include <tuple>
+
+#include <fcntl.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr double leastSeconds = 0.001;
+constexpr std::size_t longestStat = 1024;
+
+/// The file's beginning, opened and closed for it; empty when it cannot be read, as the process may have ended.
+std::string_view contentOf(int folder, std::int32_t pid, std::span<char> buffer) {
+  std::array<char, 32> name{};
+  std::snprintf(name.data(), name.size(), "%d/stat", pid);
+  const FileDescriptor file(::openat(folder, name.data(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!file.isOpen()) return {};
+  const ssize_t size = retried([&] { return ::read(file.number(), buffer.data(), buffer.size()); });
+  return size > 0 ? std::string_view(buffer.data(), static_cast<std::size_t>(size)) : std::string_view();
+}
+
+FilePath executableOf(int folder, std::int32_t pid) {
+  std::array<char, 4096> target{};
+  const ssize_t size = ::readlinkat(folder, (std::to_string(pid) + "/exe").c_str(), target.data(), target.size());
+  if (size <= 0 || static_cast<std::size_t>(size) == target.size()) return {};
+  std::string_view path(target.data(), static_cast<std::size_t>(size));
+  constexpr std::string_view markOfReplaced = " (deleted)";
+  if (path.ends_with(markOfReplaced)) path.remove_suffix(markOfReplaced.size());
+  return {std::string(path)};
+}
+
+}  // namespace
+
+ProcessUnits ProcessUnits::ofThisSystem() {
+  const long ticks = ::sysconf(_SC_CLK_TCK), bytes = ::sysconf(_SC_PAGESIZE);
+  return {ticks > 0 ? static_cast<double>(ticks) : 100, bytes > 0 ? bytes : 4096};
+}
+
+Outcome<std::vector<SystemProcessSample>, PosixError> LinuxProcesses::busiest(std::size_t most, StopToken stop) {
+  if (!folder_.isOpen()) folder_ = FileDescriptor(::open(root_.bytes.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder_.isOpen()) return failure(lastPosixError());
+  const auto now = clock_.uptime();
+  if (const auto read = readEntries(folder_.number(), stop); !read) return failure(read.error());
+  if (entries_.empty()) return failure(PosixError{ENODATA});
+  compareWithPrevious();
+  chooseBusiest(most);
+
+  const double seconds =
+      previousTime_ ? std::max(leastSeconds, std::chrono::duration<double>(now - *previousTime_).count()) : 0;
+  std::vector<SystemProcessSample> samples;
+  samples.reserve(chosen_.size());
+  for (const std::uint32_t place : chosen_) samples.push_back(described(folder_.number(), entries_[place], seconds));
+  previousTime_ = now;
+  std::swap(entries_, previous_);
+  return samples;
+}
+
+Outcome<void, PosixError> LinuxProcesses::readEntries(int folder, const StopToken& stop) {
+  entries_.clear();
+  names_.clear();
+  std::array<char, longestStat> buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled for each process
+  const auto visited = visitDirectory(folder, [&](const char* name, unsigned char) {
+    const auto pid = processNumberFromName(name);
+    if (!pid) return true;
+    if (const auto stat = processStatFromText(contentOf(folder, *pid, buffer))) keep(*pid, *stat);
+    return !stop.stopRequested();
+  });
+  if (!visited) return failure(visited.error());
+  if (stop.stopRequested()) return failure(cancelledError());
+  std::ranges::sort(entries_, {}, &Entry::pid);
+  return {};
+}
+
+void LinuxProcesses::keep(std::int32_t pid, const ProcessStat& stat) {
+  Entry entry{.pid = pid,
+              .nameOffset = static_cast<std::uint32_t>(names_.size()),
+              .nameLength = static_cast<std::uint32_t>(stat.name.size()),
+              .ticks = stat.ticks,
+              .startTicks = stat.startTicks,
+              .residentPages = std::max<std::int64_t>(0, stat.residentPages)};
+  names_ += stat.name;
+  entries_.push_back(entry);
+}
+
+// A process that was not there before has had all its time since; of the first reading nothing is known.
+void LinuxProcesses::compareWithPrevious() {
+  if (!previousTime_) return;
+  auto before = previous_.begin();
+  for (Entry& entry : entries_) {
+    while (before != previous_.end() && before->pid < entry.pid) ++before;
+    const bool isSame = before != previous_.end() && before->pid == entry.pid && before->startTicks == entry.startTicks;
+    const std::uint64_t ticksBefore = isSame ? before->ticks : 0;
+    entry.newTicks = entry.ticks > ticksBefore ? entry.ticks - ticksBefore : 0;
+  }
+}
+
+void LinuxProcesses::chooseBusiest(std::size_t most) {
+  chosen_.resize(entries_.size());
+  std::iota(chosen_.begin(), chosen_.end(), std::uint32_t{0});
+  const auto isLarger = [&](std::uint32_t left, std::uint32_t right) {
+    return std::tuple(entries_[right].residentPages, left) < std::tuple(entries_[left].residentPages, right);
+  };
+  const auto isBusier = [&](std::uint32_t left, std::uint32_t right) {
+    const std::uint64_t leftTicks = entries_[left].newTicks, rightTicks = entries_[right].newTicks;
+    return leftTicks != rightTicks ? leftTicks > rightTicks : isLarger(left, right);
+  };
+  keepBusiest(chosen_, most, isBusier, isLarger);
+}
+
+SystemProcessSample LinuxProcesses::described(int folder, const Entry& entry, double seconds) const {
+  SystemProcessSample sample{.pid = entry.pid};
+  sample.executablePath = executableOf(folder, entry.pid);
+  const std::string_view name = std::string_view(names_).substr(entry.nameOffset, entry.nameLength);
+  sample.name = std::string(fullProcessName(name, sample.executablePath.bytes));
+  if (seconds > 0) sample.cpuPercent = static_cast<double>(entry.newTicks) / units_.ticksPerSecond / seconds * 100;
+  if (__builtin_mul_overflow(entry.residentPages, units_.pageBytes, &sample.memoryBytes))
+    sample.memoryBytes = std::numeric_limits<std::int64_t>::max();
+  return sample;
+}
+
+}  // namespace quorvane
