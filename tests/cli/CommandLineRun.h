@@ -16,6 +16,7 @@ class KeepingChannel final : public OutputChannel {
   struct Kind {
     bool isTerminal = false;
     std::size_t columns = 80;
+    std::size_t rows = 24;
     int failsWith = 0;
     std::function<void()> firstWritten = nullptr;
   };
@@ -29,6 +30,7 @@ class KeepingChannel final : public OutputChannel {
   int failure() const override { return kind_.failsWith; }
   bool isTerminal() const override { return kind_.isTerminal; }
   std::size_t columns() const override { return kind_.columns; }
+  std::size_t rows() const override { return kind_.rows; }
 
   std::string text;
 
@@ -50,6 +52,8 @@ class PreparedInput final : public InputChannel {
   explicit PreparedInput(Kind kind) : kind_(std::move(kind)) {}
 
   bool isTerminal() const override { return kind_.isTerminal; }
+  int descriptor() const override { return -1; }
+  std::string readKeys() override { return {}; }
 
   std::optional<std::string> readLine(int) override {
     if (next_ == kind_.lines.size()) return std::nullopt;

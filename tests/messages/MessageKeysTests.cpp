@@ -10,6 +10,8 @@
 #include "quorvane/developer/DockerRechecks.h"
 #include "quorvane/developer/DockerSafetyPolicy.h"
 #include "quorvane/developer/DockerServiceError.h"
+#include "quorvane/health/HealthScore.h"
+#include "quorvane/health/ProcessOrder.h"
 #include "quorvane/removal/CleaningHistory.h"
 #include "quorvane/removal/RecoveryStoreError.h"
 #include "quorvane/scan/DiskScanner.h"
@@ -75,6 +77,10 @@ Keys derivedKeys() {
   for (const DockerResourceKind kind : allDockerResourceKinds) keys.merge(Keys{titleKey(kind), detailKey(kind)});
   for (const char* state : {"running", "paused", "restarting", "exited", "created", "dead", "?"})
     keys.insert(DockerSafetyPolicy::stateKey(state));
+  addCases<SystemHealthLevel>(keys, "status.health.");
+  addCases<SystemStatusInput>(keys, "status.input.");
+  addCases<SystemThermalLevel>(keys, "status.thermal.");
+  addCases<SystemProcessSortMode>(keys, "status.process.sort.");
   addCases<ScanCoverageReason>(keys, "coverage.reason.");
   for (const char* untold : {"read", "missing", "categoryNotAsked"})
     keys.erase(std::string("coverage.reason.") + untold);

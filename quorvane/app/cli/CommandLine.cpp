@@ -25,7 +25,8 @@ std::string_view stoppedKey(CommandName command) {
     case CommandName::docker:
     case CommandName::dockerList:
     case CommandName::ignore:
-    case CommandName::ignoreList: return "scan.error.cancelled";
+    case CommandName::ignoreList:
+    case CommandName::status: return "scan.error.cancelled";
     case CommandName::clean:
     case CommandName::trash:
     case CommandName::dockerClean:
@@ -75,6 +76,7 @@ class RequestRunner {
       case CommandName::ignoreList: return runIgnoreList(context);
       case CommandName::ignoreAdd: return runIgnoreAdd(context);
       case CommandName::ignoreRemove: return runIgnoreRemove(context);
+      case CommandName::status: return runStatus(context);
       case CommandName::ignore: break;
     }
     abortOnBrokenInvariant("a command that only leads to others is refused before", std::source_location::current());

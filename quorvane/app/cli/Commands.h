@@ -32,6 +32,7 @@ CommandOutcome runDockerRetry(const CommandContext& context);
 CommandOutcome runIgnoreList(const CommandContext& context);
 CommandOutcome runIgnoreAdd(const CommandContext& context);
 CommandOutcome runIgnoreRemove(const CommandContext& context);
+CommandOutcome runStatus(const CommandContext& context);
 
 /// Calls the command with a model of the home that the arguments and the environment ask for. The console learns the
 /// home of the person, unless another one was asked for.

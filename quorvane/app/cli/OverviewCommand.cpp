@@ -2,8 +2,11 @@
 #include "quorvane/app/cli/RunningOperation.h"
 #include "quorvane/app/cli/ServiceErrors.h"
 #include "quorvane/app/cli/reports/HistoryRuns.h"
+#include "quorvane/app/cli/reports/StatusWords.h"
 #include "quorvane/app/cli/reports/StoragePicture.h"
+#include "quorvane/app/model/StatusModel.h"
 #include "quorvane/base/Json.h"
+#include "quorvane/health/HealthScore.h"
 
 #include <algorithm>
 #include <array>
@@ -86,11 +89,11 @@ void writeWhatNow(ReportText& text, bool hasSomethingInTrash) {
   struct Next {
     std::string_view command, key;
   };
-  constexpr std::array all{Next{"quorvane scan", "cli.overview.next.scan"},
-                           Next{"quorvane clean", "cli.overview.next.clean"},
-                           Next{"quorvane undo", "cli.overview.next.undo"}};
-  for (const auto& [command, key] : std::span(all).first(hasSomethingInTrash ? 3 : 2))
-    text.row(std::string(command), text.say({std::string(key), {}}), all[1].command.size());
+  constexpr std::array all{
+      Next{"quorvane scan", "cli.overview.next.scan"}, Next{"quorvane clean", "cli.overview.next.clean"},
+      Next{"quorvane status", "cli.overview.next.status"}, Next{"quorvane undo", "cli.overview.next.undo"}};
+  for (const auto& [command, key] : std::span(all).first(all.size() - (hasSomethingInTrash ? 0 : 1)))
+    text.row(std::string(command), text.say({std::string(key), {}}), all[2].command.size());
 }
 
 std::string historyLines(const HistoryView& history, const ReportStyle& style) {
@@ -101,7 +104,16 @@ std::string historyLines(const HistoryView& history, const ReportStyle& style) {
   return text.take();
 }
 
+std::string healthLine(const HealthScore& health, const ReportStyle& style) {
+  ReportText text(style);
+  text.line({"cli.overview.health", {{"score", StatusWords(style).score(health)}}});
+  text.blank();
+  return text.take();
+}
+
 CommandOutcome overview(const CommandContext& context, MainLoop& loop, AppModel& model) {
+  // Before the disk is measured, which keeps all processors busy.
+  const HealthScore health = healthScore(measuredStatus(loop, {.withProcesses = false}));
   const CleaningScanProgressUpdate beginning{0, "storage.status.measuring", std::nullopt};
   const auto storage = runToEnd<StorageSnapshot>(
       context.console, loop, model, beginning,
@@ -111,7 +123,7 @@ CommandOutcome overview(const CommandContext& context, MainLoop& loop, AppModel&
   Console& console = context.console;
   const auto history = model.history();
   if (console.wantsJson()) {
-    Json json{{"storage", toJson(*storage)}};
+    Json json{{"storage", toJson(*storage)}, {"healthScore", health.score}, {"healthLevel", toJson(health.level)}};
     if (history) json["history"] = toJson(summaryOf(*history));
     if (history) json["pendingCount"] = history->pendingCount;
     if (!history) {
@@ -122,6 +134,7 @@ CommandOutcome overview(const CommandContext& context, MainLoop& loop, AppModel&
   } else {
     const ReportStyle style = console.outputReport();
     console.print(storagePicture(*storage, model.settings().folders.home, style));
+    console.print(healthLine(health, style));
     HistoryView view = history.value_or(HistoryView{});
     markWhatIsGone(view, model.fileSystem());
     console.print(historyLines(view, style));

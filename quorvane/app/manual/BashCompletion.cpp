@@ -61,7 +61,8 @@ std::string_view fallback(ValueKind kind) {
     case ValueKind::anything:
     case ValueKind::category:
     case ValueKind::layout:
-    case ValueKind::conflictPolicy: return "";
+    case ValueKind::conflictPolicy:
+    case ValueKind::sortMode: return "";
   }
   std::unreachable();
 }

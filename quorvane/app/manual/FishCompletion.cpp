@@ -58,7 +58,8 @@ std::string valuesOf(ValueKind kind) {
     case ValueKind::folder: return " -a '(__fish_complete_directories)'";
     case ValueKind::category:
     case ValueKind::layout:
-    case ValueKind::conflictPolicy: return fmt::format(" -a '{}'", choiceWords(kind));
+    case ValueKind::conflictPolicy:
+    case ValueKind::sortMode: return fmt::format(" -a '{}'", choiceWords(kind));
     case ValueKind::selector: return fmt::format(" -F -a '{}'", choiceWords(kind));
   }
   std::unreachable();

@@ -41,6 +41,7 @@ std::string_view aboutKey(CommandName command) {
     case CommandName::undo: return "manual.about.undo";
     case CommandName::ignore: return "manual.about.ignore";
     case CommandName::docker: return "manual.about.docker";
+    case CommandName::status: return "manual.about.status";
     case CommandName::dockerList:
     case CommandName::dockerClean:
     case CommandName::dockerRetry:

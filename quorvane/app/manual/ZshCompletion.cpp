@@ -20,7 +20,8 @@ std::string actionOf(ValueKind kind) {
     case ValueKind::folder: return "_files -/";
     case ValueKind::category:
     case ValueKind::layout:
-    case ValueKind::conflictPolicy: return fmt::format("({})", choiceWords(kind));
+    case ValueKind::conflictPolicy:
+    case ValueKind::sortMode: return fmt::format("({})", choiceWords(kind));
     case ValueKind::selector:
       return fmt::format("{{_alternative \"words\\:word\\:({})\" \"files\\:path\\:_files\"}}", choiceWords(kind));
   }

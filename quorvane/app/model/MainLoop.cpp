@@ -6,6 +6,8 @@
 #include <array>
 #include <cerrno>
 #include <limits>
+#include <span>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -78,10 +80,23 @@ void MainLoop::sleep(std::optional<Time> until) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(*until - std::chrono::steady_clock::now()).count();
     milliseconds = static_cast<int>(std::clamp<decltype(left)>(left, 0, std::numeric_limits<int>::max()));
   }
-  pollfd waiting{wakeReader_.number(), POLLIN, 0};
-  ::poll(&waiting, 1, milliseconds);
+  std::vector<pollfd> waiting{{wakeReader_.number(), POLLIN, 0}};
+  waiting.reserve(watched_.size() + 1);
+  for (const auto& [descriptor, readable] : watched_) waiting.push_back({descriptor, POLLIN, 0});
+  const int readyCount = ::poll(waiting.data(), waiting.size(), milliseconds);
   std::array<char, 64> bytes{};
   while (::read(wakeReader_.number(), bytes.data(), bytes.size()) > 0) {}
+  if (readyCount <= 0) return;
+  for (const pollfd& each : std::span(waiting).subspan(1))
+    if (each.revents != 0) tellReadable(each.fd);
+}
+
+// The handler before may have ended the watch, and the handler itself may.
+void MainLoop::tellReadable(int descriptor) {
+  const auto found = watched_.find(descriptor);
+  if (found == watched_.end()) return;
+  const auto readable = found->second;
+  readable();
 }
 
 std::function<void()> MainLoop::takeDue() {

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 
 namespace quorvane {
 
@@ -29,6 +30,11 @@ class MainLoop final : public Dispatcher {
   /// What `run` does next, before any posted function, once `interrupt` was called. Set before `run`.
   void setInterruptHandler(std::function<void()> handler) { interruptHandler_ = std::move(handler); }
 
+  /// Calls `readable` whenever there is something to read from the descriptor, or its end, and nothing posted is due.
+  /// On the thread of the loop, as `unwatch` is.
+  void watch(int descriptor, std::function<void()> readable) { watched_[descriptor] = std::move(readable); }
+  void unwatch(int descriptor) { watched_.erase(descriptor); }
+
   /// Wakes the loop to its interrupt handler; one that does not run is interrupted when it does. Safe in a signal
   /// handler.
   void interrupt() noexcept;
@@ -41,12 +47,14 @@ class MainLoop final : public Dispatcher {
 
   void wake() noexcept;
   void sleep(std::optional<Time> until);
+  void tellReadable(int descriptor);
   std::function<void()> takeDue();
   std::optional<Time> nextDue();
 
   FileDescriptor wakeReader_;
   FileDescriptor wakeWriter_;
   std::function<void()> interruptHandler_;
+  std::map<int, std::function<void()>> watched_;
   std::atomic<bool> isInterrupted_{false};
   std::atomic<bool> isStopped_{false};
 

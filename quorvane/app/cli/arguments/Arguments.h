@@ -3,9 +3,11 @@
 #include "quorvane/app/cli/arguments/CommandError.h"
 #include "quorvane/app/cli/arguments/ValueChoices.h"
 #include "quorvane/core/ScanCategory.h"
+#include "quorvane/health/ProcessOrder.h"
 #include "quorvane/removal/Recovery.h"
 #include "quorvane/scan/locations/ScanSettings.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -33,6 +35,7 @@ enum class CommandName {
   ignoreList,
   ignoreAdd,
   ignoreRemove,
+  status,
 };
 
 /// What every command understands.
@@ -76,6 +79,15 @@ struct RestoreArguments {
   bool operator==(const RestoreArguments&) const = default;
 };
 
+struct StatusArguments {
+  bool isWatched = false;                            ///< sample after sample, until stopped
+  std::chrono::milliseconds interval{2000};          ///< between them
+  std::optional<std::int64_t> count = std::nullopt;  ///< of samples; none: without end
+  SystemProcessSortMode sort = SystemProcessSortMode::cpu;
+
+  bool operator==(const StatusArguments&) const = default;
+};
+
 /// One command that a person asked for.
 struct Invocation {
   CommandName command = CommandName::overview;
@@ -84,6 +96,7 @@ struct Invocation {
   RemovalArguments removal = {};
   DockerArguments docker = {};
   RestoreArguments restore = {};
+  StatusArguments status = {};
   std::optional<std::int64_t> limit = std::nullopt;
   std::vector<std::string> subjects = {};  ///< the arguments without a dash: PATH, ID, PATH-OR-ID
 

@@ -42,6 +42,12 @@ constexpr std::array restoreOptions{
     onConflict,
 };
 constexpr std::array undoOptions{onConflict};
+constexpr std::array statusOptions{
+    OptionDescription{"--watch", "", "cli.option.watch"},
+    OptionDescription{"--interval", "S", "cli.option.interval"},
+    OptionDescription{"--count", "N", "cli.option.count"},
+    OptionDescription{"--sort", "WHAT", "cli.option.sort", ValueKind::sortMode},
+};
 
 constexpr std::array pathArgument{OptionDescription{"PATH", "PATH", "cli.argument.path", ValueKind::path}};
 constexpr std::array trashArgument{OptionDescription{"PATH", "PATH", "cli.argument.trashPath", ValueKind::path, true}};
@@ -89,6 +95,7 @@ constexpr std::array commands{
                        pathArgument},
     CommandDescription{CommandName::ignoreRemove, "ignore remove", "cli.command.ignore.remove",
                        "cli.example.ignore.remove", none, ruleArgument},
+    CommandDescription{CommandName::status, "status", "cli.command.status", "cli.example.status", statusOptions, none},
 };
 
 std::string_view parentOf(std::string_view words) {

@@ -5,10 +5,20 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 namespace quorvane {
 
 namespace {
+
+template <class Number>
+std::optional<Number> numberIn(const std::string& text) {
+  Number number{};
+  const char* end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end) return std::nullopt;
+  return number;
+}
 
 class InvocationReader {
  public:
@@ -23,7 +33,7 @@ class InvocationReader {
     readRemoval();
     for (const auto reader :
          {&InvocationReader::readLayout, &InvocationReader::readCategories, &InvocationReader::readLimit,
-          &InvocationReader::readRestore, &InvocationReader::readDocker})
+          &InvocationReader::readRestore, &InvocationReader::readDocker, &InvocationReader::readStatus})
       if (auto mistake = (this->*reader)()) return *std::move(mistake);
     return std::move(asked_);
   }
@@ -76,16 +86,39 @@ class InvocationReader {
     return std::nullopt;
   }
 
-  std::optional<CommandError> readLimit() {
-    const auto given = text("--limit");
+  std::optional<CommandError> readLimit() { return readCount("--limit", asked_.limit); }
+
+  std::optional<CommandError> readCount(const std::string& option, std::optional<std::int64_t>& count) {
+    const auto given = text(option);
     if (!given) return std::nullopt;
-    std::int64_t number = 0;
-    const char* end = given->data() + given->size();
-    const auto [rest, error] = std::from_chars(given->data(), end, number);
-    if (error != std::errc() || rest != end || number < 1)
-      return wrongUsage({"cli.error.noCount", {{"option", std::string("--limit")}, {"given", *given}}},
-                        seeHelp(command_));
-    asked_.limit = number;
+    count = numberIn<std::int64_t>(*given);
+    if (count && *count >= 1) return std::nullopt;
+    return wrongUsage({"cli.error.noCount", {{"option", option}, {"given", *given}}}, seeHelp(command_));
+  }
+
+  // A number of samples or a time between them says that there are to be several.
+  std::optional<CommandError> readStatus() {
+    asked_.status.isWatched = flag("--watch") || text("--interval") || text("--count");
+    if (auto mistake = readCount("--count", asked_.status.count)) return mistake;
+    if (auto mistake = readInterval()) return mistake;
+    const auto given = text("--sort");
+    if (!given) return std::nullopt;
+    const auto mode = caseFromName<SystemProcessSortMode>(*given);
+    if (!mode)
+      return wrongUsage({"cli.error.unknownSortMode", {{"given", *given}}},
+                        hintFor(*given, choicesOf(ValueKind::sortMode)));
+    asked_.status.sort = *mode;
+    return std::nullopt;
+  }
+
+  std::optional<CommandError> readInterval() {
+    constexpr double least = 0.1, most = 86'400;
+    const auto given = text("--interval");
+    if (!given) return std::nullopt;
+    const auto seconds = numberIn<double>(*given);
+    if (!seconds || !(*seconds >= least && *seconds <= most))
+      return wrongUsage({"cli.error.noInterval", {{"given", *given}}}, seeHelp(command_));
+    asked_.status.interval = std::chrono::milliseconds(std::lround(*seconds * 1000));
     return std::nullopt;
   }
 

@@ -2,6 +2,7 @@
 
 #include "quorvane/app/cli/arguments/ScannedCategories.h"
 #include "quorvane/core/SafetyLevel.h"
+#include "quorvane/health/ProcessOrder.h"
 #include "quorvane/removal/Recovery.h"
 #include "quorvane/scan/locations/ScanSettings.h"
 
@@ -33,6 +34,12 @@ std::vector<std::string> conflictPolicyWords() {
   return words;
 }
 
+std::vector<std::string> sortModeWords() {
+  std::vector<std::string> words;
+  for (const SystemProcessSortMode mode : allCases<SystemProcessSortMode>()) words.emplace_back(caseName(mode));
+  return words;
+}
+
 // Blocked is no choice: a level never selects what is blocked.
 std::vector<std::string> selectorWords() {
   std::vector<std::string> words = scannedCategoryNames();
@@ -48,6 +55,7 @@ std::vector<std::string> choicesOf(ValueKind kind) {
     case ValueKind::category: return scannedCategoryNames();
     case ValueKind::layout: return layoutWords();
     case ValueKind::conflictPolicy: return conflictPolicyWords();
+    case ValueKind::sortMode: return sortModeWords();
     case ValueKind::selector: return selectorWords();
     case ValueKind::anything:
     case ValueKind::file:

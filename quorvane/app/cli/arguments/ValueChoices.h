@@ -15,6 +15,7 @@ enum class ValueKind {
   category,        ///< one of its choices
   layout,          ///< one of its choices; the first is that of the running system
   conflictPolicy,  ///< one of its choices, in the order of `RestoreConflictPolicy`
+  sortMode,        ///< one of its choices
   selector,        ///< one of its choices, a path, or an identifier
 };
 

@@ -43,6 +43,7 @@ class Console {
   TextStyle errorStyle() const;
   OutputChannel& errors() { return streams_.errors; }
   InputChannel& input() { return streams_.input; }
+  OutputChannel& output() { return streams_.output; }
   ReportStyle outputReport() { return {catalogue(), home_, outputStyle()}; }
   ReportStyle errorReport() { return {catalogue(), home_, errorStyle()}; }
 

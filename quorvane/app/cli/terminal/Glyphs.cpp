@@ -14,7 +14,11 @@ constexpr Glyphs unicodeGlyphs{.ellipsis = "…",
                                .applications = "█",
                                .userFiles = "▓",
                                .otherUse = "▒",
-                               .available = "░"};
+                               .available = "░",
+                               .heights = {"▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"},
+                               .down = "↓",
+                               .up = "↑",
+                               .minus = "−"};
 constexpr Glyphs asciiGlyphs{.ellipsis = "...",
                              .selected = "*",
                              .lowerBound = ">=",
@@ -23,7 +27,11 @@ constexpr Glyphs asciiGlyphs{.ellipsis = "...",
                              .applications = "#",
                              .userFiles = "=",
                              .otherUse = "-",
-                             .available = "."};
+                             .available = ".",
+                             .heights = {"_", ".", ",", "-", "=", "+", "*", "#"},
+                             .down = "in",
+                             .up = "out",
+                             .minus = "-"};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include "quorvane/app/messages/HarmlessText.h"
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -19,6 +20,10 @@ struct Glyphs {
   std::string_view userFiles;
   std::string_view otherUse;
   std::string_view available;
+  std::array<std::string_view, 8> heights;  ///< of a line that goes up and down, the lowest first
+  std::string_view down;
+  std::string_view up;
+  std::string_view minus;
 };
 
 const Glyphs& glyphs(CharacterSet characters);

@@ -36,6 +36,11 @@ Outcome<bool, PosixError> DescriptorInput::readMore() {
   }
 }
 
+std::string DescriptorInput::readKeys() {
+  if (buffer_.empty() && !readMore().value_or(false)) return {};
+  return std::exchange(buffer_, {});
+}
+
 std::optional<std::string> DescriptorInput::readLine(int interrupt) {
   std::size_t end = 0;
   while ((end = buffer_.find('\n')) == std::string::npos) {

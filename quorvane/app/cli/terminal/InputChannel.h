@@ -16,6 +16,12 @@ class InputChannel {
 
   virtual bool isTerminal() const = 0;
 
+  /// What becomes readable when something is typed; -1 where nothing does.
+  virtual int descriptor() const = 0;
+
+  /// What was typed and not read yet, without waiting for more than the first byte; empty at the end.
+  virtual std::string readKeys() = 0;
+
   /// The next line without its end; waits for it. Nothing at the end of the input, when reading fails, and as soon as
   /// the descriptor `interrupt` is readable.
   virtual std::optional<std::string> readLine(int interrupt) = 0;
@@ -30,6 +36,8 @@ class DescriptorInput final : public InputChannel {
   explicit DescriptorInput(int descriptor);
 
   bool isTerminal() const override { return isTerminal_; }
+  int descriptor() const override { return descriptor_; }
+  std::string readKeys() override;
   std::optional<std::string> readLine(int interrupt) override;
   Outcome<std::string, PosixError> readAll(std::size_t limit) override;
 

@@ -13,7 +13,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::size_t usualColumns = 80, fewestColumns = 20;
+constexpr std::size_t usualColumns = 80, fewestColumns = 20, usualRows = 24;
 
 std::string_view valueOf(const EnvironmentVariables& environment, const std::string& name) {
   const auto found = environment.find(name);
@@ -64,6 +64,12 @@ std::size_t DescriptorChannel::columns() const {
   winsize size{};
   if (!isTerminal_ || ::ioctl(descriptor_, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return usualColumns;
   return std::max<std::size_t>(size.ws_col, fewestColumns);
+}
+
+std::size_t DescriptorChannel::rows() const {
+  winsize size{};
+  if (!isTerminal_ || ::ioctl(descriptor_, TIOCGWINSZ, &size) != 0 || size.ws_row == 0) return usualRows;
+  return size.ws_row;
 }
 
 TextStyle textStyle(const OutputChannel& channel, const EnvironmentVariables& environment) {

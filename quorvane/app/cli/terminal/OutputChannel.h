@@ -24,6 +24,9 @@ class OutputChannel {
 
   /// The width of the terminal at this moment; 80 where there is none to tell it.
   virtual std::size_t columns() const = 0;
+
+  /// Its height; 24 where there is none to tell it.
+  virtual std::size_t rows() const = 0;
 };
 
 /// An open descriptor, not owned.
@@ -35,6 +38,7 @@ class DescriptorChannel final : public OutputChannel {
   int failure() const override { return failure_; }
   bool isTerminal() const override { return isTerminal_; }
   std::size_t columns() const override;
+  std::size_t rows() const override;
 
  private:
   int descriptor_;

@@ -1,0 +1,80 @@
+#include "quorvane/app/cli/Commands.h"
+#include "quorvane/app/cli/StatusWatch.h"
+#include "quorvane/app/cli/reports/StatusReport.h"
+#include "quorvane/app/cli/terminal/InterruptSignal.h"
+#include "quorvane/app/model/StatusModel.h"
+#include "quorvane/health/SystemStatusDocument.h"
+
+#include <optional>
+
+namespace quorvane {
+
+namespace {
+
+/// One run of the command: shows sample after sample until there were enough or somebody ends it.
+class StatusRun {
+ public:
+  StatusRun(Console& console, const StatusArguments& asked)
+      : console_(console),
+        asked_(asked),
+        left_(asked.isWatched ? asked.count : std::optional<std::int64_t>(1)),
+        model_(loop_, {.monitor = {.refreshInterval = asked.interval}}, [this] { published(); }) {}
+
+  ExitCode run() {
+    bool isInterrupted = false;
+    loop_.setInterruptHandler([&] {
+      isInterrupted = true;
+      loop_.stop();
+    });
+    const InterruptSignal signal(loop_);
+    if (asked_.isWatched && !console_.wantsJson() && console_.outputStyle().canRedraw)
+      watch_.emplace(console_, loop_, model_.monitor(), asked_.sort);
+    if (watch_) watch_->draw();
+    model_.monitor().start();
+    loop_.run();
+    const bool isLost = watch_ && watch_->isLost();
+    watch_.reset();
+    if (isLost) return ExitCode::hungUp;
+    return isInterrupted ? signal.exitCode() : ExitCode::done;
+  }
+
+ private:
+  void published() {
+    if (!std::exchange(hasRates_, true)) {
+      loop_.postAfter(firstRatesAfter, [this] { model_.monitor().refreshNow(); });
+      if (watch_) watch_->draw();
+      return;
+    }
+    show();
+    if (left_) --*left_;
+    if (left_ == 0 || console_.output().failure() != 0) loop_.stop();
+  }
+
+  void show() {
+    const SystemStatusSnapshot& snapshot = model_.monitor().snapshot();
+    if (watch_) {
+      watch_->draw();
+    } else if (console_.wantsJson()) {
+      console_.print(asked_.isWatched ? jsonLine(snapshot) : jsonText(snapshot));
+    } else {
+      const std::string report = statusReport(snapshot, asked_.sort, console_.outputReport());
+      console_.print(asked_.isWatched ? report + "\n" : report);
+    }
+  }
+
+  Console& console_;
+  const StatusArguments asked_;
+  std::optional<std::int64_t> left_;  ///< how many samples are still to be shown
+  bool hasRates_ = false;
+  MainLoop loop_;
+  StatusModel model_;
+  std::optional<StatusWatch> watch_;
+};
+
+}  // namespace
+
+CommandOutcome runStatus(const CommandContext& context) {
+  return StatusRun(context.console, context.invocation.status).run();
+}
+
+}  // namespace quorvane

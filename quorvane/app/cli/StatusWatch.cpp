@@ -1,0 +1,66 @@
+#include "quorvane/app/cli/StatusWatch.h"
+
+#include "quorvane/app/model/MainLoop.h"
+
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+std::vector<std::string_view> linesOf(std::string_view text) {
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(end + 1);
+  }
+  return lines;
+}
+
+}  // namespace
+
+StatusWatch::StatusWatch(Console& console, MainLoop& loop, SystemStatusMonitor& monitor, SystemProcessSortMode sort)
+    : console_(console),
+      loop_(loop),
+      monitor_(monitor),
+      state_{.sort = sort, .hasKeys = console.input().isTerminal(), .interval = monitor.refreshInterval()},
+      screen_(console.input(), console.output(), loop,
+              {.changed = [this] { draw(); }, .typed = [this](std::string_view keys) { obey(keys); }}) {}
+
+void StatusWatch::draw() {
+  const StatusHistories histories{monitor_.cpuHistory(), monitor_.memoryHistory(), monitor_.networkHistory()};
+  const std::string board =
+      statusBoard(monitor_.snapshot(), histories, state_, console_.output().rows(), console_.outputReport());
+  screen_.draw(linesOf(board));
+  if (console_.output().failure() != 0) loop_.stop();
+}
+
+void StatusWatch::obey(std::string_view keys) {
+  constexpr char escape = '\x1b';  // a key that sends several bytes is none of ours
+  if (keys.empty()) {
+    isLost_ = true;
+    return loop_.stop();
+  }
+  if (keys.starts_with(escape)) return;
+  for (const char key : keys) obeyKey(key);
+  draw();
+}
+
+void StatusWatch::obeyKey(char key) {
+  switch (key) {
+    case 'q': loop_.stop(); break;
+    case 'r': monitor_.refreshNow(); break;
+    case ' ':
+      state_.isPaused = !state_.isPaused;
+      state_.isPaused ? monitor_.pause() : monitor_.resume();
+      break;
+    case 's':
+      state_.sort =
+          state_.sort == SystemProcessSortMode::cpu ? SystemProcessSortMode::memory : SystemProcessSortMode::cpu;
+      break;
+    default: break;
+  }
+}
+
+}  // namespace quorvane

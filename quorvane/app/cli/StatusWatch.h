@@ -1,0 +1,34 @@
+#pragma once
+
+#include "quorvane/app/cli/Commands.h"
+#include "quorvane/app/cli/reports/StatusBoard.h"
+#include "quorvane/app/cli/terminal/TerminalScreen.h"
+#include "quorvane/health/SystemStatusMonitor.h"
+
+#include <string_view>
+
+namespace quorvane {
+
+/// The board on a terminal: draws the status over itself and obeys the keys.
+class StatusWatch {
+ public:
+  StatusWatch(Console& console, MainLoop& loop, SystemStatusMonitor& monitor, SystemProcessSortMode sort);
+
+  /// Draws what the monitor has, for the terminal as it is now.
+  void draw();
+  /// Whether the terminal went away.
+  bool isLost() const { return isLost_; }
+
+ private:
+  void obey(std::string_view keys);
+  void obeyKey(char key);
+
+  Console& console_;
+  MainLoop& loop_;
+  SystemStatusMonitor& monitor_;
+  StatusBoardState state_;
+  bool isLost_ = false;
+  TerminalScreen screen_;
+};
+
+}  // namespace quorvane

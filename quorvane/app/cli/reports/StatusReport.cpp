@@ -1,0 +1,156 @@
+#include "quorvane/app/cli/reports/StatusReport.h"
+
+#include "quorvane/app/cli/reports/ProcessList.h"
+#include "quorvane/app/cli/reports/StatusWords.h"
+#include "quorvane/app/cli/terminal/Glyphs.h"
+#include "quorvane/app/cli/terminal/Sparkline.h"
+#include "quorvane/app/messages/TextLayout.h"
+#include "quorvane/health/HealthScore.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t indent = 2, gap = 2, valueColumns = 5, detailColumns = 28, widestGraph = 60;
+constexpr int manyPoints = 20;
+constexpr std::size_t shownOnce = 10;
+
+/// One line of the board.
+struct Gauge {
+  SystemStatusInput input;
+  std::optional<double> percent;  ///< drawn as a bar, or the scale of its history
+  std::span<const double> history = {};
+  double most = 100;  ///< of the history
+  std::string detail = {};
+};
+
+class StatusWriter {
+ public:
+  StatusWriter(const SystemStatusSnapshot& snapshot, const StatusHistories& histories, const ReportStyle& style)
+      : snapshot_(snapshot),
+        histories_(histories),
+        style_(style),
+        words_(style),
+        health_(healthScore(snapshot)),
+        text_(style) {
+    for (const SystemStatusInput input : allCases<SystemStatusInput>())
+      titleColumns_ = std::max(titleColumns_, displayWidth(words_.title(input)));
+  }
+
+  std::string text() {
+    writeScore();
+    for (const Gauge& gauge : gauges()) write(gauge);
+    if (!health_.deductions.empty() || !snapshot_.notMeasured.empty()) text_.blank();
+    for (const HealthDeduction& deduction : health_.deductions) write(deduction);
+    if (!snapshot_.notMeasured.empty()) text_.line(words_.notMeasured(snapshot_), margin());
+    return text_.take();
+  }
+
+ private:
+  std::size_t margin() const { return style_.text.isLaidOut ? indent : 0; }
+
+  void writeScore() {
+    const std::string score = toned(words_.score(health_), toneOf(health_.level), style_.text);
+    const std::string machine = words_.machine(snapshot_);
+    if (!style_.text.isLaidOut) {
+      text_.asIs(words_.healthTitle() + ": " + score + "\n");
+      text_.asIs(machine + "\n");
+      return;
+    }
+    const std::string title = paddedRight(words_.healthTitle(), titleColumns_ + gap);
+    const std::size_t start = indent + displayWidth(title) + displayWidth(words_.score(health_)) + gap + 1;
+    const std::size_t room = style_.text.columns - std::min(style_.text.columns, start);
+    const std::string fitted = shortened(machine, room, glyphs(style_.text.characters).ellipsis);
+    text_.asIs(std::string(indent, ' ') + title + score + std::string(gap + 1, ' ') +
+               toned(fitted, Tone::faint, style_.text) + "\n\n");
+  }
+
+  std::vector<Gauge> gauges() const {
+    const double fastest = histories_.network.empty() ? 0 : *std::ranges::max_element(histories_.network);
+    std::vector<Gauge> gauges{
+        {SystemStatusInput::processor, snapshot_.cpuPercent, histories_.processor, 100, words_.processors(snapshot_)},
+        {SystemStatusInput::memory, memoryPercent(snapshot_), histories_.memory, 100, words_.memory(snapshot_)},
+        {SystemStatusInput::disk, diskUsedPercent(snapshot_), {}, 100, words_.disk(snapshot_)},
+        {SystemStatusInput::network, std::nullopt, histories_.network, fastest, words_.network(snapshot_)}};
+    if (snapshot_.batteryPercent)
+      gauges.push_back({SystemStatusInput::battery, snapshot_.batteryPercent, {}, 100, words_.battery(snapshot_)});
+    gauges.push_back({SystemStatusInput::thermal, std::nullopt, {}, 100, words_.thermal(snapshot_.thermalLevel)});
+    return gauges;
+  }
+
+  void write(const Gauge& gauge) {
+    const bool isKnown = isMeasured(snapshot_, gauge.input);
+    const std::string value = isKnown && gauge.percent ? words_.percent(*gauge.percent) : std::string();
+    const std::string detail = isKnown ? gauge.detail : words_.notMeasured();
+    const std::string title = words_.title(gauge.input);
+    if (style_.text.isLaidOut) return writeLaidOut(gauge, title, value, detail, isKnown);
+    text_.asIs(title + ": " + value + (value.empty() ? "" : ", ") + detail + "\n");
+  }
+
+  void writeLaidOut(const Gauge& gauge, const std::string& title, const std::string& value, const std::string& detail,
+                    bool isKnown) {
+    const std::size_t taken = indent + titleColumns_ + gap + valueColumns + gap + gap + detailColumns;
+    const std::size_t room = std::min(widestGraph, style_.text.columns - std::min(style_.text.columns, taken));
+    const std::string graph = isKnown ? graphOf(gauge, room) : std::string(room, ' ');
+    const std::string shown = shortened(detail, detailColumns, glyphs(style_.text.characters).ellipsis);
+    text_.asIs(std::string(indent, ' ') + paddedRight(title, titleColumns_ + gap) + paddedLeft(value, valueColumns) +
+               std::string(gap, ' ') + graph + std::string(gap, ' ') + shown + "\n");
+  }
+
+  std::string graphOf(const Gauge& gauge, std::size_t columns) const {
+    const Tone tone = toneOf(gauge.input);
+    if (!gauge.history.empty())
+      return toned(sparkline(gauge.history, gauge.most, columns, style_.text.characters), tone, style_.text);
+    if (!gauge.percent) return std::string(columns, ' ');
+    const auto filled = static_cast<std::size_t>(std::lround(*gauge.percent / 100 * static_cast<double>(columns)));
+    const Glyphs& shown = glyphs(style_.text.characters);
+    return toned(repeated(shown.barDone, filled), tone, style_.text) +
+           toned(repeated(shown.barLeft, columns - filled), Tone::faint, style_.text);
+  }
+
+  void write(const HealthDeduction& deduction) {
+    const std::string points = std::string(glyphs(style_.text.characters).minus) + std::to_string(deduction.points);
+    text_.line(words_.deduction(deduction, snapshot_, points), margin(), style_.text.isLaidOut ? 4 : 0);
+  }
+
+  static Tone toneOf(SystemHealthLevel level) {
+    switch (level) {
+      case SystemHealthLevel::healthy: return Tone::good;
+      case SystemHealthLevel::fair: return Tone::caution;
+      case SystemHealthLevel::attention: return Tone::bad;
+    }
+    std::unreachable();
+  }
+
+  Tone toneOf(SystemStatusInput input) const {
+    const auto found = std::ranges::find(health_.deductions, input, &HealthDeduction::input);
+    if (found == health_.deductions.end()) return Tone::accent;
+    return found->points >= manyPoints ? Tone::bad : Tone::caution;
+  }
+
+  const SystemStatusSnapshot& snapshot_;
+  const StatusHistories& histories_;
+  const ReportStyle& style_;
+  const StatusWords words_;
+  const HealthScore health_;
+  ReportText text_;
+  std::size_t titleColumns_ = 0;
+};
+
+}  // namespace
+
+std::string statusText(const SystemStatusSnapshot& snapshot, const StatusHistories& histories,
+                       const ReportStyle& style) {
+  return StatusWriter(snapshot, histories, style).text();
+}
+
+std::string statusReport(const SystemStatusSnapshot& snapshot, SystemProcessSortMode sort, const ReportStyle& style) {
+  std::string text = statusText(snapshot, {}, style);
+  const std::string list = processList(ordered(snapshot.topProcesses, sort), shownOnce, style);
+  return list.empty() ? text : text + "\n" + list;
+}
+
+}  // namespace quorvane

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "quorvane/app/cli/terminal/InputChannel.h"
+#include "quorvane/app/cli/terminal/OutputChannel.h"
+#include "quorvane/platform/FileDescriptor.h"
+
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+class MainLoop;
+
+/// As long as it lives, the whole terminal is drawn on: its second screen is shown, without a cursor, and what is typed
+/// comes at once and unseen. At the end, and when a fault or SIGQUIT ends the process, all is as it was before; Ctrl-C
+/// and its kind are left to whoever listens to them.
+///
+/// The program can be stopped (Ctrl-Z) and continued; the terminal is given back in between. One at a time, on the
+/// thread of the loop.
+class TerminalScreen {
+ public:
+  struct Handlers {
+    std::function<void()> changed;  ///< all is to be drawn anew: another size, or the program was continued
+    std::function<void(std::string_view keys)> typed;  ///< empty when nothing more will be typed
+  };
+
+  /// Without a terminal to type on nothing is listened to.
+  TerminalScreen(InputChannel& input, OutputChannel& output, MainLoop& loop, Handlers handlers);
+  ~TerminalScreen();
+  TerminalScreen(const TerminalScreen&) = delete;
+  TerminalScreen& operator=(const TerminalScreen&) = delete;
+
+  /// Draws the lines over what was drawn before, in one write that a terminal shows at once. Each fits its width.
+  void draw(const std::vector<std::string_view>& lines);
+
+ private:
+  void enter();
+  void leave();
+  void stopUntilContinued();
+  void takeSignals();
+  void takeKeys();
+
+  InputChannel& input_;
+  OutputChannel& output_;
+  MainLoop& loop_;
+  const Handlers handlers_;
+  FileDescriptor signalReader_, signalWriter_;
+};
+
+}  // namespace quorvane

@@ -1,0 +1,237 @@
+// The command as a whole, and the board on real terminals.
+#include "quorvane/base/Json.h"
+#include "tests/cli/CommandLineRun.h"
+
+#include <gtest/gtest.h>
+#include <pty.h>
+
+#include <chrono>
+#include <sstream>
+
+#include <poll.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace quorvane {
+namespace {
+
+TEST(StatusCommandTests, printsOneDocument) {
+  const CommandLineRun run({"status", "--json"});
+  EXPECT_EQ(run.code, 0);
+  const Json document = parsedJson(run.output).value();
+  for (const char* member : {"sampledAt",
+                             "cpuPercent",
+                             "memoryUsedBytes",
+                             "memoryTotalBytes",
+                             "memoryPercent",
+                             "diskAvailableBytes",
+                             "diskTotalBytes",
+                             "diskUsedPercent",
+                             "networkDownloadBytesPerSecond",
+                             "networkUploadBytesPerSecond",
+                             "isCharging",
+                             "thermalLevel",
+                             "uptime",
+                             "osVersion",
+                             "processorCount",
+                             "topProcesses",
+                             "healthScore",
+                             "healthLevel",
+                             "deductions",
+                             "notMeasured"})
+    EXPECT_TRUE(document.contains(member)) << member;
+  EXPECT_GT(document["memoryPercent"], 0.0);
+  EXPECT_GE(document["topProcesses"].size(), 1U);
+  for (const Json& input : document["notMeasured"])
+    EXPECT_TRUE(input != "processor" && input != "network") << "the second sample has rates";
+}
+
+TEST(StatusCommandTests, streamsADocumentALine) {
+  const CommandLineRun run({"status", "--json", "--watch", "--interval", "0.1", "--count", "3"});
+  EXPECT_EQ(run.code, 0);
+  std::istringstream lines(run.output);
+  int count = 0;
+  for (std::string line; std::getline(lines, line); ++count) EXPECT_TRUE(parsedJson(line).has_value()) << line;
+  EXPECT_EQ(count, 3);
+}
+
+TEST(StatusCommandTests, endsWithItsReader) {
+  EXPECT_EQ(CommandLineRun({"status", "--json", "--watch", "--interval", "0.1"}, {.output = {.failsWith = EPIPE}}).code,
+            0);
+}
+
+TEST(StatusCommandTests, printsReportsWhereNothingCanBeDrawnOver) {
+  const CommandLineRun plain({"status", "--count", "2", "--interval", "0.1"});
+  EXPECT_TRUE(plain.output.starts_with("Health: ")) << plain.output;
+  EXPECT_FALSE(plain.output.contains('\x1b'));
+  const CommandLineRun dumb({"status", "--watch", "--count", "1"},
+                            {.variables = {{"TERM", "dumb"}}, .output = {.isTerminal = true}});
+  EXPECT_FALSE(dumb.output.contains('\x1b'));
+}
+
+TEST(StatusCommandTests, theOverviewTellsTheScore) {
+  const CommandLineRun json({"--json", "--home", "/nonexistent"}), refused({"status", "--sort", "cpus"});
+  EXPECT_EQ(refused.code, 2);
+  EXPECT_TRUE(refused.errors.contains("Did you mean \"cpu\"?")) << refused.errors;
+  for (const char* interval : {"0", "0.05", "-1", "nan", "inf", "86401", "2s", ""})
+    EXPECT_EQ(CommandLineRun({"status", "--interval", interval}).code, 2) << interval;
+  for (const char* count : {"0", "-1", "1.5", "x"})
+    EXPECT_EQ(CommandLineRun({"status", "--count", count}).code, 2) << count;
+}
+
+/// A program on a terminal of its own, of 90 columns and 30 lines.
+class OnTerminal {
+ public:
+  explicit OnTerminal(std::vector<std::string> command) {
+    const winsize size{.ws_row = 30, .ws_col = 90, .ws_xpixel = 0, .ws_ypixel = 0};
+    child_ = ::forkpty(&terminal_, nullptr, nullptr, &size);
+    if (child_ != 0) {
+      ::tcgetattr(terminal_, &before_);
+      return;
+    }
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGCONT}) ::signal(signal, SIG_DFL);
+    ::setenv("TERM", "xterm-256color", 1);
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    std::vector<char*> words;
+    for (std::string& word : command) words.push_back(word.data());
+    words.push_back(nullptr);
+    ::execvp(words[0], words.data());
+    ::_exit(127);
+  }
+  ~OnTerminal() {
+    hangUp();
+    if (child_ <= 0) return;
+    ::kill(child_, SIGKILL);
+    ::waitpid(child_, nullptr, 0);
+  }
+  OnTerminal(const OnTerminal&) = delete;
+  OnTerminal& operator=(const OnTerminal&) = delete;
+
+  /// Whether the text is shown within some seconds, behind what was waited for before.
+  bool shows(const std::string& text) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (true) {
+      const std::size_t found = shown_.find(text, seen_);
+      if (found != std::string::npos) {
+        seen_ = found + text.size();
+        return true;
+      }
+      if (std::chrono::steady_clock::now() > end || !readMore()) return false;
+    }
+  }
+  void type(const std::string& keys) const {
+    EXPECT_EQ(::write(terminal_, keys.data(), keys.size()), std::ssize(keys));
+  }
+  void send(int signal) const { ::kill(child_, signal); }
+  void resize(unsigned short columns, unsigned short rows) const {
+    const winsize size{.ws_row = rows, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    ::ioctl(terminal_, TIOCSWINSZ, &size);
+  }
+  void hangUp() {
+    if (terminal_ >= 0) ::close(std::exchange(terminal_, -1));
+  }
+
+  /// Its exit status, or 1000 and the signal that ended it.
+  int wait() {
+    while (readMore()) continue;
+    int status = 0;
+    EXPECT_EQ(::waitpid(std::exchange(child_, -1), &status, 0) > 0, true);
+    return WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status);
+  }
+
+  /// Whether the terminal was given back: its first screen, its cursor and its modes.
+  bool isAsBefore() const {
+    termios now{};
+    return ::tcgetattr(terminal_, &now) == 0 && now.c_lflag == before_.c_lflag &&
+           shown_.rfind("\x1b[?1049l") > shown_.rfind("\x1b[?1049h") &&
+           shown_.rfind("\x1b[?25h") > shown_.rfind("\x1b[?25l");
+  }
+  const std::string& shown() const { return shown_; }
+
+ private:
+  bool readMore() {
+    if (terminal_ < 0) return false;
+    pollfd waiting{terminal_, POLLIN, 0};
+    std::array<char, 65536> bytes{};
+    const ssize_t count = ::poll(&waiting, 1, 20'000) > 0 ? ::read(terminal_, bytes.data(), bytes.size()) : -1;
+    if (count > 0) shown_.append(bytes.data(), static_cast<std::size_t>(count));
+    return count > 0;
+  }
+
+  int terminal_ = -1;
+  pid_t child_ = -1;
+  termios before_{};
+  std::string shown_;
+  std::size_t seen_ = 0;
+};
+
+const std::vector<std::string> board{QUORVANE_PROGRAM, "status", "--watch", "--interval", "0.2"};
+
+TEST(StatusBoardOnTerminalTests, obeysItsKeys) {
+  OnTerminal terminal(board);
+  ASSERT_TRUE(terminal.shows("sort by memory"));
+  terminal.type("s");
+  EXPECT_TRUE(terminal.shows("sort by processor"));
+  terminal.type("\x1b[As");  // a key that sends more than one byte
+  terminal.type(" ");
+  EXPECT_TRUE(terminal.shows("PAUSED"));
+  terminal.type(" r");
+  EXPECT_TRUE(terminal.shows("space pause"));
+  terminal.resize(70, 8);
+  EXPECT_TRUE(terminal.shows("\x1b[H"));
+  terminal.type("q");
+  EXPECT_EQ(terminal.wait(), 0);
+  EXPECT_TRUE(terminal.isAsBefore());
+  EXPECT_TRUE(terminal.shown().contains("▁")) << "histories are drawn";
+}
+
+TEST(StatusBoardOnTerminalTests, givesTheTerminalBackWhateverEndsIt) {
+  const struct {
+    int signal, status;
+  } cases[] = {{SIGINT, 130},
+               {SIGTERM, 143},
+               {SIGHUP, 129},
+               {SIGQUIT, 1000 + SIGQUIT},
+               {SIGABRT, 1000 + SIGABRT},
+               {SIGSEGV, 1000 + SIGSEGV}};
+  for (const auto& [signal, status] : cases) {
+    OnTerminal terminal(board);
+    ASSERT_TRUE(terminal.shows("q quit")) << signal;
+    terminal.send(signal);
+    EXPECT_EQ(terminal.wait(), status);
+    EXPECT_TRUE(terminal.isAsBefore()) << signal;
+  }
+  OnTerminal terminal(board);
+  ASSERT_TRUE(terminal.shows("q quit"));
+  terminal.type("\x03");
+  EXPECT_EQ(terminal.wait(), 130);
+  EXPECT_TRUE(terminal.isAsBefore());
+}
+
+TEST(StatusBoardOnTerminalTests, isStoppedAndGoesOn) {
+  std::vector<std::string> command{"bash", "-mc", R"("$@"; echo "STOPPED $?"; stty -a; fg; echo "ENDED $?")", "bash"};
+  command.insert(command.end(), board.begin(), board.end());
+  OnTerminal terminal(command);
+  ASSERT_TRUE(terminal.shows("q quit"));
+  terminal.type("\x1a");
+  ASSERT_TRUE(terminal.shows("\x1b[?1049l"));
+  ASSERT_TRUE(terminal.shows("STOPPED 148"));
+  EXPECT_TRUE(terminal.shows(" icanon")) << "the modes are given back in between";
+  EXPECT_TRUE(terminal.shows("\x1b[?1049h"));
+  EXPECT_TRUE(terminal.shows("q quit"));
+  terminal.type("q");
+  EXPECT_TRUE(terminal.shows("ENDED 0"));
+  EXPECT_EQ(terminal.wait(), 0);
+  EXPECT_TRUE(terminal.isAsBefore());
+}
+
+TEST(StatusBoardOnTerminalTests, endsWithItsTerminal) {
+  OnTerminal terminal(board);
+  ASSERT_TRUE(terminal.shows("q quit"));
+  terminal.hangUp();
+  EXPECT_EQ(terminal.wait(), 129);
+}
+
+}  // namespace
+}  // namespace quorvane
