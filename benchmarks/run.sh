@@ -35,7 +35,8 @@ quorvane=$build/bin/quorvane
 walk=$build/bin/benchmarks/WalkBenchmark
 history=$build/bin/benchmarks/HistoryBenchmark
 docker=$build/bin/benchmarks/DockerBenchmark
-for program in "$quorvane" "$walk" "$history" "$docker" "$build/bin/benchmarks/MakeData" "$build/bin/benchmarks/Timed"; do
+state=$build/bin/benchmarks/StatusBenchmark
+for program in "$quorvane" "$walk" "$history" "$docker" "$state" "$build/bin/benchmarks/MakeData" "$build/bin/benchmarks/Timed"; do
     [ -x "$program" ] || fail "$program is missing: run ./bench"
 done
 
@@ -131,6 +132,8 @@ printf '\n'
 [ $status = 2 ] || "$history" "$made/history" || status=$?
 printf '\n'
 [ $status = 2 ] || "$docker" || status=$?
+printf '\n'
+[ $status = 2 ] || "$state" "$quorvane" || status=$?
 if [ $status = 1 ]; then
     say "bench: not all bounds held. A walk uses all cores: where its cpu time is hardly above its wall time, other programs"
     say "bench: had them, and the comparison with the peers, which use one, says little."
