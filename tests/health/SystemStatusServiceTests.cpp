@@ -143,26 +143,16 @@ TEST(HealthScoreTests, followsItsTables) {
     int score;
     SystemHealthLevel level;
   } cases[] = {
-      {90, 90, 95, Thermal::critical, 0, attention},
-      {54.9, 59.9, 84.9, Thermal::nominal, 100, healthy},
-      {75, 0, 0, Thermal::nominal, 85, healthy},
-      {55, 60, 85, Thermal::fair, 68, fair},
-      {55, 0, 0, Thermal::nominal, 93, healthy},
-      {74.9, 0, 0, Thermal::nominal, 93, healthy},
-      {89.9, 0, 0, Thermal::nominal, 85, healthy},
-      {90, 0, 0, Thermal::nominal, 75, fair},
-      {100, 0, 0, Thermal::nominal, 75, fair},
-      {0, 60, 0, Thermal::nominal, 95, healthy},
-      {0, 74.9, 0, Thermal::nominal, 95, healthy},
-      {0, 75, 0, Thermal::nominal, 88, healthy},
-      {0, 89.9, 0, Thermal::nominal, 88, healthy},
-      {0, 90, 0, Thermal::nominal, 75, fair},
-      {0, 0, 85, Thermal::nominal, 88, healthy},
-      {0, 0, 94.9, Thermal::nominal, 88, healthy},
-      {0, 0, 95, Thermal::nominal, 75, fair},
-      {0, 0, 0, Thermal::fair, 92, healthy},
-      {0, 0, 0, Thermal::serious, 80, fair},
-      {0, 0, 0, Thermal::critical, 65, fair},
+      {90, 90, 95, Thermal::critical, 0, attention}, {54.9, 59.9, 84.9, Thermal::nominal, 100, healthy},
+      {75, 0, 0, Thermal::nominal, 85, healthy},     {55, 60, 85, Thermal::fair, 68, fair},
+      {55, 0, 0, Thermal::nominal, 93, healthy},     {74.9, 0, 0, Thermal::nominal, 93, healthy},
+      {89.9, 0, 0, Thermal::nominal, 85, healthy},   {90, 0, 0, Thermal::nominal, 75, fair},
+      {100, 0, 0, Thermal::nominal, 75, fair},       {0, 60, 0, Thermal::nominal, 95, healthy},
+      {0, 74.9, 0, Thermal::nominal, 95, healthy},   {0, 75, 0, Thermal::nominal, 88, healthy},
+      {0, 89.9, 0, Thermal::nominal, 88, healthy},   {0, 90, 0, Thermal::nominal, 75, fair},
+      {0, 0, 85, Thermal::nominal, 88, healthy},     {0, 0, 94.9, Thermal::nominal, 88, healthy},
+      {0, 0, 95, Thermal::nominal, 75, fair},        {0, 0, 0, Thermal::fair, 92, healthy},
+      {0, 0, 0, Thermal::serious, 80, fair},         {0, 0, 0, Thermal::critical, 65, fair},
       {55, 0, 0, Thermal::critical, 58, attention},
   };
   for (const auto& [processor, memory, disk, thermal, score, level] : cases) {
@@ -170,12 +160,8 @@ TEST(HealthScoreTests, followsItsTables) {
     EXPECT_EQ(health.score, score) << processor << " " << memory << " " << disk;
     EXPECT_EQ(health.level, level) << processor << " " << memory << " " << disk;
   }
-  for (const auto& [score, level] : {std::pair(100, healthy),
-                                     {85, healthy},
-                                     {84, fair},
-                                     {65, fair},
-                                     {64, attention},
-                                     {0, attention}})
+  for (const auto& [score, level] :
+       {std::pair(100, healthy), {85, healthy}, {84, fair}, {65, fair}, {64, attention}, {0, attention}})
     EXPECT_EQ(healthLevel(score), level) << score;
 }
 

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <thread>
+
+#include <unistd.h>
 
 namespace quorvane {
 namespace {
@@ -79,6 +82,31 @@ TEST(MainLoopTests, keepsWhatIsNotDueForTheNextRun) {
   EXPECT_EQ(runs, 0);
   loop.run();
   EXPECT_EQ(runs, 1);
+}
+
+TEST(MainLoopTests, tellsWhatCanBeRead) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe(ends.data()), 0);
+  const FileDescriptor reader(ends[0]);
+  FileDescriptor writer(ends[1]);
+  MainLoop loop;
+  std::string read;
+  loop.watch(reader.number(), [&] {
+    char byte = 0;
+    if (::read(reader.number(), &byte, 1) == 1) {
+      read += byte;
+    } else {  // the end stays readable
+      loop.unwatch(reader.number());
+      loop.postAfter(milliseconds(5), [&] { loop.stop(); });
+    }
+  });
+  loop.post([&] { EXPECT_EQ(::write(writer.number(), "ab", 2), 2); });
+  loop.postAfter(milliseconds(5), [&] {
+    read += '-';
+    writer.close();
+  });
+  loop.run();
+  EXPECT_EQ(read, "ab-");
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 #include "quorvane/platform/SystemPlatform.h"
 #include "quorvane/platform/linux/LinuxProcesses.h"
 #include "quorvane/platform/posix/PsProcesses.h"
-#include "tests/support/SystemTree.h"
 #include "tests/support/ManualClock.h"
+#include "tests/support/SystemTree.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -29,7 +29,6 @@ class StatusRun {
     const InterruptSignal signal(loop_);
     if (asked_.isWatched && !console_.wantsJson() && console_.outputStyle().canRedraw)
       watch_.emplace(console_, loop_, model_.monitor(), asked_.sort);
-    if (watch_) watch_->draw();
     model_.monitor().start();
     loop_.run();
     const bool isLost = watch_ && watch_->isLost();

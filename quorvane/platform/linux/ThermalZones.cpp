@@ -16,9 +16,9 @@ std::optional<std::int64_t> temperatureIn(const std::optional<std::string>& text
   return number && *number > above && *number < 200 * degree ? number : std::nullopt;
 }
 
-/// Whether the zone is at most so many degrees below the trip point, or beyond it.
-bool isNear(const ThermalZone& zone, const std::optional<std::int64_t>& trip, std::int64_t degreesBelow) {
-  return trip && *zone.temperature >= *trip - degreesBelow * degree;
+/// Whether a temperature is at most so many degrees below the trip point, or beyond it.
+bool isNear(std::int64_t temperature, const std::optional<std::int64_t>& trip, std::int64_t degreesBelow) {
+  return trip && temperature >= *trip - degreesBelow * degree;
 }
 
 }  // namespace
@@ -43,12 +43,13 @@ ThermalZone thermalZoneFrom(const std::function<std::optional<std::string>(const
 
 std::optional<SystemThermalLevel> thermalLevelOf(const ThermalZone& zone) {
   if (!zone.temperature || (!zone.passive && !zone.hot && !zone.critical)) return std::nullopt;
-  if (isNear(zone, zone.hot, 0) || isNear(zone, zone.critical, 5)) return SystemThermalLevel::critical;
+  const std::int64_t now = *zone.temperature;
+  if (isNear(now, zone.hot, 0) || isNear(now, zone.critical, 5)) return SystemThermalLevel::critical;
   const auto isNearEnd = [&](std::int64_t degrees) {
-    return isNear(zone, zone.hot, degrees) || isNear(zone, zone.critical, degrees);
+    return isNear(now, zone.hot, degrees) || isNear(now, zone.critical, degrees);
   };
-  if (isNear(zone, zone.passive, 0) || isNearEnd(10)) return SystemThermalLevel::serious;
-  if (isNear(zone, zone.passive, 5) || isNearEnd(20)) return SystemThermalLevel::fair;
+  if (isNear(now, zone.passive, 0) || isNearEnd(10)) return SystemThermalLevel::serious;
+  if (isNear(now, zone.passive, 5) || isNearEnd(20)) return SystemThermalLevel::fair;
   return SystemThermalLevel::nominal;
 }
 

@@ -13,13 +13,15 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::size_t pidColumns = 6, loadColumns = 7, memoryColumns = 10, nameColumns = 28, leastForPaths = 100;
+constexpr std::size_t pidColumns = 7, loadColumns = 7, memoryColumns = 10, nameColumns = 28, leastForPaths = 100,
+                      leastForAll = 45;
 
 class ProcessListWriter {
  public:
   explicit ProcessListWriter(const ReportStyle& style)
       : style_(style),
         words_(style),
+        hasOnlyLoad_(style.text.isLaidOut && style.text.columns < leastForAll),
         hasPaths_(!style.text.isLaidOut || style.text.columns >= leastForPaths),
         text_(style) {}
 
@@ -33,20 +35,19 @@ class ProcessListWriter {
   void writeHeads() {
     const auto [pid, load, memory, name] = words_.processHeads();
     ReportText heads(style_);
-    heads.facts({pidCell(pid), loadCell(load), memoryCell(memory), name});
+    heads.facts(hasOnlyLoad_ ? std::vector{loadCell(load), name}
+                             : std::vector{pidCell(pid), loadCell(load), memoryCell(memory), name});
     std::string line = heads.take();
     line.pop_back();  // the end of a line has no colour
     text_.asIs(toned(line, Tone::faint, style_.text) + "\n");
   }
 
   void write(const SystemProcessSample& process) {
-    std::vector<std::string> facts{
-        pidCell(std::to_string(process.pid)), loadCell(fmt::format("{:.1f}", process.cpuPercent)),
-        memoryCell(words_.amountOfMemory(process.memoryBytes)), words_.harmless(process.name)};
-    if (hasPaths_) {
-      facts.back() = nameCell(facts.back());
-      facts.push_back(words_.harmless(process.executablePath.bytes));
-    }
+    const std::string load = loadCell(fmt::format("{:.1f}", process.cpuPercent)), name = words_.harmless(process.name);
+    if (hasOnlyLoad_) return text_.facts({load, name});
+    std::vector facts{pidCell(std::to_string(process.pid)), load,
+                      memoryCell(words_.amountOfMemory(process.memoryBytes)), hasPaths_ ? nameCell(name) : name};
+    if (hasPaths_) facts.push_back(words_.harmless(process.executablePath.bytes));
     text_.facts(facts);
   }
 
@@ -63,6 +64,7 @@ class ProcessListWriter {
 
   const ReportStyle& style_;
   const StatusWords words_;
+  const bool hasOnlyLoad_;  ///< beside the name
   const bool hasPaths_;
   ReportText text_;
 };

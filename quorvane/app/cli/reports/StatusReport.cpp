@@ -15,6 +15,7 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t indent = 2, gap = 2, valueColumns = 5, detailColumns = 28, widestGraph = 60;
+constexpr std::size_t leastForGraphs = 60;
 constexpr int manyPoints = 20;
 constexpr std::size_t shownOnce = 10;
 
@@ -34,6 +35,7 @@ class StatusWriter {
         histories_(histories),
         style_(style),
         words_(style),
+        hasGraphs_(style.text.isLaidOut && style.text.columns >= leastForGraphs),
         health_(healthScore(snapshot)),
         text_(style) {
     for (const SystemStatusInput input : allCases<SystemStatusInput>())
@@ -53,20 +55,22 @@ class StatusWriter {
   std::size_t margin() const { return style_.text.isLaidOut ? indent : 0; }
 
   void writeScore() {
-    const std::string score = toned(words_.score(health_), toneOf(health_.level), style_.text);
-    const std::string machine = words_.machine(snapshot_);
-    if (!style_.text.isLaidOut) {
-      text_.asIs(words_.healthTitle() + ": " + score + "\n");
-      text_.asIs(machine + "\n");
+    const std::string score = words_.score(health_), machine = words_.machine(snapshot_);
+    if (!hasGraphs_) {
+      text_.row(words_.healthTitle(), score, titleColumns_);
+      text_.words(machine, margin());
       return;
     }
-    const std::string title = paddedRight(words_.healthTitle(), titleColumns_ + gap);
-    const std::size_t start = indent + displayWidth(title) + displayWidth(words_.score(health_)) + gap + 1;
-    const std::size_t room = style_.text.columns - std::min(style_.text.columns, start);
-    const std::string fitted = shortened(machine, room, glyphs(style_.text.characters).ellipsis);
-    text_.asIs(std::string(indent, ' ') + title + score + std::string(gap + 1, ' ') +
-               toned(fitted, Tone::faint, style_.text) + "\n\n");
+    const std::string start = std::string(indent, ' ') + paddedRight(words_.healthTitle(), titleColumns_ + gap);
+    const std::size_t taken = displayWidth(start) + displayWidth(score) + gap + 1;
+    text_.asIs(start + toned(score, toneOf(health_.level), style_.text) + std::string(gap + 1, ' ') +
+               toned(fitted(machine, roomBehind(taken)), Tone::faint, style_.text) + "\n\n");
   }
+
+  std::string fitted(const std::string& text, std::size_t columns) const {
+    return shortened(text, columns, glyphs(style_.text.characters).ellipsis);
+  }
+  std::size_t roomBehind(std::size_t taken) const { return style_.text.columns - std::min(style_.text.columns, taken); }
 
   std::vector<Gauge> gauges() const {
     const double fastest = histories_.network.empty() ? 0 : *std::ranges::max_element(histories_.network);
@@ -86,18 +90,12 @@ class StatusWriter {
     const std::string value = isKnown && gauge.percent ? words_.percent(*gauge.percent) : std::string();
     const std::string detail = isKnown ? gauge.detail : words_.notMeasured();
     const std::string title = words_.title(gauge.input);
-    if (style_.text.isLaidOut) return writeLaidOut(gauge, title, value, detail, isKnown);
-    text_.asIs(title + ": " + value + (value.empty() ? "" : ", ") + detail + "\n");
-  }
-
-  void writeLaidOut(const Gauge& gauge, const std::string& title, const std::string& value, const std::string& detail,
-                    bool isKnown) {
+    if (!hasGraphs_) return text_.row(title, value.empty() ? detail : value + ", " + detail, titleColumns_);
     const std::size_t taken = indent + titleColumns_ + gap + valueColumns + gap + gap + detailColumns;
-    const std::size_t room = std::min(widestGraph, style_.text.columns - std::min(style_.text.columns, taken));
-    const std::string graph = isKnown ? graphOf(gauge, room) : std::string(room, ' ');
-    const std::string shown = shortened(detail, detailColumns, glyphs(style_.text.characters).ellipsis);
+    const std::size_t room = std::min(widestGraph, roomBehind(taken));
     text_.asIs(std::string(indent, ' ') + paddedRight(title, titleColumns_ + gap) + paddedLeft(value, valueColumns) +
-               std::string(gap, ' ') + graph + std::string(gap, ' ') + shown + "\n");
+               std::string(gap, ' ') + (isKnown ? graphOf(gauge, room) : std::string(room, ' ')) +
+               std::string(gap, ' ') + fitted(detail, detailColumns) + "\n");
   }
 
   std::string graphOf(const Gauge& gauge, std::size_t columns) const {
@@ -135,6 +133,7 @@ class StatusWriter {
   const StatusHistories& histories_;
   const ReportStyle& style_;
   const StatusWords words_;
+  const bool hasGraphs_;
   const HealthScore health_;
   ReportText text_;
   std::size_t titleColumns_ = 0;
