@@ -38,7 +38,7 @@ TEST(CommandLineTests, refusesWrongUsageWithAHint) {
       {{"help"}, "cli.error.unknownCommand", "See `quorvane --help`."},
       {{"frobnicate"},
        "cli.error.unknownCommand",
-       "It can be one of: scan, clean, trash, history, restore, undo, docker, ignore."},
+       "It can be one of: scan, clean, trash, history, restore, undo, docker, ignore, status."},
       {{"ignore"}, "cli.error.missingCommand", "It can be one of: list, add, remove."},
       {{"ignore", "rm"}, "cli.error.unknownCommand", "\"rm\""},
       {{"ignore", "add"}, "cli.error.missingArgument", "`quorvane ignore add` needs PATH."},
