@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <sstream>
 
@@ -106,13 +107,13 @@ TEST(StatusBoardTests, fitsEveryTerminal) {
   SystemStatusSnapshot snapshot = laptop();
   for (int i = 0; i < 18; ++i)
     snapshot.topProcesses.push_back({i, std::string(90, 'n'), {"/" + std::string(300, 'p')}, 1, gib});
-  for (const std::size_t columns : {20, 40, 60, 61, 79, 80, 100, 133, 250}) {
-    for (const std::size_t rows : {1, 2, 5, 10, 16, 20, 24, 40, 200}) {
+  for (const std::size_t columns : {20U, 40U, 60U, 61U, 79U, 80U, 100U, 133U, 250U}) {
+    for (const std::size_t rows : {1U, 2U, 5U, 10U, 16U, 20U, 24U, 40U, 200U}) {
       const TextStyle style{
           .isLaidOut = true, .hasColours = true, .characters = CharacterSet::unicode, .columns = columns};
       const ReportStyle reportStyle{english(), std::nullopt, style};
       const std::string board = statusBoard(snapshot, {history, history, history}, {}, rows, reportStyle);
-      EXPECT_EQ(std::ranges::count(board, '\n'), rows) << columns;
+      EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(board, '\n')), rows) << columns;
       std::istringstream lines(withoutColours(board));
       for (std::string line; std::getline(lines, line);) EXPECT_LE(displayWidth(line), columns) << line;
     }
@@ -128,7 +129,7 @@ TEST(StatusBoardTests, dropsProcessesFirst) {
   EXPECT_FALSE(board(17).contains("compiler"));
   EXPECT_TRUE(board(17).contains("The machine is warm"));
   EXPECT_TRUE(board(4).contains("Processor"));
-  for (const std::size_t rows : {1, 4, 17, 40}) EXPECT_TRUE(board(rows).contains("PAUSED")) << rows;
+  for (const std::size_t rows : {1U, 4U, 17U, 40U}) EXPECT_TRUE(board(rows).contains("PAUSED")) << rows;
 }
 
 }  // namespace
