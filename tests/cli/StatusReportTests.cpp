@@ -74,7 +74,7 @@ TEST(StatusReportTests, drawsBarsOnATerminal) {
   snapshot.cpuPercent = 50;
   const std::string text = report(snapshot, {.isLaidOut = true, .characters = CharacterSet::unicode, .columns = 60});
   EXPECT_EQ(text.substr(0, text.find("\n\n  −12")),
-            "  Health     68 of 100, fair   Debian GNU/Linux…), up 1 d 2 h\n"
+            "  Health     68 of 100, fair   Debian GNU/Lin…m), up 1 d 2 h\n"
             "\n"
             "  Processor   50 %  ━━━━━─────  8 processors\n"
             "  Memory      75 %  ━━━━━━━━──  12.0 GiB of 16.0 GiB\n"
