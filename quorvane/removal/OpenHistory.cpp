@@ -32,6 +32,10 @@ Outcome<void, RecoveryStoreError> OpenHistory::load() {
   return {};
 }
 
+std::optional<Date> OpenHistory::writtenAt() const {
+  return cache_.file ? std::optional(cache_.file->modified.date()) : std::nullopt;
+}
+
 bool OpenHistory::isFull() const {
   std::size_t size = 0;
   for (const std::string_view piece : cache_.document.pieces()) size += piece.size();

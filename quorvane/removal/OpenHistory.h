@@ -25,6 +25,8 @@ class OpenHistory {
 
   const HistoryDocument& document() const { return cache_.document; }
   const FilePath& fileURL() const { return journal_.fileURL(); }
+  /// When it was last written, by its file; none while there is no file.
+  std::optional<Date> writtenAt() const;
 
   /// What one write changes.
   struct Change {

@@ -112,7 +112,10 @@ bool Reconciliation::settleInTrash(CleaningHistoryItem& item, const RecordedTras
 
 void Reconciliation::forgetUnfinished(const CleaningHistoryItem& item, const CleanupMoveIntent& intent, Date date) {
   const auto trash = lookup_.open(intent.trashDirectory, intent.trashLocation);
-  if (trash) trash->folder->forgetUnfinished(std::string(leafOf(item.originalPath)), noteOf(item, date));
+  if (!trash) return;
+  // Runs that follow each other fast have dates that lie ahead of the clock, and so of the times of files.
+  const Date announcedAt = std::min(date, history_.writtenAt().value_or(date));
+  trash->folder->forgetUnfinished(std::string(leafOf(item.originalPath)), noteOf(item, announcedAt));
 }
 
 /// Says what became of it; never does it again.

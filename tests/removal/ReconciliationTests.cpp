@@ -20,11 +20,12 @@ class ReconciliationTests : public testing::Test {
  protected:
   ReconciliationTests() { home_.folder().write("cache/a/x", "1"); }
 
-  void announce(const std::string& relative = "cache/a") {
+  void announce(const std::string& relative = "cache/a") { announceAt(home_.clock().now(), relative); }
+
+  void announceAt(Date date, const std::string& relative = "cache/a") {
     const auto store = home_.newStore();
     ASSERT_TRUE(CleanupMoveJournal(home_.services())
-                    .begin(store->open().value(), {home_.request(relative)}, CleaningHistorySource::files,
-                           home_.clock().now()));
+                    .begin(store->open().value(), {home_.request(relative)}, CleaningHistorySource::files, date));
   }
 
   /// As `announce`, with the record changed before the process ended.
@@ -56,6 +57,23 @@ TEST_F(ReconciliationTests, anItemThatNeverLeftStaysAFailure) {
   EXPECT_EQ(item.failureReason, "text of cleanup.journal.interrupted");
   EXPECT_FALSE(item.pendingCleanup);
   EXPECT_TRUE(home_.folder().holds("cache/a/x"));
+}
+
+TEST_F(ReconciliationTests, anEmptyNoteThatTheRunLeftGoesAndAnOlderOneStays) {
+  const std::string note = "data/Trash/info/a.trashinfo";
+  const Date now = std::chrono::system_clock::now();
+  for (const Date date : {now, now + std::chrono::hours(2)}) {  // of a run, and of the last of many within a moment
+    announceAt(date);
+    home_.folder().write(note, "");
+    (void)settled();
+    EXPECT_FALSE(home_.folder().holds(note));
+  }
+  announceAt(now);
+  home_.folder().write(note, "");
+  std::filesystem::last_write_time(home_.at(note).bytes,
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  (void)settled();
+  EXPECT_TRUE(home_.folder().holds(note)) << "of another program";
 }
 
 TEST_F(ReconciliationTests, theDesktopIsToldOfNoSizesThatAreNotThere) {
