@@ -2,6 +2,7 @@
 
 #include "quorvane/app/model/MainLoop.h"
 
+#include <string>
 #include <vector>
 
 namespace quorvane {
@@ -16,6 +17,25 @@ std::vector<std::string_view> linesOf(std::string_view text) {
     text.remove_prefix(end + 1);
   }
   return lines;
+}
+
+/// What was typed, without the keys that send several bytes: arrows and the like, and those with Alt.
+std::string plainKeys(std::string_view typed) {
+  constexpr char escape = '\x1b';
+  std::string keys;
+  while (!typed.empty()) {
+    const char first = typed.front();
+    typed.remove_prefix(1);
+    if (first != escape) {
+      keys += first;
+      continue;
+    }
+    const bool isSequence = typed.starts_with('[') || typed.starts_with('O');
+    if (!typed.empty()) typed.remove_prefix(1);
+    while (isSequence && !typed.empty() && (typed.front() < '@' || typed.front() > '~')) typed.remove_prefix(1);
+    if (isSequence && !typed.empty()) typed.remove_prefix(1);
+  }
+  return keys;
 }
 
 }  // namespace
@@ -37,13 +57,11 @@ void StatusWatch::draw() {
 }
 
 void StatusWatch::obey(std::string_view keys) {
-  constexpr char escape = '\x1b';  // a key that sends several bytes is none of ours
   if (keys.empty()) {
     isLost_ = true;
     return loop_.stop();
   }
-  if (keys.starts_with(escape)) return;
-  for (const char key : keys) obeyKey(key);
+  for (const char key : plainKeys(keys)) obeyKey(key);
   draw();
 }
 
