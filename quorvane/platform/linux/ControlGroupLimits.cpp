@@ -66,7 +66,7 @@ std::optional<MemoryUse> ControlGroupLimits::memoryBelow(std::int64_t machineByt
   for (MemoryLevel& level : memoryLevels_) {
     const auto limit = bytesIn(level.limit);  // "max" is none
     if (!limit || *limit == 0 || *limit >= (lowest ? lowest->total : machineBytes)) continue;
-    lowest = MemoryUse{.used = std::min(*limit, usedBeyondCaches(level).value_or(0)), .total = *limit};
+    if (const auto used = usedBeyondCaches(level)) lowest = MemoryUse{std::min(*limit, *used), *limit};
   }
   return lowest;
 }

@@ -16,7 +16,8 @@ class ControlGroupLimits {
   /// Looks below `root`, where the system shows its files ("/").
   explicit ControlGroupLimits(const FilePath& root);
 
-  /// The lowest limit of all levels below `machineBytes`, and what the group that bears it uses of it beyond caches.
+  /// The lowest limit of all levels below `machineBytes`, and what the group that bears it uses of it beyond caches; a
+  /// level that does not tell its use is left out.
   /// Nothing where the machine's own memory is all that limits.
   std::optional<MemoryUse> memoryBelow(std::int64_t machineBytes);
 
