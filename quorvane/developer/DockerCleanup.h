@@ -28,7 +28,8 @@ struct DockerCleanupPlan {
 struct DockerRefusal {
   std::string reasonKey;
   CleanupFailureCategory category = CleanupFailureCategory::other;
-  std::string detail = {};  ///< of the client; foreign
+  std::string detail = {};   ///< of the client; foreign
+  bool isUncertain = false;  ///< it may be removed all the same, or be removed yet
 
   bool operator==(const DockerRefusal&) const = default;
 };

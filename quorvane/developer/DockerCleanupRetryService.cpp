@@ -11,7 +11,8 @@ namespace {
 
 void add(DockerCleanupPlan& plan, const CleaningHistoryItem& item) {
   if (item.outcome != CleaningHistoryItemOutcome::failed || isPending(item)) return;
-  if (item.dockerOperation) plan.prune = item.dockerOperation;
+  if (item.dockerOperation && item.dockerOperation->kind == DockerBulkKind::buildCache)
+    plan.prune = item.dockerOperation;
   if (!item.dockerTarget) return;
   DockerRetryTarget target = *item.dockerTarget;
   if (!isCommandTarget(target.resource, target.target.commandTarget)) return;
@@ -26,12 +27,11 @@ void add(DockerCleanupPlan& plan, const CleaningHistoryItem& item) {
 std::string messageKey(DockerRetryFault fault) { return "docker.retry.error." + std::string(caseName(fault)); }
 
 DockerCleanupPlan failedTargets(std::span<const CleaningHistoryEntry> entries) {
-  std::optional<Date> last;
-  for (const CleaningHistoryEntry& entry : entries)
-    if (entry.source == CleaningHistorySource::docker) last = std::max(last, std::optional(entry.date));
+  const auto newest = std::ranges::find(entries, CleaningHistorySource::docker, &CleaningHistoryEntry::source);
   DockerCleanupPlan plan;
+  if (newest == entries.end()) return plan;
   for (const CleaningHistoryEntry& entry : entries)
-    if (entry.source == CleaningHistorySource::docker && entry.date == last)
+    if (entry.source == CleaningHistorySource::docker && entry.date == newest->date)
       for (const CleaningHistoryItem& item : entry.items) add(plan, item);
   std::ranges::reverse(plan.targets);  // the history has the one that was announced last first
   return plan;

@@ -7,9 +7,9 @@
 
 namespace quorvane {
 
-/// What the last run left: the targets of the newest Docker run in the history that failed, with the scope that they
-/// were reviewed in. What a run left uncertain is not among them. The history is foreign: a target without a name that
-/// can be one is passed over. Nothing where there is none.
+/// What the last run left: the targets of the first Docker run in the history, newest first, that failed, with the
+/// scope that they were reviewed in. What a run left uncertain is not among them. The history is foreign: a target
+/// without a name that can be one is passed over. Nothing where there is none.
 DockerCleanupPlan failedTargets(std::span<const CleaningHistoryEntry> entries);
 
 /// Why a plan cannot be tried again.

@@ -19,6 +19,13 @@ std::vector<std::string> withName(std::vector<std::string> arguments) {
   return arguments;
 }
 
+/// Texts in the history stand without arguments.
+std::string recordKeyOf(const DockerRefusal& refusal) {
+  if (refusal.reasonKey == "docker.failure.refused") return "docker.failure.refusedPlainly";
+  if (refusal.reasonKey == "docker.failure.unanswered") return "docker.failure.unansweredPlainly";
+  return refusal.reasonKey;
+}
+
 }  // namespace
 
 Outcome<DockerCleanupReport, RecoveryStoreError> DockerCleanupRun::perform() {
@@ -49,7 +56,7 @@ std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
          &each});
   }
   if (plan_.prune) {
-    DockerCleanupTarget cache{"builder prune", titleKey(DockerResourceKind::buildCache),
+    DockerCleanupTarget cache{std::string(pruneTarget), titleKey(DockerResourceKind::buildCache),
                               std::string(buildCacheLocation)};
     for (const DockerCleanupTarget& each : plan_.prune->reviewedTargets) addUp(cache.sizeBytes, each.sizeBytes);
     all.push_back({DockerResourceKind::buildCache, plan_.prune->scope, std::move(cache),
@@ -62,8 +69,8 @@ void DockerCleanupRun::take(const Step& step) {
   if (step.command.empty()) return keepFailed(step, {"docker.failure.invalidName"});
   if (journal_ == nullptr) {
     if (const auto refused = refusal(step)) return keepFailed(step, *refused);
-    if (step.object != nullptr) report_.wouldRemove.targets.push_back(*step.object);
-    if (step.object == nullptr) report_.wouldRemove.prune = plan_.prune;
+    if (!step.isPrune()) report_.wouldRemove.targets.push_back(*step.object);
+    if (step.isPrune()) report_.wouldRemove.prune = plan_.prune;
     return;
   }
   if (unannounced_) return keepFailed(step, {"docker.failure.historyUnavailable"});
@@ -79,16 +86,16 @@ void DockerCleanupRun::take(const Step& step) {
 
 std::optional<DockerRefusal> DockerCleanupRun::refusal(const Step& step) const {
   const DockerEngine engine = engineOf(step.scope);
-  return step.object != nullptr ? refusalNow(engine, *step.object) : refusalOfEngine(engine, step.scope);
+  return step.object != nullptr ? refusalNow(engine, *step.object) : refusalNow(engine, plan_.prune.value());
 }
 
 CleaningHistoryItem DockerCleanupRun::itemOf(const Step& step) const {
   CleaningHistoryItem item;
   item.id = services_.random.uuid();
-  item.name = step.object != nullptr ? withReplacedInvalidUtf8(step.target.displayName)
-                                     : services_.texts(step.target.displayName);
-  item.originalPath = FilePath{step.object != nullptr ? historyLocation(step.resource, step.target.commandTarget)
-                                                      : std::string(buildCacheLocation)};
+  item.name =
+      step.isPrune() ? services_.texts(step.target.displayName) : withReplacedInvalidUtf8(step.target.displayName);
+  item.originalPath = FilePath{step.isPrune() ? std::string(buildCacheLocation)
+                                              : historyLocation(step.resource, step.target.commandTarget)};
   item.size = step.target.sizeBytes;
   if (step.object != nullptr) {
     item.dockerTarget = *step.object;
@@ -102,10 +109,9 @@ CleaningHistoryItem DockerCleanupRun::itemOf(const Step& step) const {
 void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
   auto refused = refusal(step);
   if (!refused) refused = removed(step);
-  const bool isUncertain = refused && refused->reasonKey == messageKey(DockerPresence::unknown);
-  if (!isUncertain) item.pendingIrreversible.reset();
+  if (!refused || !refused->isUncertain) item.pendingIrreversible.reset();
   if (refused) {
-    item.failureReason = services_.texts(refused->reasonKey);
+    item.failureReason = services_.texts(recordKeyOf(*refused));
     item.failureCategory = refused->category;
     keepFailed(step, *refused);
   } else {
@@ -118,19 +124,20 @@ void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
 }
 
 /// Runs the command and looks again; why the target does not count as removed. What the client says of itself decides
-/// nothing: it may fail with the object gone.
+/// nothing: it may fail with the object gone, and what one began that did not end by itself can still happen.
 std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) const {
+  constexpr std::int32_t firstStatusOfSignals = 128;
   const DockerEngine engine = engineOf(step.scope);
   const CommandResult done = engine.ask(step.command);
-  const bool saidNo = !done.hasSucceeded() && done.exitCode >= 0;
-  const DockerPresence presence = step.object != nullptr ? presenceOf(engine, step.resource, step.target.commandTarget)
-                                  : done.hasSucceeded()  ? DockerPresence::absent
-                                  : saidNo               ? DockerPresence::present
-                                                         : DockerPresence::unknown;
+  const bool saidNo = !done.hasSucceeded() && done.exitCode >= 0 && done.exitCode < firstStatusOfSignals;
+  DockerPresence presence = !step.isPrune()       ? presenceOf(engine, step.resource, step.target.commandTarget)
+                            : done.hasSucceeded() ? DockerPresence::absent
+                                                  : DockerPresence::unknown;
   if (presence == DockerPresence::absent) return std::nullopt;
-  const bool isRefused = saidNo && presence == DockerPresence::present;
-  return DockerRefusal{isRefused ? "docker.failure.refused" : messageKey(presence), CleanupFailureCategory::other,
-                       commandFailed(done).message};
+  if (!done.hasSucceeded() && !saidNo) presence = DockerPresence::unknown;
+  const bool isUncertain = presence == DockerPresence::unknown;
+  return DockerRefusal{saidNo && !isUncertain ? "docker.failure.refused" : messageKey(presence),
+                       CleanupFailureCategory::other, commandFailed(done).message, isUncertain};
 }
 
 void DockerCleanupRun::keepFailed(const Step& step, const DockerRefusal& refusal) {

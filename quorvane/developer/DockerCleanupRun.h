@@ -30,6 +30,8 @@ class DockerCleanupRun {
     DockerCleanupTarget target;
     std::vector<std::string> command;  // none for what has no name that can be one
     const DockerRetryTarget* object;   ///< null for the prune of the build cache
+
+    bool isPrune() const { return object == nullptr; }
   };
 
   std::vector<Step> steps() const;

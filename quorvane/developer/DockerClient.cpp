@@ -29,11 +29,14 @@ CommandResult DockerClient::run(const Arguments& arguments, const StopToken& sto
 
 CommandResult DockerClient::runAt(const std::string& endpoint, const Arguments& arguments,
                                   const StopToken& stop) const {
-  constexpr std::array redirecting{"DOCKER_CONTEXT", "DOCKER_HOST", "DOCKER_TLS", "DOCKER_TLS_VERIFY",
-                                   "DOCKER_CERT_PATH"};
+  constexpr std::array redirecting{"DOCKER_CONTEXT",   "DOCKER_HOST",    "DOCKER_TLS",   "DOCKER_TLS_VERIFY",
+                                   "DOCKER_CERT_PATH", "BUILDX_BUILDER", "BUILDX_CONFIG"};
   auto environment = settings_.environment;
   for (const char* name : redirecting) environment.erase(name);
   environment.insert_or_assign("LC_ALL", "C");  // tables and states are read as texts
+  // An alias, a plugin of the user's or the current builder would take a command to another engine.
+  environment.insert_or_assign("DOCKER_CONFIG", "/nonexistent/docker");
+  environment.insert_or_assign("DOCKER_BUILDKIT", "0");
   Arguments pinned{"--host", endpoint};
   pinned.insert(pinned.end(), arguments.begin(), arguments.end());
   return start(std::move(pinned), std::move(environment), stop);

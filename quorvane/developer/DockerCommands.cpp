@@ -47,6 +47,9 @@ Arguments identities(DockerResourceKind kind) {
 Arguments stateOf(const std::string& containerID) {
   return {"container", "inspect", "--format", "{{json .State.Status}}", containerID};
 }
+Arguments nameOf(const std::string& containerID) {
+  return {"container", "inspect", "--format", "{{json .Name}}", containerID};
+}
 Arguments tagsOf(const std::string& imageID) { return {"image", "inspect", "--format", "{{json .RepoTags}}", imageID}; }
 Arguments containersOf(const std::string& imageID) {
   return {"container", "ls", "--all", "--quiet", "--filter", "ancestor=" + imageID};

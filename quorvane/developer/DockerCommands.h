@@ -31,6 +31,7 @@ Arguments imagesOf(std::span<const std::string> containerIDs);
 Arguments identityOf(DockerResourceKind kind, const std::string& id);
 Arguments identities(DockerResourceKind kind);
 Arguments stateOf(const std::string& containerID);
+Arguments nameOf(const std::string& containerID);
 Arguments tagsOf(const std::string& imageID);
 Arguments containersOf(const std::string& imageID);
 

@@ -29,6 +29,8 @@ std::string displayNameOf(const DockerImageRecord& image);
 /// Where the history says that something was: "docker://images/ID", "docker://containers/ID", "docker://volumes/NAME".
 std::string historyLocation(DockerResourceKind kind, std::string_view target);
 inline constexpr std::string_view buildCacheLocation = "docker://builder/prune";
+/// What stands for the build cache where a target is named.
+inline constexpr std::string_view pruneTarget = "builder prune";
 
 /// The value of the first label with this key in a list of the client; empty for a label without a value.
 std::optional<std::string> labelValue(std::string_view labels, std::string_view key);

@@ -43,6 +43,19 @@ Refusal notAtRest(const DockerEngine& engine, const std::string& containerID) {
   return DockerRefusal{"docker.failure.containerState", Category::inUse};
 }
 
+// The listing has a container's names with commas between: its own, and those that others link to it by.
+bool isNamed(std::string_view names, std::string_view name) {
+  return !name.empty() && ("," + std::string(names) + ",").contains("," + std::string(name) + ",");
+}
+
+Refusal otherName(const DockerEngine& engine, const DockerCleanupTarget& container) {
+  const CommandResult answer = engine.ask(DockerCommands::nameOf(container.commandTarget));
+  if (!answer.hasSucceeded()) return notFound(answer);
+  const std::string name = onlyText(answer.output).value_or("");
+  if (name.starts_with('/') && isNamed(container.displayName, std::string_view(name).substr(1))) return std::nullopt;
+  return DockerRefusal{"docker.failure.renamed", Category::changedAfterScan};
+}
+
 Refusal imageInUse(const DockerEngine& engine, const std::string& imageID) {
   const CommandResult answer = engine.ask(DockerCommands::containersOf(imageID));
   if (!answer.hasSucceeded()) return unanswered(answer);
@@ -87,7 +100,8 @@ Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
     }
     case DockerResourceKind::containers: {
       if (auto refusal = otherIdentity(engine, target)) return refusal;
-      return notAtRest(engine, name);
+      if (auto refusal = notAtRest(engine, name)) return refusal;
+      return otherName(engine, target.target);
     }
     case DockerResourceKind::volumes: return protectedVolume(engine, name);
     case DockerResourceKind::buildCache: break;
@@ -125,6 +139,18 @@ Refusal refusalNow(const DockerEngine& engine, const DockerRetryTarget& target) 
     return DockerRefusal{"docker.failure.invalidName"};
   if (auto refusal = refusalOfEngine(engine, target.scope)) return refusal;
   return unsafeNow(engine, target);
+}
+
+Refusal refusalNow(const DockerEngine& engine, const DockerCleanupOperation& prune) {
+  if (prune.kind != DockerBulkKind::buildCache) return DockerRefusal{"docker.failure.invalidName"};
+  if (auto refusal = refusalOfEngine(engine, prune.scope)) return refusal;
+  const auto present = buildCachesOf(engine);
+  const auto isReviewed = [&](const DockerBuildCacheRecord& cache) {
+    return DockerSafetyPolicy::safetyOf(cache) == DockerCleanupSafety::protected_ ||
+           std::ranges::count(prune.reviewedTargets, cache.id, &DockerCleanupTarget::commandTarget) > 0;
+  };
+  if (present && std::ranges::all_of(*present, isReviewed)) return std::nullopt;
+  return DockerRefusal{"docker.failure.cacheChanged", Category::changedAfterScan};
 }
 
 DockerPresence presenceOf(const DockerEngine& engine, DockerResourceKind kind, const std::string& target) {

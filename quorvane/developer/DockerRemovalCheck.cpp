@@ -1,10 +1,9 @@
 #include "quorvane/developer/DockerRemovalCheck.h"
 
-#include "quorvane/developer/DockerCommands.h"
 #include "quorvane/developer/DockerContexts.h"
 #include "quorvane/developer/DockerNames.h"
 #include "quorvane/developer/DockerRechecks.h"
-#include "quorvane/developer/DockerUsageTables.h"
+#include "quorvane/developer/DockerService.h"
 
 #include <algorithm>
 
@@ -27,11 +26,10 @@ IrreversibleFinding lookFor(const DockerEngine& engine, const DockerRetryTarget&
 }
 
 IrreversibleFinding lookFor(const DockerEngine& engine, const DockerCleanupOperation& prune) {
-  const CommandResult answer = engine.ask(DockerCommands::usageTables());
-  const auto tables = dockerUsageTables(answer.output);
-  if (!answer.hasSucceeded() || !tables.hasBuildCache || !tables.buildCaches.isComplete())
-    return IrreversibleFinding::unknown;
-  const bool isAnythingLeft = std::ranges::any_of(tables.buildCaches.records, [&](const auto& cache) {
+  if (prune.kind != DockerBulkKind::buildCache) return IrreversibleFinding::unknown;
+  const auto present = buildCachesOf(engine);
+  if (!present) return IrreversibleFinding::unknown;
+  const bool isAnythingLeft = std::ranges::any_of(*present, [&](const auto& cache) {
     return std::ranges::count(prune.reviewedTargets, cache.id, &DockerCleanupTarget::commandTarget) > 0;
   });
   return isAnythingLeft ? IrreversibleFinding::stillThere : IrreversibleFinding::gone;
@@ -50,9 +48,12 @@ IrreversibleFinding look(const DockerClient& client, const Removed& removed) {
 IrreversibleFinding DockerRemovalCheck::look(const CleaningHistoryItem& item) {
   const auto client = makeClient_();
   if (!client) return IrreversibleFinding::unknown;
-  if (item.dockerTarget) return quorvane::look(*client, *item.dockerTarget);
-  if (item.dockerOperation) return quorvane::look(*client, *item.dockerOperation);
-  return IrreversibleFinding::unknown;
+  const IrreversibleFinding found = item.dockerTarget      ? quorvane::look(*client, *item.dockerTarget)
+                                    : item.dockerOperation ? quorvane::look(*client, *item.dockerOperation)
+                                                           : IrreversibleFinding::unknown;
+  const bool mayStillHappen =
+      item.pendingIrreversible && clock_.now() < item.pendingIrreversible->announcedAt + longestRemoval;
+  return found == IrreversibleFinding::stillThere && mayStillHappen ? IrreversibleFinding::unknown : found;
 }
 
 bool mayFollow(const DockerClient& client, const DockerCleanupScope& scope) {

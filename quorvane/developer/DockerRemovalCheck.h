@@ -1,25 +1,32 @@
 #pragma once
 
 #include "quorvane/developer/DockerClient.h"
+#include "quorvane/platform/Clock.h"
 #include "quorvane/removal/IrreversibleCheck.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
 namespace quorvane {
 
 /// Asks the engine what became of an announced removal: whether the object is still listed, or, of a pruned build
-/// cache, anything of what was reviewed. Another engine, or none, tells nothing.
+/// cache, anything of what was reviewed. Another engine, or none, tells nothing. What is still listed counts so only
+/// once the run that announced it, and its client, must have ended: an engine finishes what a client no longer waits
+/// for.
 class DockerRemovalCheck final : public IrreversibleCheck {
  public:
-  /// `makeClient` gives the client to ask with, or nothing; it is called at each look.
-  explicit DockerRemovalCheck(std::function<std::optional<DockerClient>()> makeClient)
-      : makeClient_(std::move(makeClient)) {}
+  static constexpr std::chrono::minutes longestRemoval{5};  ///< after the announcement: the checks and the command
+
+  /// `makeClient` gives the client to ask with, or nothing; it is called at each look. The clock outlives the object.
+  DockerRemovalCheck(std::function<std::optional<DockerClient>()> makeClient, const Clock& clock)
+      : makeClient_(std::move(makeClient)), clock_(clock) {}
 
   IrreversibleFinding look(const CleaningHistoryItem& item) override;
 
  private:
   const std::function<std::optional<DockerClient>()> makeClient_;
+  const Clock& clock_;
 };
 
 /// Whether a scope that was read back may be followed: its address is a socket of this machine, or the one that the

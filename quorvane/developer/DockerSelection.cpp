@@ -92,22 +92,29 @@ class Reviewer {
       refuse(selector, {"docker.failure.unknownObject", Category::missing});
     } else if (present->safety == DockerCleanupSafety::protected_) {
       refuse(selector, {"docker.failure.protected", Category::protected_});
+    } else if (selector.resource == DockerResourceKind::containers &&
+               seen->target.target.displayName != present->target.target.displayName) {
+      refuse(selector, {"docker.failure.renamed", Category::changedAfterScan});
     } else {
-      plan(selector, *seen);
+      plan(selector, *seen, present->target.target.sizeBytes);
     }
     return true;
   }
 
   void takeSafe() {
     for (const DockerImageRecord& image : reviewed_.images) {
-      const auto present = candidateIn(now_, {DockerResourceKind::images, image.id});
-      if (present && present->safety == DockerCleanupSafety::safe) take({DockerResourceKind::images, image.id});
+      const DockerSelector selector{DockerResourceKind::images, image.id};
+      if (isSafeIn(reviewed_, selector) && isSafeIn(now_, selector)) take(selector);
     }
   }
 
   void prune() {
+    if (isOtherEngine_)
+      return review_.refused.push_back({std::string(pruneTarget),
+                                        DockerResourceKind::buildCache,
+                                        {"docker.failure.engineChanged", Category::changedAfterScan}});
     DockerCleanupOperation operation{DockerBulkKind::buildCache, scopeOf(reviewed_), {}};
-    for (const DockerBuildCacheRecord& cache : now_.buildCaches)
+    for (const DockerBuildCacheRecord& cache : reviewed_.buildCaches)
       if (DockerSafetyPolicy::safetyOf(cache) != DockerCleanupSafety::protected_)
         operation.reviewedTargets.push_back({cache.id, cache.type, std::string(buildCacheLocation), cache.sizeBytes});
     review_.plan.prune = std::move(operation);
@@ -121,6 +128,11 @@ class Reviewer {
     return *snapshot.cleanupScope;
   }
 
+  static bool isSafeIn(const DockerSnapshot& snapshot, const DockerSelector& selector) {
+    const auto candidate = candidateIn(snapshot, selector);
+    return candidate && candidate->safety == DockerCleanupSafety::safe;
+  }
+
   void refuse(const DockerSelector& selector, DockerRefusal refusal) {
     const auto isSame = [&](const DockerCleanupFailure& each) {
       return each.target == selector.id && each.resource == selector.resource;
@@ -129,7 +141,7 @@ class Reviewer {
       review_.refused.push_back({selector.id, selector.resource, std::move(refusal)});
   }
 
-  void plan(const DockerSelector& selector, const Candidate& seen) {
+  void plan(const DockerSelector& selector, const Candidate& seen, std::int64_t presentSize) {
     const auto isSame = [&](const DockerRetryTarget& each) {
       return each.target.commandTarget == selector.id && each.resource == selector.resource;
     };
@@ -138,7 +150,7 @@ class Reviewer {
     target.resource = selector.resource;
     target.scope = scopeOf(reviewed_);
     target.target.historyLocation = historyLocation(selector.resource, selector.id);
-    target.target.sizeBytes = std::max<std::int64_t>(0, target.target.sizeBytes);
+    target.target.sizeBytes = std::max<std::int64_t>(0, presentSize);
     review_.plan.targets.push_back(std::move(target));
   }
 

@@ -40,10 +40,11 @@ struct DockerReview {
   bool operator==(const DockerReview&) const = default;
 };
 
-/// Plans the removal of what was selected of `reviewed`, which may come from anywhere: names, sizes and tags are those
-/// of the review, verdicts are those of `now` alone. An object that is not there now, is protected, or was reviewed of
-/// another engine is refused. Both snapshots have a scope. Fails with the first selector that the review does not hold
-/// while the engine does: it was not reviewed.
+/// Plans the removal of what was selected of `reviewed`, which may come from anywhere: names and tags are those of the
+/// review, sizes and verdicts are those of `now`; all that is safe has to be safe in both. The prune has the build
+/// cache that was reviewed. An object that is not there now, is protected, or was reviewed of another engine is
+/// refused, and a container of another name. Both snapshots have a scope. Fails with the first selector that the review
+/// does not hold while the engine does: it was not reviewed.
 Outcome<DockerReview, DockerSelector> reviewOf(const DockerSelection& selection, const DockerSnapshot& reviewed,
                                                const DockerSnapshot& now);
 

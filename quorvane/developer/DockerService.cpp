@@ -154,4 +154,11 @@ std::optional<std::vector<DockerVolumeRecord>> volumesOf(const DockerEngine& eng
   return volumes;
 }
 
+std::optional<std::vector<DockerBuildCacheRecord>> buildCachesOf(const DockerEngine& engine) {
+  const CommandResult answer = engine.ask(DockerCommands::usageTables());
+  auto tables = dockerUsageTables(answer.output);
+  if (!answer.hasSucceeded() || !tables.hasBuildCache || !tables.buildCaches.isComplete()) return std::nullopt;
+  return std::move(tables.buildCaches.records);
+}
+
 }  // namespace quorvane

@@ -32,4 +32,7 @@ class DockerService {
 /// The volumes of an engine with what the table of disk usage tells of them. Nothing when they cannot be listed.
 std::optional<std::vector<DockerVolumeRecord>> volumesOf(const DockerEngine& engine);
 
+/// The build cache of an engine. Nothing when it cannot be listed whole.
+std::optional<std::vector<DockerBuildCacheRecord>> buildCachesOf(const DockerEngine& engine);
+
 }  // namespace quorvane

@@ -42,7 +42,7 @@ class DockerCleanupGuardTests : public testing::Test {
   void SetUp() override {
     if (const auto reason = TestDockerEngine::missing()) GTEST_SKIP() << *reason;
     client_.emplace(runner_, DockerClientSettings{.program = {realClient}, .environment = engine_->environment()});
-    check_.emplace([this] { return client_; });
+    check_.emplace([this] { return client_; }, home_.clock());
     renewHistory();
   }
 
@@ -149,7 +149,7 @@ TEST_F(DockerCleanupGuardTests, forcesNothingAndShortensNothing) {
 TEST_F(DockerCleanupGuardTests, everyRecheckStopsARemovalWhoseReasonAppearsAfterTheReview) {
   const auto retagged = engine_->makeImage("retagged:1", "retagged"), taken = engine_->makeImage("taken:1", "taken"),
              lost = engine_->makeImage("lost:1", "lost");
-  const auto gone = container("vanished");
+  const auto gone = container("vanished"), renamed = container("renamed");
   const auto started = engine_->ask({"create", "--network", "none", "--name", "started", "base:1", "/program", "wait"});
   for (const char* volume : {"mounted", "relabelled"}) engine_->ask({"volume", "create", volume});
   const struct {
@@ -173,6 +173,11 @@ TEST_F(DockerCleanupGuardTests, everyRecheckStopsARemovalWhoseReasonAppearsAfter
          engine_->ask({"start", "started"});
        },
        "docker.failure.containerState"},
+      {{Kind::containers, renamed},
+       [] {
+         engine_->ask({"rename", "renamed", "precious"});
+       },
+       "docker.failure.renamed"},
       {{Kind::containers, gone},
        [] {
          engine_->ask({"rm", "vanished"});
@@ -203,8 +208,8 @@ TEST_F(DockerCleanupGuardTests, everyRecheckStopsARemovalWhoseReasonAppearsAfter
         0U);
     runner_.before = nullptr;
   }
-  EXPECT_TRUE(hasImage(retagged) && hasImage(taken) && hasContainer(started) && hasVolume("mounted") &&
-              hasVolume("relabelled"));
+  EXPECT_TRUE(hasImage(retagged) && hasImage(taken) && hasContainer(started) && hasContainer(renamed) &&
+              hasVolume("mounted") && hasVolume("relabelled"));
 }
 
 TEST_F(DockerCleanupGuardTests, removesNothingFromAnotherEngine) {
@@ -314,6 +319,7 @@ TEST_F(DockerCleanupGuardTests, goesOnAfterARefusalAndSaysWhatTheEngineSaid) {
   const DockerCleanupReport report = remove(planOf({{Kind::images, image}, {Kind::containers, id}}));
   EXPECT_THAT(reasonsOf(report), ElementsAre("docker.failure.refused"));
   EXPECT_THAT(report.failures[0].refusal.detail, testing::HasSubstr("must be forced"));
+  EXPECT_EQ(report.result.historyItems.at(0).failureReason, home_.services().texts("docker.failure.refusedPlainly"));
   EXPECT_TRUE(hasImage(image));
   EXPECT_FALSE(hasContainer(id));
 }
@@ -338,6 +344,67 @@ TEST_F(DockerCleanupGuardTests, prunesTheBuildCacheAsOneOperation) {
   EXPECT_EQ(report.result.historyItems[0].originalPath.bytes, "docker://builder/prune");
   EXPECT_EQ(report.outcomes.at(0).resource, Kind::buildCache);
   EXPECT_EQ(runner_.countOf({"builder", "prune", "--force"}), 1U);
+}
+
+TEST_F(DockerCleanupGuardTests, prunesNoBuildCacheThatWasNotReviewed) {
+  container("cached");  // so that there is an image to build on
+  engine_->build("base:1");
+  engine_->ask({"image", "rm", "built:1"});
+  DockerCleanupPlan plan = planOf({}, true);
+  ASSERT_TRUE(plan.prune && !plan.prune->reviewedTargets.empty());
+  DockerCleanupPlan fewer = plan;
+  fewer.prune->reviewedTargets.pop_back();
+  EXPECT_THAT(reasonsOf(remove(fewer)), ElementsAre("docker.failure.cacheChanged"));
+  EXPECT_EQ(failedTargets(recorded()), fewer) << "a retry has what was reviewed, and is refused alike";
+  runner_.answers = [](const Words& arguments) {
+    return arguments.back() == "--verbose" ? std::optional(printed("garbage")) : std::nullopt;
+  };
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.cacheChanged")) << "not listed whole";
+  runner_.answers = nullptr;
+  plan.prune->kind = DockerBulkKind::volume;
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.invalidName"));
+  EXPECT_TRUE(failedTargets(recorded()).isEmpty()) << "of another kind there is no retry";
+  EXPECT_EQ(runner_.countOf({"builder", "prune"}), 0U);
+}
+
+TEST_F(DockerCleanupGuardTests, leavesOpenWhatAClientWasCutOffFrom) {
+  const std::string id = container("slow");
+  const DockerCleanupPlan plan = planOf({{Kind::containers, id}}, true);
+  for (const bool didTimeOut : {true, false}) {
+    runner_.answers = [didTimeOut](const Words& arguments) -> std::optional<SafeProcessResult> {
+      if (arguments[1] != "rm" && arguments[1] != "prune") return std::nullopt;
+      SafeProcessResult result = failed("", didTimeOut ? 0 : 137);
+      result.didTimeOut = didTimeOut;
+      return result;
+    };
+    const DockerCleanupReport report = remove(plan);
+    EXPECT_THAT(reasonsOf(report), ElementsAre("cleanup.command.unknown", "cleanup.command.unknown"));
+    for (const CleaningHistoryItem& item : report.result.historyItems) EXPECT_TRUE(isPending(item));
+    runner_.answers = nullptr;
+  }
+  engine_->ask({"rm", id});  // what the engine was asked for happens at last
+  for (const CleaningHistoryEntry& entry : recorded())
+    if (entry.items[0].dockerTarget) {
+      EXPECT_EQ(entry.items[0].outcome, CleaningHistoryItemOutcome::removed);
+    }
+}
+
+TEST(DockerRetryTests, triesTheFirstRunOfTheHistoryWhateverItsDate) {
+  const auto entry = [](std::int64_t second, const char* volume) {
+    CleaningHistoryItem item;
+    item.outcome = CleaningHistoryItemOutcome::failed;
+    item.dockerTarget =
+        DockerRetryTarget{Kind::volumes, {"default", "unix:///run/a.sock", "ID"}, {volume, volume, {}, 1}, {}};
+    CleaningHistoryEntry made;
+    made.source = CleaningHistorySource::docker;
+    made.date = Date{std::chrono::seconds(second)};
+    made.items = {item};
+    return made;
+  };
+  const std::vector<CleaningHistoryEntry> entries{entry(1000, "newest"), entry(9000, "whenTheClockWasAhead")};
+  const DockerCleanupPlan plan = failedTargets(entries);
+  ASSERT_THAT(plan.targets, SizeIs(1));
+  EXPECT_EQ(plan.targets[0].target.commandTarget, "newest");
 }
 
 TEST_F(DockerCleanupGuardTests, aRehearsalChecksAndChangesNothing) {
@@ -380,6 +447,10 @@ TEST_F(DockerCleanupGuardTests, settlesAKilledRemovalByAskingTheEngineAndNeverRe
     };
     EXPECT_TRUE(isPending(recorded().at(0).items[0])) << "another engine tells nothing";
     runner_.answers = nullptr;
+    if (!isGone) {
+      EXPECT_TRUE(isPending(recorded().at(0).items[0])) << "its client may be at it yet";
+      home_.clock().set(home_.clock().now() + DockerRemovalCheck::longestRemoval);
+    }
     const CleaningHistoryItem settled = recorded().at(0).items[0];
     EXPECT_FALSE(isPending(settled));
     EXPECT_EQ(settled.outcome, isGone ? CleaningHistoryItemOutcome::removed : CleaningHistoryItemOutcome::failed);

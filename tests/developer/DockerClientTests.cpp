@@ -56,9 +56,11 @@ TEST_F(DockerClientTests, saysHowARunEnded) {
 }
 
 TEST_F(DockerClientTests, letsNothingLeadAPinnedRunElsewhere) {
-  const std::map<std::string, std::string> environment{
-      {"DOCKER_CONTEXT", "c"},    {"DOCKER_HOST", "tcp://elsewhere"}, {"DOCKER_TLS", "1"}, {"DOCKER_TLS_VERIFY", "1"},
-      {"DOCKER_CERT_PATH", "/x"}, {"DOCKER_CONFIG", "/kept"},         {"LC_ALL", "de_DE"}};
+  const std::map<std::string, std::string> environment{{"DOCKER_CONTEXT", "c"},    {"DOCKER_HOST", "tcp://elsewhere"},
+                                                       {"DOCKER_TLS", "1"},        {"DOCKER_TLS_VERIFY", "1"},
+                                                       {"DOCKER_CERT_PATH", "/x"}, {"DOCKER_CONFIG", "/own"},
+                                                       {"LC_ALL", "de_DE"},        {"BUILDX_BUILDER", "far"},
+                                                       {"BUILDX_CONFIG", "/x"},    {"PATH", "/bin"}};
   const DockerClient client(runner_, {.program = {"/bin/true"}, .environment = environment});
   client.run({"info"}, {});
   client.runAt("unix:///run/a.sock", {"info"}, {});
@@ -66,8 +68,10 @@ TEST_F(DockerClientTests, letsNothingLeadAPinnedRunElsewhere) {
   EXPECT_EQ(requests.at(0).environment, environment);
   EXPECT_THAT(requests.at(0).arguments, ElementsAre("info"));
   EXPECT_THAT(requests.at(1).arguments, ElementsAre("--host", "unix:///run/a.sock", "info"));
-  EXPECT_EQ(requests.at(1).environment,
-            (std::map<std::string, std::string>{{"DOCKER_CONFIG", "/kept"}, {"LC_ALL", "C"}}));
+  EXPECT_EQ(
+      requests.at(1).environment,
+      (std::map<std::string, std::string>{
+          {"DOCKER_BUILDKIT", "0"}, {"DOCKER_CONFIG", "/nonexistent/docker"}, {"LC_ALL", "C"}, {"PATH", "/bin"}}));
 }
 
 TEST_F(DockerClientTests, takesTheFirstPlaceWithAProgramThatCanBeTrusted) {

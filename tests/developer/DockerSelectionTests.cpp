@@ -84,11 +84,21 @@ TEST(DockerSelectionTests, believesNoVerdictOfAReviewThatWasKept) {
   kept.volumes[0].sizeBytes = -5;
   EXPECT_EQ(review({{Kind::volumes, "busy"}}, kept, snapshot()).refused.at(0).refusal.reasonKey,
             "docker.failure.protected");
-  EXPECT_EQ(review({{Kind::volumes, "idle"}}, kept, snapshot()).plan.targets.at(0).target.sizeBytes, 0);
+  EXPECT_EQ(review({{Kind::volumes, "idle"}}, kept, snapshot()).plan.targets.at(0).target.sizeBytes, 5)
+      << "the present";
   const auto safe = reviewOf({.takesSafe = true}, kept, snapshot());
   ASSERT_TRUE(safe.has_value());
   ASSERT_EQ(safe->plan.targets.size(), 1U);
   EXPECT_EQ(safe->plan.targets[0].target.commandTarget, dangling);
+
+  DockerSnapshot asUsed = snapshot();
+  asUsed.images.back().containerCount = 1;
+  const auto notSafeThen = reviewOf({.takesSafe = true}, asUsed, snapshot());
+  EXPECT_TRUE(notSafeThen && notSafeThen->plan.isEmpty()) << "nobody saw it as safe";
+  DockerSnapshot renamed = snapshot();
+  renamed.containers[0].name = "precious";
+  EXPECT_EQ(review({{Kind::containers, ended}}, snapshot(), renamed).refused.at(0).refusal.reasonKey,
+            "docker.failure.renamed");
 
   kept.images.pop_back();
   const auto unseen = reviewOf({.named = {{Kind::images, dangling}}}, kept, snapshot());
@@ -102,6 +112,15 @@ TEST(DockerSelectionTests, plansOnePruneOfTheBuildCache) {
   EXPECT_TRUE(planned->plan.targets.empty());
   const std::vector<DockerCleanupTarget> unshared{{"x", "regular", "docker://builder/prune", 7}};
   EXPECT_EQ(planned->plan.prune->reviewedTargets, unshared);
+  DockerSnapshot later = snapshot();
+  later.buildCaches.push_back({.id = "z", .type = "regular", .sizeBytes = 9});
+  const auto kept = reviewOf({.prunesBuildCache = true}, snapshot(), later);
+  ASSERT_TRUE(kept && kept->plan.prune);
+  EXPECT_EQ(kept->plan.prune->reviewedTargets, unshared) << "what came later was not reviewed";
+  later.cleanupScope->engineID = "ID-2";
+  const auto elsewhere = reviewOf({.prunesBuildCache = true}, snapshot(), later);
+  ASSERT_TRUE(elsewhere && elsewhere->plan.isEmpty());
+  EXPECT_EQ(elsewhere->refused.at(0).refusal.reasonKey, "docker.failure.engineChanged");
 }
 
 }  // namespace

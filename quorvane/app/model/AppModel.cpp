@@ -43,7 +43,8 @@ struct AppModel::Records {
       : volumes(makeSystemVolumes()),
         trash(makeSystemTrash(*model.fileSystem_, model.random_, model.settings_.folders)),
         moves{*model.fileSystem_, *volumes, *trash, model.clock_, model.texts_},
-        dockerCheck([this, &settings = model.docker_] { return dockerClient(settings, patienceAtStart); }),
+        dockerCheck([this, &settings = model.docker_] { return dockerClient(settings, patienceAtStart); },
+                    model.clock_),
         history(moves, model.random_, model.settings_.folders.applicationSupport, &dockerCheck) {}
 
   /// Looked for each time: it may have been installed meanwhile.
