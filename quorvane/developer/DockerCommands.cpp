@@ -50,6 +50,9 @@ Arguments stateOf(const std::string& containerID) {
 Arguments nameOf(const std::string& containerID) {
   return {"container", "inspect", "--format", "{{json .Name}}", containerID};
 }
+Arguments creationOf(const std::string& volume) {
+  return {"volume", "inspect", "--format", "{{json .CreatedAt}}", volume};
+}
 Arguments tagsOf(const std::string& imageID) { return {"image", "inspect", "--format", "{{json .RepoTags}}", imageID}; }
 Arguments containersOf(const std::string& imageID) {
   return {"container", "ls", "--all", "--quiet", "--filter", "ancestor=" + imageID};

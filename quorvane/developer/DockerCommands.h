@@ -32,6 +32,7 @@ Arguments identityOf(DockerResourceKind kind, const std::string& id);
 Arguments identities(DockerResourceKind kind);
 Arguments stateOf(const std::string& containerID);
 Arguments nameOf(const std::string& containerID);
+Arguments creationOf(const std::string& volume);
 Arguments tagsOf(const std::string& imageID);
 Arguments containersOf(const std::string& imageID);
 

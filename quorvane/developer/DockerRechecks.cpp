@@ -9,6 +9,7 @@
 #include "quorvane/developer/DockerService.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace quorvane {
@@ -90,6 +91,31 @@ Refusal protectedVolume(const DockerEngine& engine, const std::string& name) {
   return DockerRefusal{"docker.failure.volumeProtected", Category::protected_};
 }
 
+/// "2026-11-21T05:04:03", then perhaps a fraction, then "Z" or an offset; in whole seconds.
+std::optional<Date> momentOf(std::string_view text) {
+  constexpr std::size_t length = 19;
+  const auto local = dateFromIsoText(std::string(text.substr(0, length)) + "Z");
+  if (!local) return std::nullopt;
+  text.remove_prefix(length);
+  if (text.starts_with('.')) text.remove_prefix(std::min(text.find_first_not_of("0123456789", 1), text.size()));
+  if (text == "Z") return local;
+  if (text.size() != 6 || (text[0] != '+' && text[0] != '-') || text[3] != ':') return std::nullopt;
+  const auto hours = dockerCount(text.substr(1, 2)), minutes = dockerCount(text.substr(4, 2));
+  if (!hours || !minutes) return std::nullopt;
+  const auto offset = std::chrono::hours(*hours) + std::chrono::minutes(*minutes);
+  return text[0] == '+' ? *local - offset : *local + offset;
+}
+
+Refusal newerVolume(const DockerEngine& engine, const DockerRetryTarget& volume) {
+  const CommandResult answer = engine.ask(DockerCommands::creationOf(volume.target.commandTarget));
+  if (!answer.hasSucceeded()) return notFound(answer);
+  const auto created = momentOf(onlyText(answer.output).value_or(""));
+  const auto reviewed =
+      volume.reviewedTags.size() == 1 ? dateFromIsoText(volume.reviewedTags.front()) : std::optional<Date>();
+  if (created && reviewed && *created <= *reviewed) return std::nullopt;
+  return DockerRefusal{"docker.failure.changed", Category::changedAfterScan};
+}
+
 Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
   const std::string& name = target.target.commandTarget;
   switch (target.resource) {
@@ -103,7 +129,10 @@ Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
       if (auto refusal = notAtRest(engine, name)) return refusal;
       return otherName(engine, target.target);
     }
-    case DockerResourceKind::volumes: return protectedVolume(engine, name);
+    case DockerResourceKind::volumes: {
+      if (auto refusal = protectedVolume(engine, name)) return refusal;
+      return newerVolume(engine, target);
+    }
     case DockerResourceKind::buildCache: break;
   }
   return DockerRefusal{"docker.failure.invalidName"};

@@ -149,6 +149,8 @@ class Reviewer {
     DockerRetryTarget target = seen.target;
     target.resource = selector.resource;
     target.scope = scopeOf(reviewed_);
+    // A volume has nothing but its name: of another one of that name the moment of its creation tells.
+    if (selector.resource == DockerResourceKind::volumes) target.reviewedTags = {isoText(reviewed_.checkedAt)};
     target.target.historyLocation = historyLocation(selector.resource, selector.id);
     target.target.sizeBytes = std::max<std::int64_t>(0, presentSize);
     review_.plan.targets.push_back(std::move(target));

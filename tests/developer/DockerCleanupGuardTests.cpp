@@ -57,6 +57,7 @@ class DockerCleanupGuardTests : public testing::Test {
 
   /// The plan to remove these, reviewed now.
   DockerCleanupPlan planOf(const std::vector<DockerSelector>& named, bool prunes = false) {
+    home_.clock().set(SystemClock().now());  // the engine has the real time
     const auto review =
         DockerReviewer(*client_, home_.clock()).review({.named = named, .prunesBuildCache = prunes}, std::nullopt, {});
     EXPECT_TRUE(review.has_value() && review->refused.empty());
@@ -405,6 +406,27 @@ TEST(DockerRetryTests, triesTheFirstRunOfTheHistoryWhateverItsDate) {
   const DockerCleanupPlan plan = failedTargets(entries);
   ASSERT_THAT(plan.targets, SizeIs(1));
   EXPECT_EQ(plan.targets[0].target.commandTarget, "newest");
+}
+
+TEST_F(DockerCleanupGuardTests, removesNoVolumeThatWasMadeAfterTheReview) {
+  engine_->ask({"volume", "create", "again"});
+  DockerCleanupPlan plan = planOf({{Kind::volumes, "again"}});
+  EXPECT_EQ(plan.targets.at(0).reviewedTags, std::vector{isoText(wholeSeconds(home_.clock().now()))});
+  ::sleep(2);  // what is told of a volume has whole seconds
+  engine_->ask({"volume", "rm", "again"});
+  engine_->ask({"volume", "create", "again"});
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed"));
+  EXPECT_THAT(reasonsOf(remove(failedTargets(recorded()))), ElementsAre("docker.failure.changed")) << "nor by a retry";
+  for (const char* answer : {"\"\"", "\"2020-01-01T00:00:00+1:00\"", "null"}) {
+    runner_.answers = [answer](const Words& arguments) {
+      return arguments[0] == "volume" && arguments[1] == "inspect" ? std::optional(printed(answer)) : std::nullopt;
+    };
+    EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed")) << answer;
+  }
+  runner_.answers = nullptr;
+  plan.targets[0].reviewedTags.clear();
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed")) << "nobody knows when it was reviewed";
+  EXPECT_TRUE(hasVolume("again"));
 }
 
 TEST_F(DockerCleanupGuardTests, aRehearsalChecksAndChangesNothing) {
