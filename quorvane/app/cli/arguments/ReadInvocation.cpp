@@ -115,10 +115,10 @@ class InvocationReader {
     constexpr double least = 0.1, most = 86'400;
     const auto given = text("--interval");
     if (!given) return std::nullopt;
-    const auto seconds = numberIn<double>(*given);
-    if (!seconds || !(*seconds >= least && *seconds <= most))
-      return wrongUsage({"cli.error.noInterval", {{"given", *given}}}, seeHelp(command_));
-    asked_.status.interval = std::chrono::milliseconds(std::lround(*seconds * 1000));
+    const double seconds = numberIn<double>(*given).value_or(0);
+    const bool isPossible = seconds >= least && seconds <= most;
+    if (!isPossible) return wrongUsage({"cli.error.noInterval", {{"given", *given}}}, seeHelp(command_));
+    asked_.status.interval = std::chrono::milliseconds(std::lround(seconds * 1000));
     return std::nullopt;
   }
 

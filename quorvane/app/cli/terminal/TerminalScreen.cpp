@@ -132,7 +132,7 @@ void TerminalScreen::stopUntilContinued() {
 }
 
 void TerminalScreen::takeSignals() {
-  std::array<char, 16> numbers{};
+  std::array<unsigned char, 16> numbers{};
   for (ssize_t count = 0; (count = ::read(signalReader_.number(), numbers.data(), numbers.size())) > 0;) {
     for (ssize_t i = 0; i < count; ++i) {
       const int number = numbers[static_cast<std::size_t>(i)];
