@@ -194,7 +194,9 @@ TEST(StatusBoardOnTerminalTests, givesTheTerminalBackWhateverEndsIt) {
                {SIGHUP, 129},
                {SIGQUIT, 1000 + SIGQUIT},
                {SIGABRT, 1000 + SIGABRT},
-               {SIGSEGV, 1000 + SIGSEGV}};
+               {SIGSEGV, 1000 + SIGSEGV},
+               {SIGXCPU, 1000 + SIGXCPU},
+               {SIGUSR1, 1000 + SIGUSR1}};
   for (const auto& [signal, status] : cases) {
     OnTerminal terminal(board);
     ASSERT_TRUE(terminal.shows("q quit")) << signal;

@@ -39,9 +39,10 @@ std::string footer(const StatusBoardState& state, const ReportStyle& style) {
 /// The processes, with a blank line before, in so many lines; empty where not one of them has room.
 std::string listOf(const std::vector<SystemProcessSample>& processes, const StatusBoardState& state, std::size_t rows,
                    const ReportStyle& style) {
-  constexpr std::size_t aroundIt = 2;  // the blank line and the heads
+  constexpr std::size_t aroundIt = 2;       // the blank line and the heads
+  constexpr std::size_t ofOneMeasure = 10;  // what comes behind is there for the other measure
   if (rows <= aroundIt || processes.empty()) return {};
-  return "\n" + processList(ordered(processes, state.sort), rows - aroundIt, style);
+  return "\n" + processList(ordered(processes, state.sort), std::min(rows - aroundIt, ofOneMeasure), style);
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ constexpr std::string_view beginFrame = "\x1b[?2026h\x1b[H", endFrame = "\x1b[K\
 constexpr std::string_view endLine = "\x1b[K\r\n";
 
 constexpr std::array toldSignals{SIGWINCH, SIGTSTP, SIGCONT};
-constexpr std::array deadlySignals{SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
+constexpr std::array deadlySignals{SIGQUIT, SIGABRT, SIGSEGV, SIGBUS,    SIGFPE,  SIGILL,  SIGTRAP,
+                                   SIGSYS,  SIGXCPU, SIGALRM, SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2};
 
 // A signal handler is given nothing but its number, so these are what has to lie where all can reach it.
 std::atomic<int> signalPipe{-1};
