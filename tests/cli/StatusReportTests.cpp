@@ -120,6 +120,16 @@ TEST(StatusBoardTests, fitsEveryTerminal) {
   }
 }
 
+TEST(StatusBoardTests, tellsAllKeysInSixtyColumns) {
+  const ReportStyle style{english(), std::nullopt, {.isLaidOut = true, .columns = 60}};
+  for (const auto sort : {SystemProcessSortMode::cpu, SystemProcessSortMode::memory}) {
+    StatusBoardState state{.sort = sort, .hasKeys = true, .interval = std::chrono::milliseconds(500)};
+    EXPECT_TRUE(statusBoard({}, {}, state, 24, style).ends_with("q quit  every 0.5 s\n"));
+    state.isPaused = true;
+    EXPECT_TRUE(statusBoard({}, {}, state, 24, style).ends_with("q quit\n"));
+  }
+}
+
 TEST(StatusBoardTests, dropsProcessesFirst) {
   const ReportStyle style{english(), std::nullopt, {.isLaidOut = true, .columns = 80}};
   SystemStatusSnapshot snapshot = laptop();
