@@ -292,12 +292,20 @@ TEST(CommandLineTests, overlooksSignalsThatItWasStartedToOverlook) {
 }
 
 TEST(CommandLineTests, toldOfLostOutput) {
-  const CommandLineRun full({"--help"}, {.output = {.failsWith = ENOSPC}});
-  EXPECT_EQ(full.code, 4);
-  EXPECT_NE(full.errors.find("[cli.error.outputFailed]"), std::string::npos);
-  const CommandLineRun gone({"--help"}, {.output = {.failsWith = EPIPE}});
-  EXPECT_EQ(gone.code, 0) << "a reader who has seen enough is no failure";
-  EXPECT_EQ(gone.errors, "");
+  const struct {
+    const char* what;
+    bool isTerminal;
+    int failure;
+    int code;
+  } cases[] = {{"a full disk", false, ENOSPC, 4},
+               {"a reader who has seen enough", false, EPIPE, 0},
+               {"a disk that fails", false, EIO, 4},
+               {"a terminal that is gone", true, EIO, 129}};
+  for (const auto& [what, isTerminal, failure, code] : cases) {
+    const CommandLineRun run({"--help"}, {.output = {.isTerminal = isTerminal, .failsWith = failure}});
+    EXPECT_EQ(run.code, code) << what;
+    EXPECT_EQ(run.errors.contains("[cli.error.outputFailed]"), code == 4) << what;
+  }
 }
 
 TEST(TextStyleTests, followsTheTerminalAndTheEnvironment) {

@@ -90,8 +90,9 @@ std::optional<std::string> Console::ask(const Message& question) {
 
 ExitCode Console::finish(ExitCode code) {
   const int failure = streams_.output.failure();
-  // A lost terminal takes what was said on it along.
   if (failure == 0 || failure == EPIPE || code == ExitCode::hungUp) return code;
+  // So writing to a terminal fails that is gone; the signal that tells of it may come later or never.
+  if (failure == EIO && streams_.output.isTerminal()) return ExitCode::hungUp;
   wantsJson_ = false;
   report({ExitCode::internalError, {"cli.error.outputFailed", {{"what", systemReason(failure)}}}});
   return ExitCode::internalError;

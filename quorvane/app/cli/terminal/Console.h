@@ -74,8 +74,8 @@ class Console {
   /// Writes beside the result, as it is.
   void show(std::string_view text) { streams_.errors.write(text); }
 
-  /// How the run ends: as the command did, unless its result could not be written. That the reader or the terminal has
-  /// gone away is not a failure.
+  /// How the run ends: as the command did, unless its result could not be written. That the reader has gone away is not
+  /// a failure; that the terminal has, ends the run as its signal would.
   ExitCode finish(ExitCode code);
 
  private:
