@@ -1,5 +1,6 @@
 #include "quorvane/health/SystemStatusMonitor.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quorvane {
@@ -10,7 +11,8 @@ SystemStatusMonitor::SystemStatusMonitor(Dispatcher& mainThread, SystemStatusSam
       sampler_(std::move(sampler)),
       options_(options),
       published_(std::move(published)),
-      snapshot_(std::move(empty)) {
+      snapshot_(std::move(empty)),
+      nextInterval_(std::min(options.firstInterval, options.refreshInterval)) {
   for (auto* history : {&cpuHistory_, &memoryHistory_, &networkHistory_}) history->reserve(options_.historyLimit + 1);
 }
 
@@ -44,22 +46,25 @@ void SystemStatusMonitor::refreshNow() {
 
 void SystemStatusMonitor::publish(SystemStatusSnapshot snapshot) {
   snapshot_ = std::move(snapshot);
-  remember(cpuHistory_, snapshot_.cpuPercent);
-  remember(memoryHistory_, memoryPercent(snapshot_));
-  remember(networkHistory_, snapshot_.networkDownloadBytesPerSecond + snapshot_.networkUploadBytesPerSecond);
+  remember(SystemStatusInput::processor, snapshot_.cpuPercent, cpuHistory_);
+  remember(SystemStatusInput::memory, memoryPercent(snapshot_), memoryHistory_);
+  remember(SystemStatusInput::network, snapshot_.networkDownloadBytesPerSecond + snapshot_.networkUploadBytesPerSecond,
+           networkHistory_);
   isRefreshing_ = false;
   scheduleNext();
   published_();
 }
 
-void SystemStatusMonitor::remember(std::vector<double>& history, double value) const {
+void SystemStatusMonitor::remember(SystemStatusInput input, double value, std::vector<double>& history) const {
+  if (!isMeasured(snapshot_, input)) return;
   history.push_back(value);
   if (history.size() > options_.historyLimit) history.erase(history.begin());
 }
 
 void SystemStatusMonitor::scheduleNext() {
+  const auto interval = std::exchange(nextInterval_, options_.refreshInterval);
   if (!isRepeating_) return;
-  mainThread_.postAfter(options_.refreshInterval, [this, task = std::weak_ptr(task_)] {
+  mainThread_.postAfter(interval, [this, task = std::weak_ptr(task_)] {
     if (!task.expired() && !isPaused_) refreshNow();
   });
 }

@@ -23,6 +23,7 @@ class SystemStatusMonitor {
  public:
   struct Options {
     std::chrono::milliseconds refreshInterval{2000};  ///< from one sample that was told to the beginning of the next
+    std::chrono::milliseconds firstInterval{250};     ///< the same from the first one, where that is shorter: its rates
     std::size_t historyLimit = 150;                   ///< values kept of each kind; five minutes by default
   };
 
@@ -42,18 +43,18 @@ class SystemStatusMonitor {
   void refreshNow();
 
   const SystemStatusSnapshot& snapshot() const { return snapshot_; }
-  const std::vector<double>& cpuHistory() const { return cpuHistory_; }        ///< percent, the oldest first
-  const std::vector<double>& memoryHistory() const { return memoryHistory_; }  ///< percent
-  const std::vector<double>& networkHistory() const {
-    return networkHistory_;
-  }  ///< bytes a second, down and up together
+  /// What was measured, the oldest first: the load in percent, memory in percent, and the bytes a second, down and up
+  /// together.
+  const std::vector<double>& cpuHistory() const { return cpuHistory_; }
+  const std::vector<double>& memoryHistory() const { return memoryHistory_; }
+  const std::vector<double>& networkHistory() const { return networkHistory_; }
   std::chrono::milliseconds refreshInterval() const { return options_.refreshInterval; }
   bool isRefreshing() const { return isRefreshing_; }
   bool isPaused() const { return isPaused_; }
 
  private:
   void publish(SystemStatusSnapshot snapshot);
-  void remember(std::vector<double>& history, double value) const;
+  void remember(SystemStatusInput input, double value, std::vector<double>& history) const;
   void scheduleNext();
   void forgetWhatIsUnderWay();
 
@@ -63,6 +64,7 @@ class SystemStatusMonitor {
   const std::function<void()> published_;
   SystemStatusSnapshot snapshot_;
   std::vector<double> cpuHistory_, memoryHistory_, networkHistory_;
+  std::chrono::milliseconds nextInterval_;
   bool isRepeating_ = false;
   bool isPaused_ = false;
   bool isRefreshing_ = false;

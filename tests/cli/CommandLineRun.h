@@ -27,6 +27,7 @@ class KeepingChannel final : public OutputChannel {
     if (failure() == 0) text += bytes;
     if (const auto first = std::exchange(kind_.firstWritten, nullptr)) first();
   }
+  void giveUpAfter(int) override {}
   int failure() const override { return kind_.failsWith; }
   bool isTerminal() const override { return kind_.isTerminal; }
   std::size_t columns() const override { return kind_.columns; }

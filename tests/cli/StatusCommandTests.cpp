@@ -8,7 +8,9 @@
 
 #include <chrono>
 #include <sstream>
+#include <thread>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -133,24 +135,46 @@ class OnTerminal {
     if (terminal_ >= 0) ::close(std::exchange(terminal_, -1));
   }
 
+  /// Makes it hold as much as it can.
+  void fill() const {
+    std::array<char, 128> name{};
+    ASSERT_EQ(::ptsname_r(terminal_, name.data(), name.size()), 0);
+    const FileDescriptor other(::open(name.data(), O_WRONLY | O_NONBLOCK | O_NOCTTY));
+    while (::write(other.number(), "x", 1) > 0) continue;
+  }
+
   /// Its exit status, or 1000 and the signal that ended it.
   int wait() {
     while (readMore()) continue;
     int status = 0;
     EXPECT_EQ(::waitpid(std::exchange(child_, -1), &status, 0) > 0, true);
-    return WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status);
+    return codeOf(status);
+  }
+  /// The same; -1 after some seconds.
+  int waitWithoutReading() {
+    for (int tenths = 0; tenths < 50; ++tenths) {
+      int status = 0;
+      if (::waitpid(child_, &status, WNOHANG) > 0) {
+        child_ = -1;
+        return codeOf(status);
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return -1;
   }
 
   /// Whether the terminal was given back: its first screen, its cursor and its modes.
   bool isAsBefore() const {
     termios now{};
-    return ::tcgetattr(terminal_, &now) == 0 && now.c_lflag == before_.c_lflag &&
+    return ::tcgetattr(terminal_, &now) == 0 && now.c_lflag == before_.c_lflag && now.c_iflag == before_.c_iflag &&
            shown_.rfind("\x1b[?1049l") > shown_.rfind("\x1b[?1049h") &&
            shown_.rfind("\x1b[?25h") > shown_.rfind("\x1b[?25l");
   }
   const std::string& shown() const { return shown_; }
 
  private:
+  static int codeOf(int status) { return WIFSIGNALED(status) ? 1000 + WTERMSIG(status) : WEXITSTATUS(status); }
+
   bool readMore() {
     if (terminal_ < 0) return false;
     pollfd waiting{terminal_, POLLIN, 0};
@@ -206,15 +230,47 @@ TEST(StatusBoardOnTerminalTests, givesTheTerminalBackWhateverEndsIt) {
   }
   OnTerminal terminal(board);
   ASSERT_TRUE(terminal.shows("q quit"));
-  terminal.type("\x03");
+  terminal.type("\x13\x03");  // Ctrl-S holds nothing back
   EXPECT_EQ(terminal.wait(), 130);
   EXPECT_TRUE(terminal.isAsBefore());
 }
 
-TEST(StatusBoardOnTerminalTests, isStoppedAndGoesOn) {
-  std::vector<std::string> command{"bash", "-mc", R"("$@"; echo "STOPPED $?"; stty -a; fg; echo "ENDED $?")", "bash"};
+TEST(StatusBoardOnTerminalTests, endsWhenItIsToldToThoughNobodyReadsWhatItWrites) {
+  OnTerminal terminal(board);
+  ASSERT_TRUE(terminal.shows("q quit"));
+  terminal.fill();
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));  // some frames that find no room
+  terminal.send(SIGTERM);
+  EXPECT_EQ(terminal.waitWithoutReading(), 143);
+}
+
+/// The board as a job of a shell, which is told what to do with it.
+std::vector<std::string> boardInShell(const std::string& script) {
+  std::vector<std::string> command{"bash", "-mc", script, "bash"};
   command.insert(command.end(), board.begin(), board.end());
-  OnTerminal terminal(command);
+  return command;
+}
+
+TEST(StatusBoardOnTerminalTests, leavesTheTerminalAloneInTheBackground) {
+  OnTerminal terminal(boardInShell(R"("$@" & sleep 1; kill %1; wait %1; echo "ENDED $?")"));
+  EXPECT_TRUE(terminal.shows("ENDED 143"));
+  EXPECT_EQ(terminal.wait(), 0);
+  EXPECT_FALSE(terminal.shown().contains('\x1b')) << terminal.shown();
+
+  OnTerminal later(boardInShell(R"("$@" & sleep 1; echo FRONT; fg; echo "STOPPED $?"; bg; sleep 1; echo KILLED;
+                                   kill %1; wait %1; echo "ENDED $?")"));
+  ASSERT_TRUE(later.shows("FRONT"));
+  EXPECT_TRUE(later.shows("q quit")) << "it shows itself once it is in front";
+  later.type("\x1a");
+  EXPECT_TRUE(later.shows("STOPPED 148"));
+  EXPECT_TRUE(later.shows("KILLED"));
+  EXPECT_TRUE(later.shows("ENDED 143"));
+  EXPECT_EQ(later.wait(), 0);
+  EXPECT_TRUE(later.isAsBefore());
+}
+
+TEST(StatusBoardOnTerminalTests, isStoppedAndGoesOn) {
+  OnTerminal terminal(boardInShell(R"("$@"; echo "STOPPED $?"; stty -a; fg; echo "ENDED $?")"));
   ASSERT_TRUE(terminal.shows("q quit"));
   terminal.type("\x1a");
   ASSERT_TRUE(terminal.shows("\x1b[?1049l"));
@@ -222,7 +278,10 @@ TEST(StatusBoardOnTerminalTests, isStoppedAndGoesOn) {
   EXPECT_TRUE(terminal.shows(" icanon")) << "the modes are given back in between";
   EXPECT_TRUE(terminal.shows("\x1b[?1049h"));
   EXPECT_TRUE(terminal.shows("q quit"));
+  EXPECT_TRUE(terminal.shows("q quit"));
   terminal.type("q");
+  const std::string& shown = terminal.shown();
+  EXPECT_EQ(shown.find("\x1b[?1049h", shown.find("STOPPED")), shown.rfind("\x1b[?1049h")) << "entered once more";
   EXPECT_TRUE(terminal.shows("ENDED 0"));
   EXPECT_EQ(terminal.wait(), 0);
   EXPECT_TRUE(terminal.isAsBefore());

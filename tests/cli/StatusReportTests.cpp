@@ -61,7 +61,7 @@ TEST(StatusReportTests, saysEachFactOnALineWherePlain) {
       "-12 Memory is 75 % used, 75 or more: close what you do not need; --sort memory shows the largest programs.\n"
       "-12 The disk is 90 % full, 85 or more: `quorvane scan` shows what can be cleaned.\n"
       "-8 The machine is warm: give it air and end heavy work; it slows itself down to cool off.\n"
-      "Not measured: Network, Uptime\n"
+      "Not measured: Uptime\n"
       "\n"
       "4711\t183.4\t1.0 GiB\tcompiler\t/usr/bin/compiler\n"
       "7\t0.0\t4 KiB\tbad\\x1b[2J\\n\t\n");

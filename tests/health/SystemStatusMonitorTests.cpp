@@ -27,6 +27,7 @@ class SystemStatusMonitorTests : public testing::Test {
     snapshot.memoryTotalBytes = 100;
     snapshot.networkDownloadBytesPerSecond = 10;
     snapshot.networkUploadBytesPerSecond = 5;
+    if (taken_ == 1) snapshot.notMeasured = {SystemStatusInput::network};
     waiting_(std::move(snapshot));
   }
   double shown() const { return monitor_->snapshot().cpuPercent; }
@@ -40,7 +41,7 @@ class SystemStatusMonitorTests : public testing::Test {
                                               mainThread_,
                                               [this](auto sampled) { sample(std::move(sampled)); },
                                               SystemStatusSnapshot{},
-                                              SystemStatusMonitor::Options{milliseconds(2000), 3},
+                                              SystemStatusMonitor::Options{milliseconds(2000), milliseconds(250), 3},
                                               [this] { ++published_; }};
 };
 
@@ -49,19 +50,41 @@ TEST_F(SystemStatusMonitorTests, samplesAtOnceAndThenEveryInterval) {
   EXPECT_EQ(taken_, 0) << "not before it is started";
   monitor_->start();
   monitor_->start();
-  mainThread_.pass(milliseconds(0));
+  mainThread_.pass(milliseconds(249));
   EXPECT_EQ(shown(), 1);
+  mainThread_.pass(milliseconds(1));
+  EXPECT_EQ(shown(), 2) << "soon, for the rates";
   mainThread_.pass(milliseconds(1999));
-  EXPECT_EQ(shown(), 1);
+  EXPECT_EQ(shown(), 2);
   mainThread_.pass(milliseconds(2001));
-  EXPECT_EQ(shown(), 3);
-  EXPECT_EQ(published_, 3);
+  EXPECT_EQ(shown(), 4);
+  EXPECT_EQ(published_, 4);
+}
+
+TEST_F(SystemStatusMonitorTests, takesNoExtraSampleForTheRatesWhereNoneIsWanted) {
+  monitor_->start();
+  mainThread_.pass(milliseconds(100));
+  monitor_->pause();
+  mainThread_.pass(milliseconds(1000));
+  EXPECT_EQ(taken_, 1) << "paused";
+  monitor_->resume();
+  mainThread_.pass(milliseconds(1999));
+  EXPECT_EQ(taken_, 2) << "taken already";
+
+  int taken = 0;
+  SystemStatusMonitor fast(
+      mainThread_, [&](const auto& sampled) { sampled({.cpuPercent = static_cast<double>(++taken)}); }, {},
+      {.refreshInterval = milliseconds(100)}, [] {});
+  fast.start();
+  mainThread_.pass(milliseconds(300));
+  EXPECT_EQ(taken, 4) << "an interval that is shorter is kept";
 }
 
 TEST_F(SystemStatusMonitorTests, keepsTheNewestOfItsHistories) {
   monitor_->start();
-  mainThread_.pass(milliseconds(2000));
+  mainThread_.pass(milliseconds(250));
   EXPECT_THAT(monitor_->cpuHistory(), ElementsAre(1, 2));
+  EXPECT_THAT(monitor_->networkHistory(), ElementsAre(15)) << "the first sample has not measured it";
   mainThread_.pass(milliseconds(6000));
   EXPECT_THAT(monitor_->cpuHistory(), ElementsAre(3, 4, 5));
   EXPECT_THAT(monitor_->memoryHistory(), ElementsAre(50, 50, 50));
@@ -88,16 +111,16 @@ TEST_F(SystemStatusMonitorTests, pausesAndGoesOn) {
   monitor_->pause();
   EXPECT_TRUE(monitor_->isPaused());
   mainThread_.pass(milliseconds(10'000));
-  EXPECT_EQ(shown(), 1);
+  EXPECT_EQ(shown(), 2);
   monitor_->refreshNow();
   mainThread_.pass(milliseconds(10'000));
-  EXPECT_EQ(shown(), 2) << "one sample that was asked for, and no more";
+  EXPECT_EQ(shown(), 3) << "one sample that was asked for, and no more";
   monitor_->resume();
   monitor_->resume();
   mainThread_.pass(milliseconds(1999));
-  EXPECT_EQ(shown(), 3);
-  mainThread_.pass(milliseconds(1));
   EXPECT_EQ(shown(), 4);
+  mainThread_.pass(milliseconds(1));
+  EXPECT_EQ(shown(), 5);
 }
 
 TEST_F(SystemStatusMonitorTests, aSampleThatWasAskedForPutsTheNextOneOff) {
@@ -105,9 +128,9 @@ TEST_F(SystemStatusMonitorTests, aSampleThatWasAskedForPutsTheNextOneOff) {
   mainThread_.pass(milliseconds(1500));
   monitor_->refreshNow();
   mainThread_.pass(milliseconds(1999));
-  EXPECT_EQ(taken_, 2);
-  mainThread_.pass(milliseconds(1));
   EXPECT_EQ(taken_, 3);
+  mainThread_.pass(milliseconds(1));
+  EXPECT_EQ(taken_, 4);
 }
 
 TEST_F(SystemStatusMonitorTests, stoppedOrGoneItIsToldNothingMore) {

@@ -122,6 +122,11 @@ TEST(ControlGroupTests, theLowestLimitOfAnyLevelHolds) {
   EXPECT_EQ(counters.processorCount(), 4) << "three and a half";
   EXPECT_EQ(countersOf(tree, 2).processorCount(), 2);
 
+  std::string mounts;
+  while (mounts.size() < 3 << 20) mounts += "9 1 0:9 / /var/lib/containers/of/a/large/machine rw - overlay none rw\n";
+  tree.set("proc/self/mountinfo", mounts + groupFiles()[1].second);
+  EXPECT_EQ(countersOf(tree).memory().value().total, 2 * gib) << "however many mounts there are";
+
   const std::string own = "sys/fs/cgroup/user.slice/app.scope/";
   tree.set(own + "memory.max", "1073741824\n");
   tree.set(own + "cpu.max", "1000 100000\n");

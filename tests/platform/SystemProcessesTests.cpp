@@ -76,6 +76,18 @@ TEST_F(ProcessListingTests, tellsTheLoadSinceTheCallBefore) {
   EXPECT_EQ(after(milliseconds(0))[0].cpuPercent, 1000) << "no time at all counts as a millisecond";
 }
 
+TEST_F(ProcessListingTests, countsNoLifetimeAsLoadWhereOneReadingFailed) {
+  show({10, "idle", 50, 100});
+  show({20, "old", 90'000, 10});
+  after(milliseconds(0));
+  tree_.set("20/stat", "damaged");
+  EXPECT_EQ(after(milliseconds(1000)).size(), 1U);
+  show({20, "old", 90'010, 10});
+  EXPECT_EQ(after(milliseconds(1000))[0].pid, 10) << "nothing is known of its load";
+  show({20, "old", 90'030, 10});
+  EXPECT_EQ(after(milliseconds(1000))[0], (SystemProcessSample{20, "old", {}, 20, 40960}));
+}
+
 TEST_F(ProcessListingTests, listsTheBusiestThenTheLargest) {
   for (int i = 1; i <= 40; ++i) show({i, "p" + std::to_string(i), 0, i});
   after(milliseconds(0));

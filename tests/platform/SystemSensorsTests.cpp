@@ -35,6 +35,8 @@ TEST(BatteryTests, isWhatTheMachineRunsOn) {
   const Attributes mains{{"type", "Mains"}, {"online", "1"}}, unplugged{{"type", "Mains"}, {"online", "0"}};
   const Attributes mouse{{"type", "Battery"}, {"scope", "Device"}, {"capacity", "3"}, {"status", "Discharging"}};
   const Attributes byCharge{{"type", "Battery"}, {"charge_now", "30"}, {"charge_full", "40"}, {"status", "Charging"}};
+  const Attributes byBoth{{"type", "Battery"},  {"energy_now", "50"},  {"energy_full", "100"},
+                          {"charge_now", "60"}, {"charge_full", "60"}, {"status", "Full"}};
   const Attributes byCapacity{{"type", "Battery"}, {"capacity", "25"}, {"status", "Unknown"}};
   const Attributes emptyBay{{"type", "Battery"}, {"present", "0"}};
   const struct {
@@ -51,6 +53,7 @@ TEST(BatteryTests, isWhatTheMachineRunsOn) {
        {{"BAT0", battery("10", "10", "Full")}, {"BAT1", battery("20", "50", "Charging")}},
        {50, true}},
       {"by charge", {{"BAT0", byCharge}}, {75, true}},
+      {"by charge where that is what all tell", {{"BAT0", byCharge}, {"BAT1", byBoth}}, {90, true}},
       {"different units: the mean", {{"BAT0", byCharge}, {"BAT1", battery("50", "100", "Discharging")}}, {62.5, true}},
       {"no status, on mains", {{"BAT0", byCapacity}, {"USBC0", {{"type", "USB_C"}, {"online", "1"}}}}, {25, true}},
       {"no status, no mains", {{"BAT0", byCapacity}, {"AC", unplugged}}, {25, false}},

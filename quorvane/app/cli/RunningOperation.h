@@ -32,7 +32,7 @@ EndedOperation<Result, Fault> runOperation(Console& console, MainLoop& loop, App
     bar.interrupt();
     model.cancel();
   });
-  const InterruptSignal signal(loop);
+  const InterruptSignal signal(loop, console.errors());
   bar.show(beginning);
   start(AppModel::Handlers<Result, Fault>{.progressed =
                                               [&](const CleaningScanProgressUpdate& update) {

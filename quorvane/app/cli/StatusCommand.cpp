@@ -26,7 +26,7 @@ class StatusRun {
       isInterrupted = true;
       loop_.stop();
     });
-    const InterruptSignal signal(loop_);
+    const InterruptSignal signal(loop_, console_.output());
     if (asked_.isWatched && !console_.wantsJson() && console_.outputStyle().canRedraw)
       watch_.emplace(console_, loop_, model_.monitor(), asked_.sort);
     model_.monitor().start();
@@ -39,21 +39,16 @@ class StatusRun {
 
  private:
   void published() {
-    if (!std::exchange(hasRates_, true)) {
-      loop_.postAfter(firstRatesAfter, [this] { model_.monitor().refreshNow(); });
-      if (watch_) watch_->draw();
-      return;
-    }
-    show();
+    if (watch_) watch_->sampled();
+    if (!std::exchange(hasRates_, true)) return;
+    if (!watch_) print();
     if (left_) --*left_;
     if (left_ == 0 || console_.output().failure() != 0) loop_.stop();
   }
 
-  void show() {
+  void print() {
     const SystemStatusSnapshot& snapshot = model_.monitor().snapshot();
-    if (watch_) {
-      watch_->draw();
-    } else if (console_.wantsJson()) {
+    if (console_.wantsJson()) {
       console_.print(asked_.isWatched ? jsonLine(snapshot) : jsonText(snapshot));
     } else {
       const std::string report = statusReport(snapshot, asked_.sort, console_.outputReport());

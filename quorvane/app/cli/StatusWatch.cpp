@@ -3,6 +3,7 @@
 #include "quorvane/app/model/MainLoop.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorvane {
@@ -48,7 +49,13 @@ StatusWatch::StatusWatch(Console& console, MainLoop& loop, SystemStatusMonitor& 
       screen_(console.input(), console.output(), loop,
               {.changed = [this] { draw(); }, .typed = [this](std::string_view keys) { obey(keys); }}) {}
 
+void StatusWatch::sampled() {
+  const bool hasRates = std::exchange(hasSample_, true);
+  if (hasRates || state_.isPaused) draw();
+}
+
 void StatusWatch::draw() {
+  if (!hasSample_) return;
   const StatusHistories histories{monitor_.cpuHistory(), monitor_.memoryHistory(), monitor_.networkHistory()};
   const std::string board =
       statusBoard(monitor_.snapshot(), histories, state_, console_.output().rows(), console_.outputReport());

@@ -14,12 +14,13 @@ class StatusWatch {
  public:
   StatusWatch(Console& console, MainLoop& loop, SystemStatusMonitor& monitor, SystemProcessSortMode sort);
 
-  /// Draws what the monitor has, for the terminal as it is now.
-  void draw();
+  /// Draws what the monitor has. Of its first sample, which has no rates yet, only what somebody asks for.
+  void sampled();
   /// Whether the terminal went away.
   bool isLost() const { return isLost_; }
 
  private:
+  void draw();
   void obey(std::string_view keys);
   void obeyKey(char key);
 
@@ -27,6 +28,7 @@ class StatusWatch {
   MainLoop& loop_;
   SystemStatusMonitor& monitor_;
   StatusBoardState state_;
+  bool hasSample_ = false;
   bool isLost_ = false;
   TerminalScreen screen_;
 };

@@ -5,6 +5,7 @@
 #include "quorvane/developer/DockerPrograms.h"
 #include "quorvane/developer/DockerRemovalCheck.h"
 #include "quorvane/developer/DockerReviewer.h"
+#include "quorvane/platform/BlockedSignals.h"
 
 #include <type_traits>
 
@@ -299,6 +300,7 @@ AppModel::Records& AppModel::records() {
 Serialised<AppModel::Services>& AppModel::services() {
   if (!services_) {
     raiseDescriptorLimit();
+    const BlockedSignals blocked;
     services_ = std::make_unique<Serialised<Services>>(*this);
   }
   return *services_;

@@ -2,7 +2,7 @@
 
 #include "quorvane/base/Dispatcher.h"
 #include "quorvane/base/ThreadAnnotations.h"
-#include "quorvane/platform/FileDescriptor.h"
+#include "quorvane/platform/WakePipe.h"
 
 #include <atomic>
 #include <chrono>
@@ -17,8 +17,6 @@ namespace quorvane {
 /// `run`, in the order of the times they are due and otherwise in the order they were posted.
 class MainLoop final : public Dispatcher {
  public:
-  MainLoop();
-
   void postAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
 
   /// Runs what is posted until a function among it calls `stop`; sleeps in between. What is not due then stays.
@@ -45,14 +43,12 @@ class MainLoop final : public Dispatcher {
  private:
   using Time = std::chrono::steady_clock::time_point;
 
-  void wake() noexcept;
   void sleep(std::optional<Time> until);
   void tellReadable(int descriptor);
   std::function<void()> takeDue();
   std::optional<Time> nextDue();
 
-  FileDescriptor wakeReader_;
-  FileDescriptor wakeWriter_;
+  WakePipe pipe_;
   std::function<void()> interruptHandler_;
   std::map<int, std::function<void()>> watched_;
   std::atomic<bool> isInterrupted_{false};

@@ -1,5 +1,7 @@
 #include "quorvane/app/model/StatusModel.h"
 
+#include "quorvane/platform/BlockedSignals.h"
+
 #include <utility>
 
 namespace quorvane {
@@ -17,6 +19,7 @@ struct StatusModel::Sources {
 StatusModel::StatusModel(Dispatcher& mainThread, Options options, std::function<void()> published)
     : sources_(std::make_unique<Sources>()) {
   SystemStatusSnapshot empty = emptySnapshot(*sources_->counters);
+  const BlockedSignals blocked;
   service_ = std::make_unique<Serialised<SystemStatusService>>(SystemStatusSources{
       *sources_->counters, *sources_->sensors, *sources_->processes, *sources_->volumes, sources_->clock});
   const SystemSampleRequest request{options.withProcesses, stop_.token()};
@@ -30,15 +33,13 @@ StatusModel::StatusModel(Dispatcher& mainThread, Options options, std::function<
 StatusModel::~StatusModel() { stop_.requestStop(); }
 
 SystemStatusSnapshot measuredStatus(MainLoop& loop, StatusModel::Options options) {
-  std::unique_ptr<StatusModel> model;
   bool isSecond = false;
-  model = std::make_unique<StatusModel>(loop, options, [&] {
-    if (std::exchange(isSecond, true)) return loop.stop();
-    loop.postAfter(firstRatesAfter, [&] { model->monitor().refreshNow(); });
+  StatusModel model(loop, options, [&] {
+    if (std::exchange(isSecond, true)) loop.stop();
   });
-  model->monitor().refreshNow();
+  model.monitor().start();
   loop.run();
-  return model->monitor().snapshot();
+  return model.monitor().snapshot();
 }
 
 }  // namespace quorvane

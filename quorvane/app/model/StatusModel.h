@@ -38,9 +38,6 @@ class StatusModel {
   std::unique_ptr<SystemStatusMonitor> monitor_;
 };
 
-/// After this time from the first sample the rates of a second one mean something.
-inline constexpr std::chrono::milliseconds firstRatesAfter{250};
-
 /// Runs the loop for as long as two samples take, and gives the second one, whose rates are true.
 SystemStatusSnapshot measuredStatus(MainLoop& loop, StatusModel::Options options);
 

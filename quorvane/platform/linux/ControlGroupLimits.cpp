@@ -22,8 +22,9 @@ std::string_view lineOf(KernelFile& file, LineBuffer& buffer) {
 }
 
 std::string contentOf(const FilePath& path) {
-  std::string buffer(std::size_t{1} << 20, '\0');
-  const auto text = KernelFile(path).whole(buffer);
+  constexpr std::size_t longest = std::size_t{64} << 20;  // the mounts of a machine full of containers
+  std::string buffer;
+  const auto text = KernelFile(path).whole(buffer, longest);
   return text ? std::string(*text) : std::string();
 }
 

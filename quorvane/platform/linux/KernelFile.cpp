@@ -2,6 +2,7 @@
 
 #include "quorvane/platform/posix/Retry.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -40,6 +41,17 @@ Outcome<std::string_view, PosixError> KernelFile::whole(std::span<char> buffer) 
   }
   if (size == buffer.size()) return failure(PosixError{EFBIG});
   return std::string_view(buffer.data(), size);
+}
+
+Outcome<std::string_view, PosixError> KernelFile::whole(std::string& buffer, std::size_t longest) {
+  constexpr std::size_t usual = 4096;
+  if (buffer.empty()) buffer.resize(usual);
+  while (true) {
+    auto text = whole(std::span(buffer));
+    const bool isTooShort = !text && text.error().code == EFBIG;
+    if (!isTooShort || buffer.size() >= longest) return text;
+    buffer.resize(std::min(longest, buffer.size() * 2));
+  }
 }
 
 }  // namespace quorvane

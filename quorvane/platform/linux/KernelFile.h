@@ -4,7 +4,9 @@
 #include "quorvane/platform/FileDescriptor.h"
 #include "quorvane/platform/PosixError.h"
 
+#include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace quorvane {
@@ -21,6 +23,8 @@ class KernelFile {
 
   /// All of it; EFBIG when it fills the buffer.
   Outcome<std::string_view, PosixError> whole(std::span<char> buffer);
+  /// The same with a buffer that is made as long as it must be; EFBIG from `longest` bytes on.
+  Outcome<std::string_view, PosixError> whole(std::string& buffer, std::size_t longest);
 
   /// Gives its descriptor back until the next reading.
   void close() { file_.close(); }

@@ -65,22 +65,29 @@ Outcome<std::vector<SystemProcessSample>, PosixError> LinuxProcesses::busiest(st
   for (const std::uint32_t place : chosen_) samples.push_back(described(folder_.number(), entries_[place], seconds));
   previousTime_ = now;
   std::swap(entries_, previous_);
+  std::swap(unread_, previousUnread_);
   return samples;
 }
 
 Outcome<void, PosixError> LinuxProcesses::readEntries(int folder, const StopToken& stop) {
   entries_.clear();
+  unread_.clear();
   names_.clear();
   std::array<char, longestStat> buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled for each process
   const auto visited = visitDirectory(folder, [&](const char* name, unsigned char) {
     const auto pid = processNumberFromName(name);
     if (!pid) return true;
-    if (const auto stat = processStatFromText(contentOf(folder, *pid, buffer))) keep(*pid, *stat);
+    if (const auto stat = processStatFromText(contentOf(folder, *pid, buffer))) {
+      keep(*pid, *stat);
+    } else {
+      unread_.push_back(*pid);
+    }
     return !stop.stopRequested();
   });
   if (!visited) return failure(visited.error());
   if (stop.stopRequested()) return failure(cancelledError());
   std::ranges::sort(entries_, {}, &Entry::pid);
+  std::ranges::sort(unread_);
   return {};
 }
 
@@ -95,13 +102,15 @@ void LinuxProcesses::keep(std::int32_t pid, const ProcessStat& stat) {
   entries_.push_back(entry);
 }
 
-// A process that was not there before has had all its time since; of the first reading nothing is known.
+// A process that was not there before has had all its time since; of the first reading, and of a process that could not
+// be read then, nothing is known.
 void LinuxProcesses::compareWithPrevious() {
   if (!previousTime_) return;
   auto before = previous_.begin();
   for (Entry& entry : entries_) {
     while (before != previous_.end() && before->pid < entry.pid) ++before;
     const bool isSame = before != previous_.end() && before->pid == entry.pid && before->startTicks == entry.startTicks;
+    if (!isSame && std::ranges::binary_search(previousUnread_, entry.pid)) continue;
     const std::uint64_t ticksBefore = isSame ? before->ticks : 0;
     entry.newTicks = entry.ticks > ticksBefore ? entry.ticks - ticksBefore : 0;
   }

@@ -48,7 +48,8 @@ class LinuxProcesses final : public SystemProcesses {
   const ProcessUnits units_;
   const Clock& clock_;
   FileDescriptor folder_;
-  std::vector<Entry> entries_, previous_;  ///< by number
+  std::vector<Entry> entries_, previous_;              ///< by number
+  std::vector<std::int32_t> unread_, previousUnread_;  ///< numbers of processes that could not be read, in their order
   std::string names_;
   std::vector<std::uint32_t> chosen_;  ///< places in `entries_`
   std::optional<std::chrono::steady_clock::time_point> previousTime_;

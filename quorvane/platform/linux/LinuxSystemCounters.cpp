@@ -19,7 +19,7 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t mostFlagsKeptOpen = 32;
-constexpr std::size_t usualInterfaces = 4096, longestInterfaces = std::size_t{1} << 20;  // bytes of /proc/net/dev
+constexpr std::size_t longestInterfaces = std::size_t{1} << 20;  // bytes of /proc/net/dev
 
 /// The answer, or that the text it should have come from makes no sense.
 template <class T>
@@ -68,7 +68,6 @@ LinuxSystemCounters::LinuxSystemCounters(SystemCountersRequest request)
       meminfo_(joined(request_.root, "proc/meminfo")),
       uptime_(joined(request_.root, "proc/uptime")),
       interfaces_(joined(request_.root, "proc/net/dev")),
-      interfacesText_(usualInterfaces, '\0'),
       limits_(request_.root),
       osVersion_(systemName(request_.root)) {}
 
@@ -89,11 +88,7 @@ Outcome<MemoryUse, PosixError> LinuxSystemCounters::memory() {
 }
 
 Outcome<NetworkCounters, PosixError> LinuxSystemCounters::network() {
-  auto text = interfaces_.whole(interfacesText_);
-  while (!text && text.error().code == EFBIG && interfacesText_.size() < longestInterfaces) {
-    interfacesText_.resize(interfacesText_.size() * 2);
-    text = interfaces_.whole(interfacesText_);
-  }
+  const auto text = interfaces_.whole(interfacesText_, longestInterfaces);
   if (!text) return failure(text.error());
 
   ++reading_;

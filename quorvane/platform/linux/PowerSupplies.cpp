@@ -90,7 +90,7 @@ PowerSupply powerSupplyFrom(const std::function<std::optional<std::string>(const
     case PowerSupply::Kind::mains: supply.isOnline = attributes.number("online").value_or(0) != 0; break;
     case PowerSupply::Kind::battery:
       supply.energy = attributes.charge("energy_now", "energy_full");
-      if (!supply.energy) supply.charge = attributes.charge("charge_now", "charge_full");
+      supply.charge = attributes.charge("charge_now", "charge_full");
       if (const auto capacity = attributes.number("capacity")) supply.percent = static_cast<double>(*capacity);
       supply.status = attributes.text("status");
   }

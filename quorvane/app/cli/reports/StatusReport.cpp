@@ -44,10 +44,14 @@ class StatusWriter {
 
   std::string text() {
     writeScore();
-    for (const Gauge& gauge : gauges()) write(gauge);
-    if (!health_.deductions.empty() || !snapshot_.notMeasured.empty()) text_.blank();
+    std::vector<SystemStatusInput> missing = snapshot_.notMeasured;  // those whose own line does not say so
+    for (const Gauge& gauge : gauges()) {
+      write(gauge);
+      std::erase(missing, gauge.input);
+    }
+    if (!health_.deductions.empty() || !missing.empty()) text_.blank();
     for (const HealthDeduction& deduction : health_.deductions) write(deduction);
-    if (!snapshot_.notMeasured.empty()) text_.line(words_.notMeasured(snapshot_), margin());
+    if (!missing.empty()) text_.line(words_.notMeasured(missing), margin());
     return text_.take();
   }
 

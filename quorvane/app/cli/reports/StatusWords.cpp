@@ -76,9 +76,9 @@ std::string StatusWords::thermal(SystemThermalLevel level) const { return say({t
 
 std::string StatusWords::notMeasured() const { return say({"cli.status.notMeasured", {}}); }
 
-Message StatusWords::notMeasured(const SystemStatusSnapshot& snapshot) const {
+Message StatusWords::notMeasured(const std::vector<SystemStatusInput>& inputs) const {
   MessageList names;
-  for (const SystemStatusInput input : snapshot.notMeasured) names.texts.push_back(title(input));
+  for (const SystemStatusInput input : inputs) names.texts.push_back(title(input));
   return {"cli.status.notMeasuredInputs", {{"inputs", std::move(names)}}};
 }
 

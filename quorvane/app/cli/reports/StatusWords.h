@@ -30,7 +30,7 @@ class StatusWords {
   std::string thermal(SystemThermalLevel level) const;
   std::string notMeasured() const;
 
-  Message notMeasured(const SystemStatusSnapshot& snapshot) const;
+  Message notMeasured(const std::vector<SystemStatusInput>& inputs) const;
   Message deduction(const HealthDeduction& deduction, const SystemStatusSnapshot& snapshot,
                     const std::string& points) const;
 

@@ -2,12 +2,9 @@
 
 #include "quorvane/base/Assert.h"
 
-#include <array>
 #include <atomic>
-#include <cerrno>
 #include <utility>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <unistd.h>
@@ -20,9 +17,10 @@ static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may touch
 
 // A signal handler is given nothing but its number, so these are what has to lie where all can reach it.
 std::atomic<MainLoop*> interrupted{nullptr};
+std::atomic<const WakePipe*> interruptedWriting{nullptr};
 std::atomic<int> firstNumber{0};
 
-std::atomic<int> questionWriter{-1};
+std::atomic<const WakePipe*> interruptedQuestion{nullptr};
 std::atomic<const std::string*> notice{nullptr};
 
 void endWithNotice(int number) {
@@ -34,16 +32,14 @@ void endWithNotice(int number) {
 }
 
 void interruptQuestion(int) {
-  const int before = errno;  // a signal handler leaves it as it was
-  const char byte = 0;
-  [[maybe_unused]] const auto written = ::write(questionWriter.load(), &byte, 1);
-  errno = before;
+  if (const WakePipe* pipe = interruptedQuestion.load()) pipe->wake();
 }
 
 void interruptLoop(int number) {
   int none = 0;
   firstNumber.compare_exchange_strong(none, number);
   if (MainLoop* loop = interrupted.load()) loop->interrupt();
+  if (const WakePipe* pipe = interruptedWriting.load()) pipe->wake();
 }
 
 }  // namespace
@@ -62,12 +58,7 @@ InterruptNotice::~InterruptNotice() {
 }
 
 QuestionInterrupt::QuestionInterrupt() {
-  std::array<int, 2> ends{};
-  require(::pipe(ends.data()) == 0, "there is no descriptor left for a pipe");
-  reader_ = FileDescriptor(ends[0]);
-  writer_ = FileDescriptor(ends[1]);
-  for (const int end : ends) require(::fcntl(end, F_SETFD, FD_CLOEXEC) == 0, "a pipe cannot be prepared");
-  require(questionWriter.exchange(writer_.number()) == -1, "one question at a time is asked");
+  require(interruptedQuestion.exchange(&pipe_) == nullptr, "one question at a time is asked");
   struct sigaction action {};
   action.sa_handler = interruptQuestion;
   action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
@@ -77,16 +68,18 @@ QuestionInterrupt::QuestionInterrupt() {
 
 QuestionInterrupt::~QuestionInterrupt() {
   ::sigaction(SIGINT, &before_, nullptr);
-  questionWriter = -1;
+  interruptedQuestion = nullptr;
 }
 
 bool QuestionInterrupt::hasCome() const {
-  pollfd waiting{reader_.number(), POLLIN, 0};
+  pollfd waiting{pipe_.descriptor(), POLLIN, 0};
   return ::poll(&waiting, 1, 0) > 0;
 }
 
-InterruptSignal::InterruptSignal(MainLoop& loop) {
+InterruptSignal::InterruptSignal(MainLoop& loop, OutputChannel& drawn) : drawn_(drawn) {
   require(interrupted.exchange(&loop) == nullptr, "one loop at a time listens to signals");
+  interruptedWriting = &pipe_;
+  drawn_.giveUpAfter(pipe_.descriptor());
   if (!loop.isInterrupted()) firstNumber = 0;  // or else it came too late for the operation before, and ends this one
   struct sigaction action {};
   action.sa_handler = interruptLoop;
@@ -99,7 +92,9 @@ InterruptSignal::InterruptSignal(MainLoop& loop) {
 
 InterruptSignal::~InterruptSignal() {
   for (std::size_t i = 0; i < numbers_.size(); ++i) ::sigaction(numbers_[i], &before_[i], nullptr);
-  interrupted.store(nullptr);
+  drawn_.giveUpAfter(OutputChannel::nothing);
+  interruptedWriting = nullptr;
+  interrupted = nullptr;
 }
 
 ExitCode InterruptSignal::exitCode() const {

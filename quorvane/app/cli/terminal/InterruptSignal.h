@@ -1,8 +1,9 @@
 #pragma once
 
 #include "quorvane/app/cli/arguments/CommandError.h"
+#include "quorvane/app/cli/terminal/OutputChannel.h"
 #include "quorvane/app/model/MainLoop.h"
-#include "quorvane/platform/FileDescriptor.h"
+#include "quorvane/platform/WakePipe.h"
 
 #include <array>
 #include <csignal>
@@ -27,9 +28,11 @@ class InterruptNotice {
 /// As long as it lives, Ctrl-C (SIGINT), a lost terminal (SIGHUP) and a request to end (SIGTERM) interrupt the loop
 /// instead of ending the process, the first time each; a second one of its kind ends it. One that the process was
 /// started to overlook stays overlooked. One at a time.
+///
+/// The thread of the loop may write to `drawn` meanwhile: a reader that reads nothing does not keep it from its end.
 class InterruptSignal {
  public:
-  explicit InterruptSignal(MainLoop& loop);
+  InterruptSignal(MainLoop& loop, OutputChannel& drawn);
   ~InterruptSignal();
   InterruptSignal(const InterruptSignal&) = delete;
   InterruptSignal& operator=(const InterruptSignal&) = delete;
@@ -40,6 +43,8 @@ class InterruptSignal {
  private:
   static constexpr std::array numbers_{SIGINT, SIGHUP, SIGTERM};
 
+  OutputChannel& drawn_;
+  const WakePipe pipe_;
   std::array<struct sigaction, numbers_.size()> before_{};
 };
 
@@ -53,12 +58,11 @@ class QuestionInterrupt {
   QuestionInterrupt& operator=(const QuestionInterrupt&) = delete;
 
   /// Becomes readable with Ctrl-C, and stays so.
-  int descriptor() const { return reader_.number(); }
+  int descriptor() const { return pipe_.descriptor(); }
   bool hasCome() const;
 
  private:
-  FileDescriptor reader_;
-  FileDescriptor writer_;
+  const WakePipe pipe_;
   struct sigaction before_ {};
 };
 

@@ -3,9 +3,13 @@
 #include "quorvane/base/Utf8.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <utility>
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -49,15 +53,40 @@ std::string_view sequenceOf(Tone tone) {
 DescriptorChannel::DescriptorChannel(int descriptor)
     : descriptor_(descriptor), isTerminal_(::isatty(descriptor) == 1) {}
 
+// A pipe with room takes as much as PIPE_BUF at once. A terminal may take less and keep the rest waiting, unless it was
+// opened so as not to wait; the descriptor that was inherited stays as it is, since others write to it as well.
+void DescriptorChannel::giveUpAfter(int interrupt) {
+  interrupt_ = interrupt;
+  if (!isTerminal_ || unwaiting_.isOpen()) return;
+  const std::string path = "/dev/fd/" + std::to_string(descriptor_);
+  unwaiting_ = FileDescriptor(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+}
+
 void DescriptorChannel::write(std::string_view bytes) {
-  while (!bytes.empty() && failure_ == 0) {
-    const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+  constexpr int fullFor = 10;  // milliseconds; there may be room, but too little for the two bytes of a line break
+  while (!bytes.empty() && failure_ == 0 && waitForRoom()) {
+    const bool isWhole = unwaiting_.isOpen() || interrupt_ == nothing;
+    const ssize_t written = ::write(unwaiting_.isOpen() ? unwaiting_.number() : descriptor_, bytes.data(),
+                                    isWhole ? bytes.size() : std::min<std::size_t>(bytes.size(), PIPE_BUF));
     if (written >= 0) {
       bytes.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {
+      pollfd interrupt{interrupt_, POLLIN, 0};
+      if (::poll(&interrupt, 1, fullFor) > 0) return;
     } else if (errno != EINTR) {
       failure_ = errno;
     }
   }
+}
+
+/// False where there will be none before the end.
+bool DescriptorChannel::waitForRoom() const {
+  constexpr int moment = 250;  // milliseconds
+  if (interrupt_ == nothing) return true;
+  std::array<pollfd, 2> waiting{pollfd{descriptor_, POLLOUT, 0}, pollfd{interrupt_, POLLIN, 0}};
+  while (::poll(waiting.data(), waiting.size(), -1) < 0)
+    if (errno != EINTR) return true;
+  return waiting[0].revents != 0 || ::poll(waiting.data(), 1, moment) > 0;
 }
 
 std::size_t DescriptorChannel::columns() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorvane/app/messages/HarmlessText.h"
+#include "quorvane/platform/FileDescriptor.h"
 
 #include <cstddef>
 #include <map>
@@ -14,8 +15,14 @@ class OutputChannel {
  public:
   virtual ~OutputChannel() = default;
 
-  /// Writes all of it before it returns. After a failure nothing more is written.
+  /// Writes all of it before it returns, however long the reader takes. After a failure nothing more is written.
   virtual void write(std::string_view bytes) = 0;
+
+  static constexpr int nothing = -1;
+
+  /// From now on, a reader that takes nothing is not waited for once the descriptor `interrupt` can be read from, but
+  /// for a moment: what it leaves no room for is dropped, which is no failure. `nothing` ends that.
+  virtual void giveUpAfter(int interrupt) = 0;
 
   /// Why writing failed: an `errno` number, 0 as long as it did not.
   virtual int failure() const = 0;
@@ -35,13 +42,18 @@ class DescriptorChannel final : public OutputChannel {
   explicit DescriptorChannel(int descriptor);
 
   void write(std::string_view bytes) override;
+  void giveUpAfter(int interrupt) override;
   int failure() const override { return failure_; }
   bool isTerminal() const override { return isTerminal_; }
   std::size_t columns() const override;
   std::size_t rows() const override;
 
  private:
+  bool waitForRoom() const;
+
   int descriptor_;
+  FileDescriptor unwaiting_;  ///< the same terminal, for writing without waiting
+  int interrupt_ = nothing;
   int failure_ = 0;
   bool isTerminal_;
 };

@@ -5,10 +5,9 @@
 
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <utility>
 
-#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <termios.h>
 #include <unistd.h>
@@ -17,39 +16,51 @@ namespace quorvane {
 
 namespace {
 
-// Second screen, no cursor, no new line behind the last column; and back.
-constexpr std::string_view enterSequence = "\x1b[?1049h\x1b[?25l\x1b[?7l\x1b[2J";
-constexpr std::string_view leaveSequence = "\x1b[?7h\x1b[?25h\x1b[?1049l";
+// Second screen; no cursor, no new line behind the last column; and all back, after a frame that was cut off as well.
+constexpr std::string_view secondScreen = "\x1b[?1049h\x1b[2J", drawingModes = "\x1b[?25l\x1b[?7l";
+constexpr std::string_view leaveSequence = "\x1b[?2026l\x1b[?7h\x1b[?25h\x1b[?1049l";
 // What stands between these two is shown at once by terminals that know them; others overlook them.
 constexpr std::string_view beginFrame = "\x1b[?2026h\x1b[H", endFrame = "\x1b[K\x1b[J\x1b[?2026l";
 constexpr std::string_view endLine = "\x1b[K\r\n";
 
 constexpr std::array toldSignals{SIGWINCH, SIGTSTP, SIGCONT};
+constexpr std::array overlookedSignals{SIGTTOU};  // nothing that is done to the terminal stops the program
 constexpr std::array deadlySignals{SIGQUIT, SIGABRT, SIGSEGV, SIGBUS,    SIGFPE,  SIGILL,  SIGTRAP,
                                    SIGSYS,  SIGXCPU, SIGALRM, SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2};
 
 // A signal handler is given nothing but its number, so these are what has to lie where all can reach it.
-std::atomic<int> signalPipe{-1};
+std::atomic<const WakePipe*> signalPipe{nullptr};
 std::atomic<bool> isEntered{false};
 std::atomic<bool> hasModes{false};
 termios modesBefore{};  // written before `hasModes` is set
 std::array<struct sigaction, toldSignals.size()> toldBefore{};
+std::array<struct sigaction, overlookedSignals.size()> overlookedBefore{};
 std::array<struct sigaction, deadlySignals.size()> deadlyBefore{};
 
 void tellSignal(int number) {
-  const int before = errno;  // a signal handler leaves it as it was
-  const char byte = static_cast<char>(number);
-  [[maybe_unused]] const auto written = ::write(signalPipe.load(), &byte, 1);
-  errno = before;
+  if (const WakePipe* pipe = signalPipe.load()) pipe->wake(static_cast<char>(number));
+}
+
+/// Whether the terminal is this program's at the moment, and not the shell's or another job's.
+bool isInFront() {
+  for (const int each : {STDIN_FILENO, STDOUT_FILENO}) {
+    const pid_t front = ::tcgetpgrp(each);  // -1: none, or one that is not handed round
+    if (front != -1 && front != ::getpgrp()) return false;
+  }
+  return true;
 }
 
 void restoreModes() {
-  if (hasModes) ::tcsetattr(STDIN_FILENO, TCSANOW, &modesBefore);
+  if (hasModes.exchange(false) && isInFront()) ::tcsetattr(STDIN_FILENO, TCSANOW, &modesBefore);
 }
 
 void giveBackAndDie(int number) {
   if (isEntered.exchange(false)) {
-    [[maybe_unused]] const auto written = ::write(STDOUT_FILENO, leaveSequence.data(), leaveSequence.size());
+    constexpr int moment = 250;  // milliseconds for a terminal that is not read from
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    if (::poll(&output, 1, moment) > 0) {
+      [[maybe_unused]] const auto written = ::write(STDOUT_FILENO, leaveSequence.data(), leaveSequence.size());
+    }
     restoreModes();
   }
   ::signal(number, SIG_DFL);
@@ -76,29 +87,21 @@ void putBack(const std::array<int, count>& numbers, const std::array<struct siga
 
 TerminalScreen::TerminalScreen(InputChannel& input, OutputChannel& output, MainLoop& loop, Handlers handlers)
     : input_(input), output_(output), loop_(loop), handlers_(std::move(handlers)) {
-  std::array<int, 2> ends{};
-  require(::pipe(ends.data()) == 0, "there is no descriptor left for a pipe");
-  signalReader_ = FileDescriptor(ends[0]);
-  signalWriter_ = FileDescriptor(ends[1]);
-  for (const int end : ends)
-    require(::fcntl(end, F_SETFD, FD_CLOEXEC) == 0 && ::fcntl(end, F_SETFL, O_NONBLOCK) == 0,
-            "a pipe cannot be prepared");
-  require(signalPipe.exchange(signalWriter_.number()) == -1, "one screen at a time is drawn on");
-
-  loop_.watch(signalReader_.number(), [this] { takeSignals(); });
-  if (input_.isTerminal()) loop_.watch(input_.descriptor(), [this] { takeKeys(); });
+  require(signalPipe.exchange(&pipe_) == nullptr, "one screen at a time is drawn on");
+  loop_.watch(pipe_.descriptor(), [this] { takeSignals(); });
   handle(toldSignals, tellSignal, toldBefore);
+  handle(overlookedSignals, SIG_IGN, overlookedBefore);
   handle(deadlySignals, giveBackAndDie, deadlyBefore);
-  enter();
+  if (isInFront()) enter();
 }
 
 TerminalScreen::~TerminalScreen() {
   leave();
   putBack(deadlySignals, deadlyBefore);
+  putBack(overlookedSignals, overlookedBefore);
   putBack(toldSignals, toldBefore);
-  loop_.unwatch(input_.descriptor());
-  loop_.unwatch(signalReader_.number());
-  signalPipe = -1;
+  loop_.unwatch(pipe_.descriptor());
+  signalPipe = nullptr;
 }
 
 void TerminalScreen::enter() {
@@ -107,19 +110,27 @@ void TerminalScreen::enter() {
     if (!hasModes) modesBefore = modes;
     hasModes = true;
     modes.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);  // keys that send signals still do
+    modes.c_iflag &= ~static_cast<tcflag_t>(IXON);           // a held board could neither be ended nor be given back
     modes.c_cc[VMIN] = 1;
     modes.c_cc[VTIME] = 0;
     ::tcsetattr(STDIN_FILENO, TCSANOW, &modes);
   }
-  isEntered = true;
-  output_.write(enterSequence);
+  if (!isEntered.exchange(true)) output_.write(secondScreen);
+  output_.write(drawingModes);
+  if (input_.isTerminal()) loop_.watch(input_.descriptor(), [this] { takeKeys(); });
+  isActive_ = true;
 }
 
 void TerminalScreen::leave() {
-  if (!isEntered.exchange(false)) return;
-  output_.write(leaveSequence);
+  rest();
+  if (isEntered.exchange(false)) output_.write(leaveSequence);
   restoreModes();
-  hasModes = false;
+}
+
+/// Leaves the terminal alone until there is something to draw on it in front.
+void TerminalScreen::rest() {
+  loop_.unwatch(input_.descriptor());
+  isActive_ = false;
 }
 
 void TerminalScreen::stopUntilContinued() {
@@ -129,28 +140,26 @@ void TerminalScreen::stopUntilContinued() {
   ::signal(SIGTSTP, SIG_DFL);
   ::raise(SIGTSTP);  // returns once the program is continued
   ::sigaction(SIGTSTP, &handled, nullptr);
-  enter();
 }
 
 void TerminalScreen::takeSignals() {
-  std::array<unsigned char, 16> numbers{};
-  for (ssize_t count = 0; (count = ::read(signalReader_.number(), numbers.data(), numbers.size())) > 0;) {
-    for (ssize_t i = 0; i < count; ++i) {
-      const int number = numbers[static_cast<std::size_t>(i)];
-      if (number == SIGTSTP) stopUntilContinued();
-      if (number == SIGCONT) enter();  // what stopped it may have left other modes
-    }
+  for (const char number : pipe_.take()) {
+    if (number == SIGTSTP) stopUntilContinued();
+    if (number == SIGCONT) rest();  // what stopped it may have left other modes
   }
   handlers_.changed();
 }
 
 void TerminalScreen::takeKeys() {
+  if (!isInFront()) return rest();  // reading would stop the program
   const std::string keys = input_.readKeys();
   if (keys.empty()) loop_.unwatch(input_.descriptor());
   handlers_.typed(keys);
 }
 
 void TerminalScreen::draw(const std::vector<std::string_view>& lines) {
+  if (!isInFront()) return rest();
+  if (!isActive_) enter();
   std::string frame(beginFrame);
   for (std::size_t i = 0; i < lines.size(); ++i) {
     if (i > 0) frame += endLine;

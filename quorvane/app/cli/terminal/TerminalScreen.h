@@ -2,7 +2,7 @@
 
 #include "quorvane/app/cli/terminal/InputChannel.h"
 #include "quorvane/app/cli/terminal/OutputChannel.h"
-#include "quorvane/platform/FileDescriptor.h"
+#include "quorvane/platform/WakePipe.h"
 
 #include <functional>
 #include <string_view>
@@ -16,8 +16,9 @@ class MainLoop;
 /// comes at once and unseen. At the end, and when a fault or SIGQUIT ends the process, all is as it was before; Ctrl-C
 /// and its kind are left to whoever listens to them.
 ///
-/// The program can be stopped (Ctrl-Z) and continued; the terminal is given back in between. One at a time, on the
-/// thread of the loop.
+/// The program can be stopped (Ctrl-Z) and continued; the terminal is given back in between. In the background it
+/// leaves the terminal alone; what is drawn once it is in front shows again. Ctrl-S holds nothing back. One at a time,
+/// on the thread of the loop.
 class TerminalScreen {
  public:
   struct Handlers {
@@ -32,11 +33,13 @@ class TerminalScreen {
   TerminalScreen& operator=(const TerminalScreen&) = delete;
 
   /// Draws the lines over what was drawn before, in one write that a terminal shows at once. Each fits its width.
+  /// Nothing in the background.
   void draw(const std::vector<std::string_view>& lines);
 
  private:
   void enter();
   void leave();
+  void rest();
   void stopUntilContinued();
   void takeSignals();
   void takeKeys();
@@ -45,7 +48,8 @@ class TerminalScreen {
   OutputChannel& output_;
   MainLoop& loop_;
   const Handlers handlers_;
-  FileDescriptor signalReader_, signalWriter_;
+  const WakePipe pipe_;    ///< the numbers of signals
+  bool isActive_ = false;  ///< the terminal is as it was made for drawing
 };
 
 }  // namespace quorvane
