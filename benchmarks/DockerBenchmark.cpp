@@ -133,10 +133,15 @@ class ClientRuns {
     const auto listed = dockerContainers(engine_.ask(DockerCommands::containers()).output);
     std::vector<std::string> identifiers;
     for (const auto& each : listed.records) identifiers.push_back(each.id);
-    if (!identifiers.empty()) engine_.ask(DockerCommands::imagesOf(identifiers));
+    if (!identifiers.empty()) engine_.ask(DockerCommands::containerOrigins(identifiers));
   }
   void images() { engine_.ask(DockerCommands::images()); }
-  void volumes() { engine_.ask(DockerCommands::volumes()); }
+  void volumes() {
+    const auto listed = dockerVolumes(engine_.ask(DockerCommands::volumes()).output);
+    std::vector<std::string> names;
+    for (const auto& each : listed.records) names.push_back(each.name);
+    if (!names.empty()) engine_.ask(DockerCommands::volumeOrigins(names));
+  }
 
   const DockerClient& client_;
   const DockerEngine engine_;

@@ -1,5 +1,6 @@
 #include "quorvane/core/DockerTargets.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quorvane {
@@ -12,6 +13,16 @@ std::string titleKey(DockerResourceKind kind) {
     case DockerResourceKind::buildCache: return "docker.resource.buildCache";
   }
   std::unreachable();
+}
+
+void addSize(std::int64_t& sum, std::int64_t size) {
+  sum += std::min(std::max<std::int64_t>(0, size), INT64_MAX - sum);
+}
+
+std::int64_t sumOf(std::span<const DockerCleanupTarget> targets) {
+  std::int64_t sum = 0;
+  for (const DockerCleanupTarget& target : targets) addSize(sum, target.sizeBytes);
+  return sum;
 }
 
 std::string detailKey(DockerResourceKind kind) { return titleKey(kind) + ".detail"; }

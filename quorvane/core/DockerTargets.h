@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,16 +47,23 @@ struct DockerCleanupTarget {
 };
 QV_JSON_FIELDS(DockerCleanupTarget, commandTarget, displayName, historyLocation, sizeBytes)
 
+/// Adds a size that a program printed: one below zero counts as none, and a sum beyond any number stays the largest.
+void addSize(std::int64_t& sum, std::int64_t size);
+/// What targets take together.
+std::int64_t sumOf(std::span<const DockerCleanupTarget> targets);
+
 /// A reviewed object with all that removing it later takes.
 struct DockerRetryTarget {
   DockerResourceKind resource = DockerResourceKind::images;
   DockerCleanupScope scope;
   DockerCleanupTarget target;
-  std::vector<std::string> reviewedTags;  ///< of an image: all names that it had in the review, sorted
+  std::vector<std::string> reviewedTags = {};  ///< of an image: all names that it had in the review, sorted
+  std::optional<std::string> createdAt = {};   ///< of a volume: when it was made, as the engine said in the review
+  std::optional<std::string> startedAt = {};   ///< of a container: when it last began to run, likewise
 
   bool operator==(const DockerRetryTarget&) const = default;
 };
-QV_JSON_FIELDS(DockerRetryTarget, resource, scope, target, reviewedTags)
+QV_JSON_FIELDS(DockerRetryTarget, resource, scope, target, reviewedTags, createdAt, startedAt)
 
 /// What one command removes at once.
 enum class DockerBulkKind { volume, buildCache };

@@ -71,6 +71,7 @@ QV_JSON_FIELDS(DockerCleanupOutcome, id, resource, reclaimedBytes, predictedByte
 struct DockerCleanupReport {
   std::vector<DockerCleanupOutcome> outcomes = {};  ///< one for each kind that the plan has
   DockerCleanupCommandResult result = {};
+  std::optional<std::int64_t> prunedCount = {};  ///< how many reviewed parts of the build cache a prune took
   std::vector<DockerCleanupFailure> failures = {};
   DockerCleanupPlan wouldRemove = {};  ///< of a rehearsal
   bool wasStopped = false;             ///< some targets were left as they are

@@ -37,12 +37,14 @@ DockerCleanupPlan failedTargets(std::span<const CleaningHistoryEntry> entries) {
   return plan;
 }
 
-std::optional<DockerRetryFault> DockerCleanupRetryService::faultOf(const DockerCleanupPlan& plan) const {
-  if (plan.isEmpty()) return DockerRetryFault::nothing;
-  const auto isClosed = [&](const DockerRetryTarget& target) { return !mayFollow(client_, target.scope); };
-  if (std::ranges::any_of(plan.targets, isClosed)) return DockerRetryFault::scope;
-  if (plan.prune && !mayFollow(client_, plan.prune->scope)) return DockerRetryFault::scope;
-  return std::nullopt;
+Outcome<DockerCleanupPlan, DockerRetryFault> DockerCleanupRetryService::plan(
+    std::span<const CleaningHistoryEntry> entries) const {
+  DockerCleanupPlan plan = failedTargets(entries);
+  if (plan.isEmpty()) return failure(DockerRetryFault::nothing);
+  const auto isClosed = [&](const auto& part) { return !mayFollow(client_, part.scope); };
+  const bool isAnyClosed = std::ranges::any_of(plan.targets, isClosed) || (plan.prune && isClosed(*plan.prune));
+  if (isAnyClosed) return failure(DockerRetryFault::scope);
+  return plan;
 }
 
 }  // namespace quorvane

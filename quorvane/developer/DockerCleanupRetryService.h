@@ -1,8 +1,9 @@
 #pragma once
 
-#include "quorvane/developer/DockerCleanupGuard.h"
+#include "quorvane/base/Outcome.h"
+#include "quorvane/developer/DockerCleanup.h"
+#include "quorvane/developer/DockerClient.h"
 
-#include <optional>
 #include <span>
 
 namespace quorvane {
@@ -22,23 +23,17 @@ QV_CASE_NAMES(DockerRetryFault, nothing, scope)
 /// "docker.retry.error." and the name of the case.
 std::string messageKey(DockerRetryFault fault);
 
-/// Tries failed targets again, with all the checks of the guard and towards the same engine. One call at a time.
+/// Makes the plan of a retry out of the history; the guard carries it out like any other, with all its checks and
+/// towards the same engine. Changes nothing.
 class DockerCleanupRetryService {
  public:
-  /// Both outlive the object.
-  DockerCleanupRetryService(DockerCleanupGuard& guardService, const DockerClient& client)
-      : guardService_(guardService), client_(client) {}
+  /// The client outlives the object.
+  explicit DockerCleanupRetryService(const DockerClient& client) : client_(client) {}
 
-  /// Why these cannot be tried; nothing when they can.
-  std::optional<DockerRetryFault> faultOf(const DockerCleanupPlan& plan) const;
-
-  Outcome<DockerCleanupReport, RecoveryStoreError> retry(const DockerCleanupPlan& plan,
-                                                         const DockerCleanupOptions& options) {
-    return guardService_.remove(plan, options);
-  }
+  /// The failed targets of the last run, if they may be tried again. May wait for the client.
+  Outcome<DockerCleanupPlan, DockerRetryFault> plan(std::span<const CleaningHistoryEntry> entries) const;
 
  private:
-  DockerCleanupGuard& guardService_;
   const DockerClient& client_;
 };
 

@@ -12,8 +12,6 @@ namespace quorvane {
 
 namespace {
 
-void addUp(std::int64_t& sum, std::int64_t size) { sum += std::min(std::max<std::int64_t>(0, size), INT64_MAX - sum); }
-
 std::vector<std::string> withName(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), "docker");
   return arguments;
@@ -58,7 +56,7 @@ std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
   if (plan_.prune) {
     DockerCleanupTarget cache{std::string(pruneTarget), titleKey(DockerResourceKind::buildCache),
                               std::string(buildCacheLocation)};
-    for (const DockerCleanupTarget& each : plan_.prune->reviewedTargets) addUp(cache.sizeBytes, each.sizeBytes);
+    cache.sizeBytes = sumOf(plan_.prune->reviewedTargets);
     all.push_back({DockerResourceKind::buildCache, plan_.prune->scope, std::move(cache),
                    DockerCommands::pruneBuildCache(), nullptr});
   }
@@ -108,7 +106,7 @@ CleaningHistoryItem DockerCleanupRun::itemOf(const Step& step) const {
 /// From the last look at the target to its receipt.
 void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
   auto refused = refusal(step);
-  if (!refused) refused = removed(step);
+  if (!refused) refused = step.isPrune() ? pruned(step, item) : removed(step);
   if (!refused || !refused->isUncertain) item.pendingIrreversible.reset();
   if (refused) {
     item.failureReason = services_.texts(recordKeyOf(*refused));
@@ -117,7 +115,7 @@ void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
   } else {
     item.outcome = CleaningHistoryItemOutcome::removed;
     item.failureReason.reset();
-    keepRemoved(step);
+    keepRemoved(step, item.size);
   }
   journal_->record(item);
   report_.result.historyItems.push_back(std::move(item));
@@ -130,14 +128,25 @@ std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) const {
   const DockerEngine engine = engineOf(step.scope);
   const CommandResult done = engine.ask(step.command);
   const bool saidNo = !done.hasSucceeded() && done.exitCode >= 0 && done.exitCode < firstStatusOfSignals;
-  DockerPresence presence = !step.isPrune()       ? presenceOf(engine, step.resource, step.target.commandTarget)
-                            : done.hasSucceeded() ? DockerPresence::absent
-                                                  : DockerPresence::unknown;
+  DockerPresence presence = presenceOf(engine, step.resource, step.target.commandTarget);
   if (presence == DockerPresence::absent) return std::nullopt;
   if (!done.hasSucceeded() && !saidNo) presence = DockerPresence::unknown;
   const bool isUncertain = presence == DockerPresence::unknown;
   return DockerRefusal{saidNo && !isUncertain ? "docker.failure.refused" : messageKey(presence),
                        CleanupFailureCategory::other, commandFailed(done).message, isUncertain};
+}
+
+/// The engine chooses, so the receipt has what it took. A client that failed may have begun.
+std::optional<DockerRefusal> DockerCleanupRun::pruned(const Step& step, CleaningHistoryItem& item) {
+  const DockerEngine engine = engineOf(step.scope);
+  const CommandResult done = engine.ask(step.command);
+  const auto gone = done.hasSucceeded() ? goneOf(engine, plan_.prune.value()) : std::nullopt;
+  if (!gone)
+    return DockerRefusal{messageKey(DockerPresence::unknown), CleanupFailureCategory::other,
+                         commandFailed(done).message, true};
+  report_.prunedCount = std::ssize(*gone);
+  item.size = sumOf(*gone);
+  return std::nullopt;
 }
 
 void DockerCleanupRun::keepFailed(const Step& step, const DockerRefusal& refusal) {
@@ -146,10 +155,11 @@ void DockerCleanupRun::keepFailed(const Step& step, const DockerRefusal& refusal
   report_.failures.push_back({step.target.commandTarget, step.resource, refusal});
 }
 
-void DockerCleanupRun::keepRemoved(const Step& step) {
+void DockerCleanupRun::keepRemoved(const Step& step, std::int64_t size) {
   ++removedCount_[step.resource];
-  addUp(removedBytes_[step.resource], step.target.sizeBytes);
+  addSize(removedBytes_[step.resource], size);
   report_.result.successfulTargets.push_back(step.target);
+  report_.result.successfulTargets.back().sizeBytes = size;
 }
 
 void DockerCleanupRun::addOutcomes(const std::vector<Step>& steps, const std::optional<DockerDiskUsage>& before) {

@@ -40,8 +40,9 @@ class DockerCleanupRun {
   CleaningHistoryItem itemOf(const Step& step) const;
   void remove(const Step& step, CleaningHistoryItem item);
   std::optional<DockerRefusal> removed(const Step& step) const;
+  std::optional<DockerRefusal> pruned(const Step& step, CleaningHistoryItem& item);
   void keepFailed(const Step& step, const DockerRefusal& refusal);
-  void keepRemoved(const Step& step);
+  void keepRemoved(const Step& step, std::int64_t size);
   void addOutcomes(const std::vector<Step>& steps, const std::optional<DockerDiskUsage>& before);
   /// A removal that has begun is never cut off, so these runs of the client know no stop.
   DockerEngine engineOf(const DockerCleanupScope& scope) const { return {services_.client, scope.endpoint, {}}; }

@@ -30,7 +30,7 @@ struct DockerClientSettings {
   std::size_t outputLimit = std::size_t{32} << 20;  ///< bytes; what prints more has failed
 };
 
-/// Runs the client. Callable from any thread.
+/// Runs the client, on one processor where the environment does not say how many. Callable from any thread.
 ///
 /// A run that does not end within the limit comes back with what it printed, "Command timed out." and -1; one that
 /// cannot be started with "Unable to launch command." and -1; one that printed too much, or left a program behind that

@@ -18,6 +18,12 @@ std::string wordOf(DockerResourceKind kind) {
   abortOnBrokenInvariant("the build cache has no objects that a command names", std::source_location::current());
 }
 
+Arguments inspectionOf(DockerResourceKind kind, const char* line, Names objects) {
+  Arguments arguments{wordOf(kind), "inspect", "--format", line};
+  arguments.insert(arguments.end(), objects.begin(), objects.end());
+  return arguments;
+}
+
 }  // namespace
 
 Arguments showContext() { return {"context", "show"}; }
@@ -32,10 +38,19 @@ Arguments usageTables() { return {"system", "df", "--verbose"}; }
 Arguments images() { return {"image", "ls", "--all", "--no-trunc", "--format", eachAsJson}; }
 Arguments containers() { return {"container", "ls", "--all", "--no-trunc", "--size", "--format", eachAsJson}; }
 Arguments volumes() { return {"volume", "ls", "--format", eachAsJson}; }
-Arguments imagesOf(std::span<const std::string> containerIDs) {
-  Arguments arguments{"container", "inspect", "--format", "{{json .Image}}"};
-  arguments.insert(arguments.end(), containerIDs.begin(), containerIDs.end());
-  return arguments;
+
+Arguments containerOrigins(Names containerIDs) {
+  return inspectionOf(DockerResourceKind::containers,
+                      R"({"id":{{json .Id}},"name":{{json .Name}},"imageID":{{json .Image}},)"
+                      R"("startedAt":{{json .State.StartedAt}}})",
+                      containerIDs);
+}
+Arguments volumeOrigins(Names volumes) {
+  return inspectionOf(DockerResourceKind::volumes, R"({"name":{{json .Name}},"createdAt":{{json .CreatedAt}}})",
+                      volumes);
+}
+Arguments imageOrigins(Names imageIDs) {
+  return inspectionOf(DockerResourceKind::images, R"({"id":{{json .Id}},"parentID":{{json .Parent}}})", imageIDs);
 }
 
 Arguments identityOf(DockerResourceKind kind, const std::string& id) {
@@ -46,12 +61,6 @@ Arguments identities(DockerResourceKind kind) {
 }
 Arguments stateOf(const std::string& containerID) {
   return {"container", "inspect", "--format", "{{json .State.Status}}", containerID};
-}
-Arguments nameOf(const std::string& containerID) {
-  return {"container", "inspect", "--format", "{{json .Name}}", containerID};
-}
-Arguments creationOf(const std::string& volume) {
-  return {"volume", "inspect", "--format", "{{json .CreatedAt}}", volume};
 }
 Arguments tagsOf(const std::string& imageID) { return {"image", "inspect", "--format", "{{json .RepoTags}}", imageID}; }
 Arguments containersOf(const std::string& imageID) {

@@ -24,15 +24,18 @@ Arguments usageTables();
 Arguments images();
 Arguments containers();
 Arguments volumes();
-/// Prints a line for each container, in their order; fails when one of them is gone.
-Arguments imagesOf(std::span<const std::string> containerIDs);
+
+using Names = std::span<const std::string>;
+
+// These print a line for each object, as `DockerOrigins.h` has it. One that is gone has none, and the run fails.
+Arguments containerOrigins(Names containerIDs);
+Arguments volumeOrigins(Names volumes);
+Arguments imageOrigins(Names imageIDs);
 
 // Of containers and images:
 Arguments identityOf(DockerResourceKind kind, const std::string& id);
 Arguments identities(DockerResourceKind kind);
 Arguments stateOf(const std::string& containerID);
-Arguments nameOf(const std::string& containerID);
-Arguments creationOf(const std::string& volume);
 Arguments tagsOf(const std::string& imageID);
 Arguments containersOf(const std::string& imageID);
 

@@ -3,14 +3,13 @@
 #include "quorvane/base/Json.h"
 #include "quorvane/base/Utf8.h"
 #include "quorvane/developer/DockerListing.h"
+#include "quorvane/developer/DockerNames.h"
 
 #include <algorithm>
 
 namespace quorvane {
 
 namespace {
-
-bool isLetterOrDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 bool isInContextName(char c) { return isLetterOrDigit(c) || c == '_' || c == '.' || c == '+' || c == '-'; }
 

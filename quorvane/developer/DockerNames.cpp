@@ -17,8 +17,6 @@ constexpr std::size_t digitsOfID = 64, shownDigits = 12;
 
 bool isHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }
 
-bool isLetterOrDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
 bool isInVolumeName(char c) { return isLetterOrDigit(c) || c == '_' || c == '.' || c == '-'; }
 
 std::vector<std::string_view> entriesOf(std::string_view labels) {
@@ -42,6 +40,8 @@ std::string_view folderOf(DockerResourceKind kind) {
 }
 
 }  // namespace
+
+bool isLetterOrDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 bool isFullImageID(std::string_view id) {
   return id.starts_with(digestPrefix) && isFullContainerID(id.substr(digestPrefix.size()));

@@ -10,6 +10,8 @@
 
 namespace quorvane {
 
+/// Of ASCII.
+bool isLetterOrDigit(char c);
 /// "sha256:" and 64 hexadecimal digits in small letters.
 bool isFullImageID(std::string_view id);
 /// 64 hexadecimal digits in small letters.

@@ -5,11 +5,12 @@
 #include "quorvane/developer/DockerContexts.h"
 #include "quorvane/developer/DockerListing.h"
 #include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerOrigins.h"
 #include "quorvane/developer/DockerSafetyPolicy.h"
 #include "quorvane/developer/DockerService.h"
 
 #include <algorithm>
-#include <chrono>
+#include <span>
 #include <utility>
 
 namespace quorvane {
@@ -18,6 +19,8 @@ namespace {
 
 using Category = CleanupFailureCategory;
 using Refusal = std::optional<DockerRefusal>;
+
+DockerRefusal notAsReviewed() { return {"docker.failure.changed", Category::changedAfterScan}; }
 
 DockerRefusal unanswered(const CommandResult& result) {
   return {"docker.failure.unanswered", Category::other, commandFailed(result).message};
@@ -33,8 +36,7 @@ Refusal otherIdentity(const DockerEngine& engine, const DockerRetryTarget& targe
   const std::string& id = target.target.commandTarget;
   const CommandResult answer = engine.ask(DockerCommands::identityOf(target.resource, id));
   if (!answer.hasSucceeded()) return notFound(answer);
-  if (onlyText(answer.output) == id) return std::nullopt;
-  return DockerRefusal{"docker.failure.changed", Category::changedAfterScan};
+  return onlyText(answer.output) == id ? std::nullopt : Refusal(notAsReviewed());
 }
 
 Refusal notAtRest(const DockerEngine& engine, const std::string& containerID) {
@@ -49,12 +51,17 @@ bool isNamed(std::string_view names, std::string_view name) {
   return !name.empty() && ("," + std::string(names) + ",").contains("," + std::string(name) + ",");
 }
 
-Refusal otherName(const DockerEngine& engine, const DockerCleanupTarget& container) {
-  const CommandResult answer = engine.ask(DockerCommands::nameOf(container.commandTarget));
-  if (!answer.hasSucceeded()) return notFound(answer);
-  const std::string name = onlyText(answer.output).value_or("");
-  if (name.starts_with('/') && isNamed(container.displayName, std::string_view(name).substr(1))) return std::nullopt;
-  return DockerRefusal{"docker.failure.renamed", Category::changedAfterScan};
+/// Of one that goes by another name now, or ran since the review.
+Refusal otherContainer(const DockerEngine& engine, const DockerRetryTarget& reviewed) {
+  const std::string& id = reviewed.target.commandTarget;
+  const auto origins = containerOrigins(engine, std::span(&id, 1));
+  const auto now = origins.find(id);
+  if (now == origins.end() || !reviewed.startedAt) return notAsReviewed();
+  const std::string& name = now->second.name;
+  if (!name.starts_with('/') || !isNamed(reviewed.target.displayName, std::string_view(name).substr(1)))
+    return DockerRefusal{"docker.failure.renamed", Category::changedAfterScan};
+  if (now->second.startedAt == reviewed.startedAt) return std::nullopt;
+  return DockerRefusal{"docker.failure.ranAgain", Category::changedAfterScan};
 }
 
 Refusal imageInUse(const DockerEngine& engine, const std::string& imageID) {
@@ -84,36 +91,21 @@ Refusal otherTags(const DockerEngine& engine, const DockerRetryTarget& target) {
 
 Refusal protectedVolume(const DockerEngine& engine, const std::string& name) {
   const auto volumes = volumesOf(engine);
-  if (!volumes) return DockerRefusal{"docker.failure.unanswered"};
+  if (!volumes) return DockerRefusal{"docker.failure.unansweredPlainly"};
   const auto volume = std::ranges::find(*volumes, name, &DockerVolumeRecord::name);
   if (volume == volumes->end()) return DockerRefusal{"docker.failure.unknownObject", Category::missing};
   if (DockerSafetyPolicy::safetyOf(*volume) != DockerCleanupSafety::protected_) return std::nullopt;
   return DockerRefusal{"docker.failure.volumeProtected", Category::protected_};
 }
 
-/// "2026-11-21T05:04:03", then perhaps a fraction, then "Z" or an offset; in whole seconds.
-std::optional<Date> momentOf(std::string_view text) {
-  constexpr std::size_t length = 19;
-  const auto local = dateFromIsoText(std::string(text.substr(0, length)) + "Z");
-  if (!local) return std::nullopt;
-  text.remove_prefix(length);
-  if (text.starts_with('.')) text.remove_prefix(std::min(text.find_first_not_of("0123456789", 1), text.size()));
-  if (text == "Z") return local;
-  if (text.size() != 6 || (text[0] != '+' && text[0] != '-') || text[3] != ':') return std::nullopt;
-  const auto hours = dockerCount(text.substr(1, 2)), minutes = dockerCount(text.substr(4, 2));
-  if (!hours || !minutes) return std::nullopt;
-  const auto offset = std::chrono::hours(*hours) + std::chrono::minutes(*minutes);
-  return text[0] == '+' ? *local - offset : *local + offset;
-}
-
-Refusal newerVolume(const DockerEngine& engine, const DockerRetryTarget& volume) {
-  const CommandResult answer = engine.ask(DockerCommands::creationOf(volume.target.commandTarget));
-  if (!answer.hasSucceeded()) return notFound(answer);
-  const auto created = momentOf(onlyText(answer.output).value_or(""));
-  const auto reviewed =
-      volume.reviewedTags.size() == 1 ? dateFromIsoText(volume.reviewedTags.front()) : std::optional<Date>();
-  if (created && reviewed && *created <= *reviewed) return std::nullopt;
-  return DockerRefusal{"docker.failure.changed", Category::changedAfterScan};
+// Another volume of the same name tells itself apart by nothing else.
+Refusal otherVolume(const DockerEngine& engine, const DockerRetryTarget& reviewed) {
+  const std::string& name = reviewed.target.commandTarget;
+  const auto origins = volumeOrigins(engine, std::span(&name, 1));
+  const auto now = origins.find(name);
+  const bool isSame =
+      now != origins.end() && !now->second.createdAt.empty() && reviewed.createdAt == now->second.createdAt;
+  return isSame ? std::nullopt : Refusal(notAsReviewed());
 }
 
 Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
@@ -127,11 +119,11 @@ Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
     case DockerResourceKind::containers: {
       if (auto refusal = otherIdentity(engine, target)) return refusal;
       if (auto refusal = notAtRest(engine, name)) return refusal;
-      return otherName(engine, target.target);
+      return otherContainer(engine, target);
     }
     case DockerResourceKind::volumes: {
       if (auto refusal = protectedVolume(engine, name)) return refusal;
-      return newerVolume(engine, target);
+      return otherVolume(engine, target);
     }
     case DockerResourceKind::buildCache: break;
   }
@@ -180,6 +172,17 @@ Refusal refusalNow(const DockerEngine& engine, const DockerCleanupOperation& pru
   };
   if (present && std::ranges::all_of(*present, isReviewed)) return std::nullopt;
   return DockerRefusal{"docker.failure.cacheChanged", Category::changedAfterScan};
+}
+
+std::optional<std::vector<DockerCleanupTarget>> goneOf(const DockerEngine& engine,
+                                                       const DockerCleanupOperation& prune) {
+  const auto present = buildCachesOf(engine);
+  if (!present) return std::nullopt;
+  std::vector<DockerCleanupTarget> gone = prune.reviewedTargets;
+  std::erase_if(gone, [&](const DockerCleanupTarget& each) {
+    return std::ranges::count(*present, each.commandTarget, &DockerBuildCacheRecord::id) > 0;
+  });
+  return gone;
 }
 
 DockerPresence presenceOf(const DockerEngine& engine, DockerResourceKind kind, const std::string& target) {

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quorvane {
 
@@ -17,9 +18,9 @@ QV_CASE_NAMES(DockerPresence, unknown, present, absent)
 std::string messageKey(DockerPresence presence);
 
 /// Why a target must not be removed at this moment, asked anew of its engine: it is another engine or another object, a
-/// container is not at rest or has another name, an image has containers or other names than reviewed, a volume is
-/// protected or newer than its review, or something of that cannot be told. Nothing when all is as it was reviewed. A
-/// name that cannot be one is refused without asking.
+/// container is not at rest, has another name or ran again, an image has containers or other names than reviewed, a
+/// volume is protected or was made at another time, or something of that cannot be told. Nothing when all is as it was
+/// reviewed. A name that cannot be one is refused without asking.
 std::optional<DockerRefusal> refusalNow(const DockerEngine& engine, const DockerRetryTarget& target);
 
 /// Why the engine is not the one of this scope.
@@ -28,6 +29,9 @@ std::optional<DockerRefusal> refusalOfEngine(const DockerEngine& engine, const D
 /// Why the build cache must not be pruned at this moment: it is another engine's, or holds anything unprotected that
 /// was not reviewed, or that cannot be told.
 std::optional<DockerRefusal> refusalNow(const DockerEngine& engine, const DockerCleanupOperation& prune);
+
+/// What of the reviewed build cache is listed no more. Nothing when it cannot be listed whole.
+std::optional<std::vector<DockerCleanupTarget>> goneOf(const DockerEngine& engine, const DockerCleanupOperation& prune);
 
 /// Whether the listing of its kind still names an object. A listing with a line that is no full identifier says
 /// nothing.

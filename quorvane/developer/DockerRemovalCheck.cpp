@@ -27,12 +27,9 @@ IrreversibleFinding lookFor(const DockerEngine& engine, const DockerRetryTarget&
 
 IrreversibleFinding lookFor(const DockerEngine& engine, const DockerCleanupOperation& prune) {
   if (prune.kind != DockerBulkKind::buildCache) return IrreversibleFinding::unknown;
-  const auto present = buildCachesOf(engine);
-  if (!present) return IrreversibleFinding::unknown;
-  const bool isAnythingLeft = std::ranges::any_of(*present, [&](const auto& cache) {
-    return std::ranges::count(prune.reviewedTargets, cache.id, &DockerCleanupTarget::commandTarget) > 0;
-  });
-  return isAnythingLeft ? IrreversibleFinding::stillThere : IrreversibleFinding::gone;
+  const auto gone = goneOf(engine, prune);
+  if (!gone) return IrreversibleFinding::unknown;
+  return gone->size() == prune.reviewedTargets.size() ? IrreversibleFinding::gone : IrreversibleFinding::stillThere;
 }
 
 template <class Removed>

@@ -47,10 +47,12 @@ struct DockerContainerRecord {
   std::string createdSince = {};
   std::optional<std::int64_t> sizeBytes = {};  ///< of what it has written itself
   std::optional<std::string> composeProject = {};
+  std::optional<std::string> startedAt = {};  ///< when it last began to run, as the engine says it
 
   bool operator==(const DockerContainerRecord&) const = default;
 };
-QV_JSON_FIELDS(DockerContainerRecord, id, name, imageName, state, statusDetail, createdSince, sizeBytes, composeProject)
+QV_JSON_FIELDS(DockerContainerRecord, id, name, imageName, state, statusDetail, createdSince, sizeBytes, composeProject,
+               startedAt)
 
 struct DockerVolumeRecord {
   std::string name = {};
@@ -58,10 +60,11 @@ struct DockerVolumeRecord {
   std::optional<std::int64_t> sizeBytes = {};
   std::optional<std::int64_t> referenceCount = {};  ///< containers that mount it
   std::string labels = {};                          ///< key=value, with commas between
+  std::optional<std::string> createdAt = {};        ///< as the engine says it; drivers may tell nothing
 
   bool operator==(const DockerVolumeRecord&) const = default;
 };
-QV_JSON_FIELDS(DockerVolumeRecord, name, driver, sizeBytes, referenceCount, labels)
+QV_JSON_FIELDS(DockerVolumeRecord, name, driver, sizeBytes, referenceCount, labels, createdAt)
 
 struct DockerBuildCacheRecord {
   std::string id = {};

@@ -2,6 +2,7 @@
 
 #include "quorvane/base/Assert.h"
 #include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerRemovalOrder.h"
 #include "quorvane/developer/DockerSafetyPolicy.h"
 
 #include <algorithm>
@@ -55,13 +56,18 @@ std::optional<Candidate> imageIn(const DockerSnapshot& snapshot, const std::stri
 std::optional<Candidate> containerIn(const DockerSnapshot& snapshot, const std::string& id) {
   const auto found = std::ranges::find(snapshot.containers, id, &DockerContainerRecord::id);
   if (found == snapshot.containers.end()) return std::nullopt;
-  return candidateOf({id, found->name, {}, found->sizeBytes.value_or(0)}, DockerSafetyPolicy::safetyOf(*found));
+  auto candidate =
+      candidateOf({id, found->name, {}, found->sizeBytes.value_or(0)}, DockerSafetyPolicy::safetyOf(*found));
+  candidate.target.startedAt = found->startedAt;
+  return candidate;
 }
 
 std::optional<Candidate> volumeIn(const DockerSnapshot& snapshot, const std::string& name) {
   const auto found = std::ranges::find(snapshot.volumes, name, &DockerVolumeRecord::name);
   if (found == snapshot.volumes.end()) return std::nullopt;
-  return candidateOf({name, name, {}, found->sizeBytes.value_or(0)}, DockerSafetyPolicy::safetyOf(*found));
+  auto candidate = candidateOf({name, name, {}, found->sizeBytes.value_or(0)}, DockerSafetyPolicy::safetyOf(*found));
+  candidate.target.createdAt = found->createdAt;
+  return candidate;
 }
 
 std::optional<Candidate> candidateIn(const DockerSnapshot& snapshot, const DockerSelector& selector) {
@@ -101,11 +107,16 @@ class Reviewer {
     return true;
   }
 
-  void takeSafe() {
+  void takeSafe(const DockerOrigins<DockerImageOrigin>& origins) {
+    std::vector<std::string> safe;
     for (const DockerImageRecord& image : reviewed_.images) {
       const DockerSelector selector{DockerResourceKind::images, image.id};
-      if (isSafeIn(reviewed_, selector) && isSafeIn(now_, selector)) take(selector);
+      const bool isNew = std::ranges::find(safe, image.id) == safe.end();
+      if (isNew && isSafeIn(reviewed_, selector) && isSafeIn(now_, selector)) safe.push_back(image.id);
     }
+    const DockerRemovalOrder order = removalOrderOf(std::move(safe), origins);
+    for (const std::string& id : order.removable) take({DockerResourceKind::images, id});
+    review_.builtUponCount = std::ssize(order.builtUpon);
   }
 
   void prune() {
@@ -149,8 +160,6 @@ class Reviewer {
     DockerRetryTarget target = seen.target;
     target.resource = selector.resource;
     target.scope = scopeOf(reviewed_);
-    // A volume has nothing but its name: of another one of that name the moment of its creation tells.
-    if (selector.resource == DockerResourceKind::volumes) target.reviewedTags = {isoText(reviewed_.checkedAt)};
     target.target.historyLocation = historyLocation(selector.resource, selector.id);
     target.target.sizeBytes = std::max<std::int64_t>(0, presentSize);
     review_.plan.targets.push_back(std::move(target));
@@ -174,11 +183,12 @@ std::optional<DockerSelector> dockerSelectorFrom(std::string_view text) {
 }
 
 Outcome<DockerReview, DockerSelector> reviewOf(const DockerSelection& selection, const DockerSnapshot& reviewed,
-                                               const DockerSnapshot& now) {
+                                               const DockerSnapshot& now,
+                                               const DockerOrigins<DockerImageOrigin>& origins) {
   Reviewer reviewer(reviewed, now);
   for (const DockerSelector& selector : selection.named)
     if (!reviewer.take(selector)) return failure(selector);
-  if (selection.takesSafe) reviewer.takeSafe();
+  if (selection.takesSafe) reviewer.takeSafe(origins);
   if (selection.prunesBuildCache) reviewer.prune();
   return reviewer.take();
 }

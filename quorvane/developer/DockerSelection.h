@@ -2,8 +2,10 @@
 
 #include "quorvane/base/Outcome.h"
 #include "quorvane/developer/DockerCleanup.h"
+#include "quorvane/developer/DockerOrigins.h"
 #include "quorvane/developer/DockerSnapshot.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,7 +27,7 @@ std::optional<DockerSelector> dockerSelectorFrom(std::string_view text);
 
 struct DockerSelection {
   std::vector<DockerSelector> named = {};
-  bool takesSafe = false;         ///< all images that are safe
+  bool takesSafe = false;         ///< all images that are safe, but those that others were built on
   bool prunesBuildCache = false;  ///< one command of the engine's
 
   bool isEmpty() const { return named.empty() && !takesSafe && !prunesBuildCache; }
@@ -34,18 +36,21 @@ struct DockerSelection {
 
 /// What a person is to confirm, and what was refused before.
 struct DockerReview {
-  DockerCleanupPlan plan;
-  std::vector<DockerCleanupFailure> refused;
+  DockerCleanupPlan plan = {};
+  std::vector<DockerCleanupFailure> refused = {};
+  std::int64_t builtUponCount = 0;  ///< of the safe images: how many stay, since others were built on them
 
   bool operator==(const DockerReview&) const = default;
 };
 
 /// Plans the removal of what was selected of `reviewed`, which may come from anywhere: names and tags are those of the
-/// review, sizes and verdicts are those of `now`; all that is safe has to be safe in both. The prune has the build
-/// cache that was reviewed. An object that is not there now, is protected, or was reviewed of another engine is
-/// refused, and a container of another name. Both snapshots have a scope. Fails with the first selector that the review
-/// does not hold while the engine does: it was not reviewed.
+/// review, sizes and verdicts are those of `now`; all that is safe has to be safe in both, and each of these images
+/// comes before the one that it was built on, as `origins` has it. The prune has the build cache that was reviewed. An
+/// object that is not there now, is protected, or was reviewed of another engine is refused, and a container of another
+/// name. Both snapshots have a scope. Fails with the first selector that the review does not hold while the engine
+/// does: it was not reviewed.
 Outcome<DockerReview, DockerSelector> reviewOf(const DockerSelection& selection, const DockerSnapshot& reviewed,
-                                               const DockerSnapshot& now);
+                                               const DockerSnapshot& now,
+                                               const DockerOrigins<DockerImageOrigin>& origins = {});
 
 }  // namespace quorvane

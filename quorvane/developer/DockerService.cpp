@@ -1,9 +1,11 @@
 #include "quorvane/developer/DockerService.h"
 
 #include "quorvane/base/Utf8.h"
-#include "quorvane/developer/ContainerCounts.h"
 #include "quorvane/developer/DockerCommands.h"
+#include "quorvane/developer/DockerContexts.h"
 #include "quorvane/developer/DockerListing.h"
+#include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerOrigins.h"
 #include "quorvane/developer/DockerUsage.h"
 #include "quorvane/developer/DockerUsageTables.h"
 #include "quorvane/developer/SideBySide.h"
@@ -18,8 +20,17 @@ namespace {
 /// What the client printed of everything.
 struct Answers {
   CommandResult summary, tables, images, containers, volumes;
-  std::optional<ContainerCounts> counts;
+  DockerOrigins<DockerContainerOrigin> containerOrigins;
+  DockerOrigins<DockerVolumeOrigin> volumeOrigins;
 };
+
+template <class Record>
+std::vector<std::string> each(const std::vector<Record>& records, std::string Record::*member) {
+  std::vector<std::string> texts;
+  texts.reserve(records.size());
+  for (const Record& record : records) texts.push_back(record.*member);
+  return texts;
+}
 
 /// Asks an engine for everything. An engine refuses to count its disk usage twice at a time, so those two runs go one
 /// after the other.
@@ -28,15 +39,19 @@ Answers answersOf(const DockerEngine& engine) {
   sideBySide(
       [&] {
         answers.containers = engine.ask(DockerCommands::containers());
-        if (answers.containers.hasSucceeded())
-          answers.counts = containersByImage(engine, dockerContainers(answers.containers.output));
+        answers.containerOrigins = containerOrigins(
+            engine, each(dockerContainers(answers.containers.output).records, &DockerContainerRecord::id));
       },
       [&] {
         answers.tables = engine.ask(DockerCommands::usageTables());
         answers.summary = engine.ask(DockerCommands::usageSummary());
       },
       [&] { answers.images = engine.ask(DockerCommands::images()); },
-      [&] { answers.volumes = engine.ask(DockerCommands::volumes()); });
+      [&] {
+        answers.volumes = engine.ask(DockerCommands::volumes());
+        answers.volumeOrigins =
+            volumeOrigins(engine, each(dockerVolumes(answers.volumes.output).records, &DockerVolumeRecord::name));
+      });
   return answers;
 }
 
@@ -49,6 +64,13 @@ void addUsage(std::vector<DockerVolumeRecord>& volumes, const DockerUsageTables&
   }
 }
 
+void addCreations(std::vector<DockerVolumeRecord>& volumes, const DockerOrigins<DockerVolumeOrigin>& origins) {
+  for (DockerVolumeRecord& volume : volumes) {
+    const auto origin = origins.find(volume.name);
+    if (origin != origins.end() && !origin->second.createdAt.empty()) volume.createdAt = origin->second.createdAt;
+  }
+}
+
 /// Makes a survey of what the client printed.
 class SurveyReader {
  public:
@@ -57,9 +79,9 @@ class SurveyReader {
   DockerSurvey read() {
     DockerSnapshot& snapshot = survey_.snapshot;
     snapshot.images = taken(dockerImages(answers_.images.output), DockerResourceKind::images);
-    snapshot.containers = taken(dockerContainers(answers_.containers.output), DockerResourceKind::containers);
+    readContainers();
     snapshot.volumes = taken(dockerVolumes(answers_.volumes.output), DockerResourceKind::volumes);
-    countContainers();
+    addCreations(snapshot.volumes, answers_.volumeOrigins);
     readTables();
     snapshot.runningContainerCount =
         std::ranges::count(snapshot.containers, "running", [](const auto& each) { return asciiLowered(each.state); });
@@ -80,14 +102,23 @@ class SurveyReader {
     if (count > 0) survey_.notices.push_back({key, kind, count});
   }
 
-  void countContainers() {
-    std::vector<DockerImageRecord>& images = survey_.snapshot.images;
-    if (!answers_.counts)
-      return note("docker.notice.containersUnknown", DockerResourceKind::images, std::ssize(images));
-    for (DockerImageRecord& image : images) {
-      const auto count = answers_.counts->find(image.id);
-      image.containerCount = count == answers_.counts->end() ? 0 : count->second;
+  /// Where it is not certain of a single container what it was made from, no image counts as unused.
+  void readContainers() {
+    auto listing = dockerContainers(answers_.containers.output);
+    std::map<std::string_view, std::int64_t> countsByImage;
+    bool isCertain = listing.isComplete();
+    for (DockerContainerRecord& container : listing.records) {
+      const auto origin = answers_.containerOrigins.find(container.id);
+      const bool isKnown = origin != answers_.containerOrigins.end() && isFullImageID(origin->second.imageID);
+      isCertain = isCertain && isKnown;
+      if (!isKnown) continue;
+      ++countsByImage[origin->second.imageID];
+      container.startedAt = origin->second.startedAt;
     }
+    survey_.snapshot.containers = taken(std::move(listing), DockerResourceKind::containers);
+    std::vector<DockerImageRecord>& images = survey_.snapshot.images;
+    if (!isCertain) return note("docker.notice.containersUnknown", DockerResourceKind::images, std::ssize(images));
+    for (DockerImageRecord& image : images) image.containerCount = countsByImage[image.id];
   }
 
   void readTables() {
@@ -106,6 +137,10 @@ class SurveyReader {
   DockerSurvey survey_;
 };
 
+DockerServiceError unavailable(const CommandResult& answer) {
+  return {DockerServiceFault::engineUnavailable, commandFailed(answer).message};
+}
+
 std::optional<DockerServiceError> errorOf(const Answers& answers) {
   for (const CommandResult* listing : {&answers.images, &answers.containers, &answers.volumes})
     if (!listing->hasSucceeded()) return commandFailed(*listing);
@@ -119,8 +154,7 @@ Outcome<DockerSurvey, DockerServiceError> DockerService::survey(const StopToken&
   const DockerEngine engine = scope ? DockerEngine(client_, scope->endpoint, stop) : DockerEngine(client_, stop);
   if (!scope) {
     const CommandResult answer = engine.ask(DockerCommands::engineID());
-    if (!answer.hasSucceeded())
-      return failure(DockerServiceError{DockerServiceFault::engineUnavailable, commandFailed(answer).message});
+    if (!answer.hasSucceeded()) return failure(unavailable(answer));
   }
   return surveyOf(engine, std::move(scope));
 }
@@ -128,8 +162,9 @@ Outcome<DockerSurvey, DockerServiceError> DockerService::survey(const StopToken&
 Outcome<DockerSurvey, DockerServiceError> DockerService::surveyAt(const DockerCleanupScope& scope,
                                                                   const StopToken& stop) const {
   const DockerEngine engine(client_, scope.endpoint, stop);
-  auto identifier = engine.identifier();
-  if (!identifier) return failure(DockerServiceError{DockerServiceFault::engineUnavailable});
+  const CommandResult answer = engine.ask(DockerCommands::engineID());
+  auto identifier = answer.hasSucceeded() ? onlyText(answer.output) : std::nullopt;
+  if (!identifier) return failure(unavailable(answer));
   return surveyOf(engine, DockerCleanupScope{scope.context, scope.endpoint, *std::move(identifier)});
 }
 

@@ -22,9 +22,6 @@ std::string_view identifierOf(const Record& record) {
   return record.id;
 }
 
-// Figures that a program printed: their sum may be beyond any number.
-void addUp(std::int64_t& sum, std::int64_t size) { sum += std::min(size, INT64_MAX - sum); }
-
 template <class Record>
 DockerResourceUsage usageOf(DockerResourceKind kind, const std::vector<Record>& records) {
   DockerResourceUsage usage{.kind = kind};
@@ -32,11 +29,11 @@ DockerResourceUsage usageOf(DockerResourceKind kind, const std::vector<Record>& 
   for (const Record& record : records) {
     if (!seen.insert(identifierOf(record)).second) continue;
     ++usage.totalCount;
-    addUp(usage.sizeBytes, sizeOf(record));
+    addSize(usage.sizeBytes, sizeOf(record));
     if (DockerSafetyPolicy::safetyOf(record) == DockerCleanupSafety::protected_) {
       ++usage.activeCount;
     } else {
-      addUp(usage.reclaimableBytes, sizeOf(record));
+      addSize(usage.reclaimableBytes, sizeOf(record));
     }
   }
   return usage;

@@ -11,6 +11,7 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using Words = std::vector<std::string>;
 
 /// The program, Debian's client, and a real engine.
@@ -71,6 +72,13 @@ TEST_F(DockerCleanCommandTests, removesNothingWithoutANameOrAnAnswer) {
   EXPECT_EQ(done.code, 0) << done.errors;
   EXPECT_THAT(done.output, HasSubstr("Removed 1 object, for good"));
   EXPECT_FALSE(hasVolume("asked"));
+}
+
+TEST_F(DockerCleanCommandTests, doesNotSayThatAPruneRemovedWhatItDidNot) {
+  const CommandLineRun done = run({"docker", "clean", "--prune-build-cache", "--yes"});
+  EXPECT_EQ(done.code, 0) << done.errors;
+  EXPECT_THAT(done.output, AllOf(HasSubstr("the engine removed nothing"), Not(HasSubstr("Removed"))));
+  EXPECT_THAT(run({"history"}).output, AllOf(HasSubstr("removed 0 Docker objects"), HasSubstr("pruned")));
 }
 
 TEST_F(DockerCleanCommandTests, printsOutcomesItemsAndFailures) {

@@ -53,8 +53,8 @@ case "$1 $2" in
   "container ls") say '{"ID":")x" +
            id + R"x(","Names":")x" + container +
            R"x(","Image":"i","State":"exited","Status":"s","RunningFor":"now","Size":"0B","Labels":""}' ;;
-  "container inspect") say '"sha256:)x" +
-           other + R"x("' ;;
+  "container inspect") say '{"id":")x" +
+           id + R"x(","name":"/c","imageID":"sha256:)x" + other + R"x(","startedAt":"once"}' ;;
   *) say "unexpected: $*" >&2; exit 1 ;;
 esac
 )x";

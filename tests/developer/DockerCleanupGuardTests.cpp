@@ -1,19 +1,10 @@
-#include "quorvane/developer/DockerCleanupGuard.h"
-
 #include "quorvane/developer/DockerCleanupRetryService.h"
-#include "quorvane/developer/DockerNames.h"
-#include "quorvane/developer/DockerRemovalCheck.h"
-#include "quorvane/developer/DockerReviewer.h"
-#include "tests/support/DockerRunners.h"
-#include "tests/support/RemovalHome.h"
-#include "tests/support/TestDockerEngine.h"
+#include "tests/developer/CleanedDockerEngine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
-#include <memory>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,101 +16,25 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using Kind = DockerResourceKind;
-
-constexpr const char* realClient = "/usr/bin/docker";
-
-/// A real engine that is cleaned, with a look at, and a hand in, each run of the client.
-class DockerCleanupGuardTests : public testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    if (!TestDockerEngine::missing()) engine_ = std::make_unique<TestDockerEngine>();
-  }
-  static void TearDownTestSuite() {
-    engine_.reset();
-    other_.reset();
-  }
-
-  void SetUp() override {
-    if (const auto reason = TestDockerEngine::missing()) GTEST_SKIP() << *reason;
-    client_.emplace(runner_, DockerClientSettings{.program = {realClient}, .environment = engine_->environment()});
-    check_.emplace([this] { return client_; }, home_.clock());
-    renewHistory();
-  }
-
-  void renewHistory() {
-    history_ =
-        std::make_unique<HistoryStore>(home_.services(), home_.random(), home_.folders().applicationSupport, &*check_);
-  }
-
-  DockerCleanupServices services() {
-    return {*client_, *history_, home_.clock(), home_.random(), home_.services().texts};
-  }
-
-  /// The plan to remove these, reviewed now.
-  DockerCleanupPlan planOf(const std::vector<DockerSelector>& named, bool prunes = false) {
-    home_.clock().set(SystemClock().now());  // the engine has the real time
-    const auto review =
-        DockerReviewer(*client_, home_.clock()).review({.named = named, .prunesBuildCache = prunes}, std::nullopt, {});
-    EXPECT_TRUE(review.has_value() && review->refused.empty());
-    return review ? review->plan : DockerCleanupPlan{};
-  }
-
-  DockerCleanupReport remove(const DockerCleanupPlan& plan, const DockerCleanupOptions& options = {}) {
-    const auto report = DockerCleanupGuard(services()).remove(plan, options);
-    EXPECT_TRUE(report.has_value());
-    return report.value_or(DockerCleanupReport{});
-  }
-
-  static std::vector<std::string> reasonsOf(const DockerCleanupReport& report) {
-    std::vector<std::string> keys;
-    for (const DockerCleanupFailure& each : report.failures) keys.push_back(each.refusal.reasonKey);
-    return keys;
-  }
-
-  /// Does this before the first run of the client that begins with these words.
-  void onceBefore(const Words& beginning, std::function<void()> action) {
-    runner_.before = [this, beginning, action = std::move(action)](const Words& arguments) {
-      const bool isIt =
-          arguments.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), arguments.begin());
-      if (isIt && !std::exchange(hasActed_, true)) action();
-    };
-  }
-
-  std::vector<CleaningHistoryEntry> recorded() {
-    renewHistory();
-    const auto view = history_->load();
-    EXPECT_TRUE(view.has_value());
-    return view ? view->entries : std::vector<CleaningHistoryEntry>();
-  }
-
-  static std::string container(const std::string& name, std::vector<std::string> options = {}) {
-    if (!engine_->accepts({"image", "inspect", "base:1"})) engine_->makeImage("base:1", "base");
-    return engine_->makeContainer("base:1", name, std::move(options));
-  }
-
-  static bool hasImage(const std::string& id) { return engine_->accepts({"image", "inspect", id}); }
-  static bool hasContainer(const std::string& id) { return engine_->accepts({"container", "inspect", id}); }
-  static bool hasVolume(const std::string& name) { return engine_->accepts({"volume", "inspect", name}); }
-
-  static inline std::unique_ptr<TestDockerEngine> engine_, other_;
-  RemovalHome home_;
-  WatchedRunner runner_;
-  std::optional<DockerClient> client_;
-  std::optional<DockerRemovalCheck> check_;
-  std::unique_ptr<HistoryStore> history_;
-  bool hasActed_ = false;
-};
+using DockerCleanupGuardTests = CleanedDockerEngine;
 
 TEST_F(DockerCleanupGuardTests, removesExactlyWhatWasReviewed) {
   const std::string image = engine_->makeImage("gone:1", std::string(1'000'000, 'x')),
                     stays = engine_->makeImage("stays:1", "stays");
   const std::string ended = container("ended"), rests = container("rests");
   for (const char* name : {"gone", "stays"}) engine_->ask({"volume", "create", name});
-  const DockerCleanupReport report =
-      remove(planOf({{Kind::containers, ended}, {Kind::volumes, "gone"}, {Kind::images, image}}));
+  const DockerCleanupPlan plan = planOf({{Kind::containers, ended}, {Kind::volumes, "gone"}, {Kind::images, image}});
+  useEnvironment({{"DOCKER_HOST", "unix:///nonexistent.sock"}, {"DOCKER_CONTEXT", "nonexistent"}});
+  const DockerCleanupReport report = remove(plan);
   EXPECT_THAT(report.failures, IsEmpty());
   EXPECT_FALSE(hasContainer(ended) || hasVolume("gone") || hasImage(image));
   EXPECT_TRUE(hasContainer(rests) && hasVolume("stays") && hasImage(stays));
+  std::vector<Words> removals;
+  for (const ProcessRequest& request : runner_.requests())
+    if (std::ranges::count(request.arguments, "rm") > 0) removals.push_back(request.arguments);
+  EXPECT_THAT(removals, ElementsAre(ElementsAre("--host", engine_->address(), "container", "rm", ended),
+                                    ElementsAre("--host", engine_->address(), "volume", "rm", "gone"),
+                                    ElementsAre("--host", engine_->address(), "image", "rm", "--no-prune", image)));
   ASSERT_THAT(report.outcomes, SizeIs(3));
   EXPECT_EQ(report.outcomes[0].resource, Kind::images);
   EXPECT_TRUE(report.outcomes[0].isMeasured);
@@ -137,116 +52,36 @@ TEST_F(DockerCleanupGuardTests, removesExactlyWhatWasReviewed) {
   }
 }
 
-TEST_F(DockerCleanupGuardTests, forcesNothingAndShortensNothing) {
-  const std::string image = engine_->makeImage("plain:1", "plain"), id = container("plain");
-  remove(planOf({{Kind::images, image}, {Kind::containers, id}}));
-  std::vector<Words> removals;
-  for (const ProcessRequest& request : runner_.requests())
-    if (std::ranges::count(request.arguments, "rm") > 0) removals.push_back(request.arguments);
-  EXPECT_THAT(removals, ElementsAre(ElementsAre("--host", engine_->address(), "image", "rm", "--no-prune", image),
-                                    ElementsAre("--host", engine_->address(), "container", "rm", id)));
+TEST_F(DockerCleanupGuardTests, prunesTheBuildCacheAsOneOperation) {
+  container("cached");  // so that there is an image to build on
+  engine_->build("base:1");
+  engine_->ask({"image", "rm", "built:1"});
+  const DockerCleanupReport report = remove(planOf({}, true));
+  EXPECT_THAT(report.failures, IsEmpty());
+  ASSERT_THAT(report.result.historyItems, SizeIs(1));
+  EXPECT_EQ(report.result.historyItems[0].originalPath.bytes, "docker://builder/prune");
+  EXPECT_EQ(report.outcomes.at(0).resource, Kind::buildCache);
+  EXPECT_EQ(runner_.countOf({"builder", "prune", "--force"}), 1U);
+  EXPECT_GT(report.prunedCount, 0);
+  EXPECT_GT(report.result.historyItems[0].size, 0);
+
+  const DockerCleanupReport again = remove(planOf({}, true));
+  EXPECT_THAT(again.failures, IsEmpty());
+  EXPECT_EQ(again.prunedCount, 0);
+  EXPECT_EQ(again.result.historyItems.at(0).size, 0) << "nobody may count what was not removed";
 }
 
-TEST_F(DockerCleanupGuardTests, everyRecheckStopsARemovalWhoseReasonAppearsAfterTheReview) {
-  const auto retagged = engine_->makeImage("retagged:1", "retagged"), taken = engine_->makeImage("taken:1", "taken"),
-             lost = engine_->makeImage("lost:1", "lost");
-  const auto gone = container("vanished"), renamed = container("renamed");
-  const auto started = engine_->ask({"create", "--network", "none", "--name", "started", "base:1", "/program", "wait"});
-  for (const char* volume : {"mounted", "relabelled"}) engine_->ask({"volume", "create", volume});
-  const struct {
-    DockerSelector target;
-    std::function<void()> change;
-    const char* reason;
-  } cases[] = {
-      {{Kind::images, retagged},
-       [] {
-         engine_->ask({"tag", "retagged:1", "retagged:2"});
-       },
-       "docker.failure.tagsChanged"},
-      {{Kind::images, taken}, [] { engine_->makeContainer("taken:1", "taker"); }, "docker.failure.imageInUse"},
-      {{Kind::images, lost},
-       [] {
-         engine_->ask({"image", "rm", "lost:1"});
-       },
-       "docker.failure.unknownObject"},
-      {{Kind::containers, started},
-       [] {
-         engine_->ask({"start", "started"});
-       },
-       "docker.failure.containerState"},
-      {{Kind::containers, renamed},
-       [] {
-         engine_->ask({"rename", "renamed", "precious"});
-       },
-       "docker.failure.renamed"},
-      {{Kind::containers, gone},
-       [] {
-         engine_->ask({"rm", "vanished"});
-       },
-       "docker.failure.unknownObject"},
-      {{Kind::volumes, "mounted"},
-       [] {
-         container("mounter", {"-v", "mounted:/v"});
-       },
-       "docker.failure.volumeProtected"},
-      {{Kind::volumes, "relabelled"},
-       [] {
-         engine_->ask({"volume", "rm", "relabelled"});
-         engine_->ask({"volume", "create", "--label", "quorvane.keep", "relabelled"});
-       },
-       "docker.failure.volumeProtected"},
-  };
-  for (const auto& each : cases) {
-    const DockerCleanupPlan plan = planOf({each.target});
-    hasActed_ = false;
-    onceBefore({"info"}, each.change);  // in the last moment: the removal is announced already
-    const DockerCleanupReport report = remove(plan);
-    EXPECT_TRUE(hasActed_) << each.reason;
-    EXPECT_THAT(reasonsOf(report), ElementsAre(each.reason)) << each.target.id;
-    EXPECT_THAT(report.result.successfulTargets, IsEmpty());
-    EXPECT_EQ(
-        runner_.countOf({"image", "rm"}) + runner_.countOf({"container", "rm"}) + runner_.countOf({"volume", "rm"}),
-        0U);
-    runner_.before = nullptr;
-  }
-  EXPECT_TRUE(hasImage(retagged) && hasImage(taken) && hasContainer(started) && hasContainer(renamed) &&
-              hasVolume("mounted") && hasVolume("relabelled"));
-}
-
-TEST_F(DockerCleanupGuardTests, removesNothingFromAnotherEngine) {
-  other_ = std::make_unique<TestDockerEngine>();
-  const std::string id = container("here");
-  DockerCleanupPlan plan = planOf({{Kind::containers, id}}, true);
-  plan.targets[0].scope.endpoint = plan.prune->scope.endpoint = other_->address();
-  const DockerCleanupReport report = remove(plan);
-  EXPECT_THAT(reasonsOf(report), ElementsAre("docker.failure.engineChanged", "docker.failure.engineChanged"));
-  EXPECT_TRUE(hasContainer(id));
-  EXPECT_EQ(runner_.countOf({"container", "rm"}) + runner_.countOf({"builder", "prune"}), 0U);
-  other_.reset();
-  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.engineSilent", "docker.failure.engineSilent"));
-}
-
-TEST_F(DockerCleanupGuardTests, reachesThePinnedEngineWhateverTheEnvironmentSays) {
-  const std::string id = container("pinned");
-  const DockerCleanupPlan plan = planOf({{Kind::containers, id}});
-  auto environment = engine_->environment();
-  environment["DOCKER_HOST"] = "unix:///nonexistent.sock";
-  environment["DOCKER_CONTEXT"] = "nonexistent";
-  client_.emplace(runner_, DockerClientSettings{.program = {realClient}, .environment = environment});
-  EXPECT_THAT(remove(plan).failures, IsEmpty());
-  EXPECT_FALSE(hasContainer(id));
-}
-
-TEST_F(DockerCleanupGuardTests, announcesEachRemovalBeforeItsCommandRuns) {
-  const std::string id = container("announced");
-  std::vector<CleaningHistoryItem> before;
-  onceBefore({"container", "rm"}, [&] { before = home_.recorded(); });
-  remove(planOf({{Kind::containers, id}}));
-  ASSERT_THAT(before, SizeIs(1));
-  ASSERT_TRUE(before[0].pendingIrreversible.has_value());
-  EXPECT_THAT(before[0].pendingIrreversible->command, ElementsAre("docker", "container", "rm", id));
-  EXPECT_EQ(before[0].outcome, CleaningHistoryItemOutcome::failed);
-  EXPECT_EQ(before[0].dockerTarget->target.commandTarget, id);
+TEST_F(DockerCleanupGuardTests, removesSafeImagesBeforeThoseThatTheyWereBuiltOn) {
+  container("grounds");  // so that there is an image to build on
+  engine_->buildInSteps("base:1", "whole:1");
+  const DockerReview none = reviewOfSafe();
+  EXPECT_TRUE(none.plan.isEmpty());
+  EXPECT_EQ(none.builtUponCount, 2) << "a named image was built on them";
+  engine_->makeImage("whole:1", "another");  // takes the name
+  const DockerReview review = reviewOfSafe();
+  EXPECT_THAT(review.plan.targets, SizeIs(3));
+  EXPECT_EQ(review.builtUponCount, 0);
+  EXPECT_THAT(remove(review.plan).failures, IsEmpty());
 }
 
 TEST_F(DockerCleanupGuardTests, removesNothingThatCannotBeAnnounced) {
@@ -325,49 +160,6 @@ TEST_F(DockerCleanupGuardTests, goesOnAfterARefusalAndSaysWhatTheEngineSaid) {
   EXPECT_FALSE(hasContainer(id));
 }
 
-TEST_F(DockerCleanupGuardTests, aNameThatCanBeNoneIsRefusedWithoutRunningAnything) {
-  DockerCleanupPlan plan = planOf({{Kind::containers, container("model")}});
-  plan.targets[0].resource = Kind::volumes;
-  for (const char* name : {".data", "--force", "a b", ""}) {
-    plan.targets[0].target.commandTarget = name;
-    EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.invalidName"));
-  }
-  EXPECT_EQ(runner_.countOf({"volume", "rm"}), 0U);
-  EXPECT_THAT(home_.recorded(), IsEmpty());
-}
-
-TEST_F(DockerCleanupGuardTests, prunesTheBuildCacheAsOneOperation) {
-  engine_->build("base:1");
-  engine_->ask({"image", "rm", "built:1"});
-  const DockerCleanupReport report = remove(planOf({}, true));
-  EXPECT_THAT(report.failures, IsEmpty());
-  ASSERT_THAT(report.result.historyItems, SizeIs(1));
-  EXPECT_EQ(report.result.historyItems[0].originalPath.bytes, "docker://builder/prune");
-  EXPECT_EQ(report.outcomes.at(0).resource, Kind::buildCache);
-  EXPECT_EQ(runner_.countOf({"builder", "prune", "--force"}), 1U);
-}
-
-TEST_F(DockerCleanupGuardTests, prunesNoBuildCacheThatWasNotReviewed) {
-  container("cached");  // so that there is an image to build on
-  engine_->build("base:1");
-  engine_->ask({"image", "rm", "built:1"});
-  DockerCleanupPlan plan = planOf({}, true);
-  ASSERT_TRUE(plan.prune && !plan.prune->reviewedTargets.empty());
-  DockerCleanupPlan fewer = plan;
-  fewer.prune->reviewedTargets.pop_back();
-  EXPECT_THAT(reasonsOf(remove(fewer)), ElementsAre("docker.failure.cacheChanged"));
-  EXPECT_EQ(failedTargets(recorded()), fewer) << "a retry has what was reviewed, and is refused alike";
-  runner_.answers = [](const Words& arguments) {
-    return arguments.back() == "--verbose" ? std::optional(printed("garbage")) : std::nullopt;
-  };
-  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.cacheChanged")) << "not listed whole";
-  runner_.answers = nullptr;
-  plan.prune->kind = DockerBulkKind::volume;
-  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.invalidName"));
-  EXPECT_TRUE(failedTargets(recorded()).isEmpty()) << "of another kind there is no retry";
-  EXPECT_EQ(runner_.countOf({"builder", "prune"}), 0U);
-}
-
 TEST_F(DockerCleanupGuardTests, leavesOpenWhatAClientWasCutOffFrom) {
   const std::string id = container("slow");
   const DockerCleanupPlan plan = planOf({{Kind::containers, id}}, true);
@@ -388,45 +180,6 @@ TEST_F(DockerCleanupGuardTests, leavesOpenWhatAClientWasCutOffFrom) {
     if (entry.items[0].dockerTarget) {
       EXPECT_EQ(entry.items[0].outcome, CleaningHistoryItemOutcome::removed);
     }
-}
-
-TEST(DockerRetryTests, triesTheFirstRunOfTheHistoryWhateverItsDate) {
-  const auto entry = [](std::int64_t second, const char* volume) {
-    CleaningHistoryItem item;
-    item.outcome = CleaningHistoryItemOutcome::failed;
-    item.dockerTarget =
-        DockerRetryTarget{Kind::volumes, {"default", "unix:///run/a.sock", "ID"}, {volume, volume, {}, 1}, {}};
-    CleaningHistoryEntry made;
-    made.source = CleaningHistorySource::docker;
-    made.date = Date{std::chrono::seconds(second)};
-    made.items = {item};
-    return made;
-  };
-  const std::vector<CleaningHistoryEntry> entries{entry(1000, "newest"), entry(9000, "whenTheClockWasAhead")};
-  const DockerCleanupPlan plan = failedTargets(entries);
-  ASSERT_THAT(plan.targets, SizeIs(1));
-  EXPECT_EQ(plan.targets[0].target.commandTarget, "newest");
-}
-
-TEST_F(DockerCleanupGuardTests, removesNoVolumeThatWasMadeAfterTheReview) {
-  engine_->ask({"volume", "create", "again"});
-  DockerCleanupPlan plan = planOf({{Kind::volumes, "again"}});
-  EXPECT_EQ(plan.targets.at(0).reviewedTags, std::vector{isoText(wholeSeconds(home_.clock().now()))});
-  ::sleep(2);  // what is told of a volume has whole seconds
-  engine_->ask({"volume", "rm", "again"});
-  engine_->ask({"volume", "create", "again"});
-  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed"));
-  EXPECT_THAT(reasonsOf(remove(failedTargets(recorded()))), ElementsAre("docker.failure.changed")) << "nor by a retry";
-  for (const char* answer : {"\"\"", "\"2020-01-01T00:00:00+1:00\"", "null"}) {
-    runner_.answers = [answer](const Words& arguments) {
-      return arguments[0] == "volume" && arguments[1] == "inspect" ? std::optional(printed(answer)) : std::nullopt;
-    };
-    EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed")) << answer;
-  }
-  runner_.answers = nullptr;
-  plan.targets[0].reviewedTags.clear();
-  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed")) << "nobody knows when it was reviewed";
-  EXPECT_TRUE(hasVolume("again"));
 }
 
 TEST_F(DockerCleanupGuardTests, aRehearsalChecksAndChangesNothing) {
@@ -481,6 +234,24 @@ TEST_F(DockerCleanupGuardTests, settlesAKilledRemovalByAskingTheEngineAndNeverRe
   }
 }
 
+TEST(DockerRetryTests, triesTheFirstRunOfTheHistoryWhateverItsDate) {
+  const auto entry = [](std::int64_t second, const char* volume) {
+    CleaningHistoryItem item;
+    item.outcome = CleaningHistoryItemOutcome::failed;
+    item.dockerTarget =
+        DockerRetryTarget{Kind::volumes, {"default", "unix:///run/a.sock", "ID"}, {volume, volume, {}, 1}, {}};
+    CleaningHistoryEntry made;
+    made.source = CleaningHistorySource::docker;
+    made.date = Date{std::chrono::seconds(second)};
+    made.items = {item};
+    return made;
+  };
+  const std::vector<CleaningHistoryEntry> entries{entry(1000, "newest"), entry(9000, "whenTheClockWasAhead")};
+  const DockerCleanupPlan plan = failedTargets(entries);
+  ASSERT_THAT(plan.targets, SizeIs(1));
+  EXPECT_EQ(plan.targets[0].target.commandTarget, "newest");
+}
+
 TEST_F(DockerCleanupGuardTests, triesTheFailedTargetsOfTheLastRunAgain) {
   const std::string busy = engine_->makeImage("busy:1", "busy"), holder = engine_->makeContainer("busy:1", "holder");
   const std::string other = container("fine");
@@ -496,17 +267,15 @@ TEST_F(DockerCleanupGuardTests, triesTheFailedTargetsOfTheLastRunAgain) {
   ASSERT_THAT(again.targets, SizeIs(1));
   EXPECT_EQ(again.targets[0].target.commandTarget, busy);
   engine_->ask({"rm", "holder"});
-  DockerCleanupGuard guard(services());
-  DockerCleanupRetryService retries(guard, *client_);
-  EXPECT_EQ(retries.faultOf(again), std::nullopt);
-  const auto report = retries.retry(again, {});
-  ASSERT_TRUE(report.has_value());
-  EXPECT_THAT(report->failures, IsEmpty());
+  auto elsewhere = recorded();
+  EXPECT_EQ(DockerCleanupRetryService(*client_).plan(elsewhere).value_or(DockerCleanupPlan()), again);
+  for (CleaningHistoryEntry& entry : elsewhere) entry.items[0].dockerTarget->scope.endpoint = "tcp://127.0.0.1:1";
+  EXPECT_EQ(DockerCleanupRetryService(*client_).plan(elsewhere).error(), DockerRetryFault::scope)
+      << "an address that somebody may have written there";
+  EXPECT_THAT(remove(again).failures, IsEmpty());
   EXPECT_FALSE(hasImage(busy));
-  EXPECT_EQ(retries.faultOf(failedTargets(recorded())), DockerRetryFault::nothing) << "the last run is this one";
-  DockerCleanupPlan elsewhere = again;
-  elsewhere.targets[0].scope.endpoint = "tcp://127.0.0.1:1";
-  EXPECT_EQ(retries.faultOf(elsewhere), DockerRetryFault::scope) << "an address that somebody may have written there";
+  EXPECT_EQ(DockerCleanupRetryService(*client_).plan(recorded()).error(), DockerRetryFault::nothing)
+      << "the last run is this one";
 }
 
 }  // namespace

@@ -60,18 +60,23 @@ TEST_F(DockerClientTests, letsNothingLeadAPinnedRunElsewhere) {
                                                        {"DOCKER_TLS", "1"},        {"DOCKER_TLS_VERIFY", "1"},
                                                        {"DOCKER_CERT_PATH", "/x"}, {"DOCKER_CONFIG", "/own"},
                                                        {"LC_ALL", "de_DE"},        {"BUILDX_BUILDER", "far"},
-                                                       {"BUILDX_CONFIG", "/x"},    {"PATH", "/bin"}};
+                                                       {"BUILDX_CONFIG", "/x"},    {"PATH", "/bin"},
+                                                       {"GOMAXPROCS", "2"}};
   const DockerClient client(runner_, {.program = {"/bin/true"}, .environment = environment});
   client.run({"info"}, {});
   client.runAt("unix:///run/a.sock", {"info"}, {});
   const auto requests = runner_.requests();
-  EXPECT_EQ(requests.at(0).environment, environment);
+  auto own = environment;
+  own.emplace("GOGC", "400");
+  EXPECT_EQ(requests.at(0).environment, own);
   EXPECT_THAT(requests.at(0).arguments, ElementsAre("info"));
   EXPECT_THAT(requests.at(1).arguments, ElementsAre("--host", "unix:///run/a.sock", "info"));
-  EXPECT_EQ(
-      requests.at(1).environment,
-      (std::map<std::string, std::string>{
-          {"DOCKER_BUILDKIT", "0"}, {"DOCKER_CONFIG", "/nonexistent/docker"}, {"LC_ALL", "C"}, {"PATH", "/bin"}}));
+  EXPECT_EQ(requests.at(1).environment, (std::map<std::string, std::string>{{"DOCKER_BUILDKIT", "0"},
+                                                                            {"DOCKER_CONFIG", "/nonexistent/docker"},
+                                                                            {"GOGC", "400"},
+                                                                            {"GOMAXPROCS", "2"},
+                                                                            {"LC_ALL", "C"},
+                                                                            {"PATH", "/bin"}}));
 }
 
 TEST_F(DockerClientTests, takesTheFirstPlaceWithAProgramThatCanBeTrusted) {

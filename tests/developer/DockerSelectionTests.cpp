@@ -1,5 +1,7 @@
 #include "quorvane/developer/DockerSelection.h"
 
+#include "quorvane/developer/DockerRemovalOrder.h"
+
 #include <gtest/gtest.h>
 
 namespace quorvane {
@@ -19,9 +21,9 @@ DockerSnapshot snapshot() {
   };
   made.images = {image(used, "used", "1", 1), image(unused, "new", "2", 0), image(unused, "new", "1", 0),
                  image(dangling, "<none>", "<none>", 0)};
-  made.containers = {{.id = ended, .name = "ended", .state = "exited"},
+  made.containers = {{.id = ended, .name = "ended", .state = "exited", .startedAt = "once"},
                      {.id = running, .name = "on", .state = "running"}};
-  made.volumes = {{.name = "idle", .sizeBytes = 5, .referenceCount = 0},
+  made.volumes = {{.name = "idle", .sizeBytes = 5, .referenceCount = 0, .createdAt = "then"},
                   {.name = "busy", .referenceCount = 1},
                   {.name = ".data", .referenceCount = 0}};
   made.buildCaches = {{.id = "x", .type = "regular", .sizeBytes = 7, .isShared = false}, {.id = "y", .isShared = true}};
@@ -56,6 +58,8 @@ TEST(DockerSelectionTests, plansExactlyWhatWasNamedAsItWasReviewed) {
   EXPECT_EQ(image.reviewedTags, (std::vector<std::string>{"new:1", "new:2"}));
   EXPECT_EQ(image.scope, snapshot().cleanupScope);
   EXPECT_EQ(planned.plan.targets[1].target.historyLocation, "docker://volumes/idle");
+  EXPECT_EQ(planned.plan.targets[1].createdAt, "then");
+  EXPECT_EQ(planned.plan.targets[2].startedAt, "once");
   EXPECT_FALSE(planned.plan.prune.has_value());
 }
 
@@ -82,10 +86,12 @@ TEST(DockerSelectionTests, believesNoVerdictOfAReviewThatWasKept) {
   for (DockerVolumeRecord& volume : kept.volumes) volume.referenceCount = 0;
   kept.images[0].repository = "<none>";
   kept.volumes[0].sizeBytes = -5;
+  kept.volumes[0].createdAt = "before";
   EXPECT_EQ(review({{Kind::volumes, "busy"}}, kept, snapshot()).refused.at(0).refusal.reasonKey,
             "docker.failure.protected");
-  EXPECT_EQ(review({{Kind::volumes, "idle"}}, kept, snapshot()).plan.targets.at(0).target.sizeBytes, 5)
-      << "the present";
+  const DockerRetryTarget idle = review({{Kind::volumes, "idle"}}, kept, snapshot()).plan.targets.at(0);
+  EXPECT_EQ(idle.target.sizeBytes, 5) << "the present";
+  EXPECT_EQ(idle.createdAt, "before") << "the one that was seen";
   const auto safe = reviewOf({.takesSafe = true}, kept, snapshot());
   ASSERT_TRUE(safe.has_value());
   ASSERT_EQ(safe->plan.targets.size(), 1U);
@@ -104,6 +110,24 @@ TEST(DockerSelectionTests, believesNoVerdictOfAReviewThatWasKept) {
   const auto unseen = reviewOf({.named = {{Kind::images, dangling}}}, kept, snapshot());
   ASSERT_FALSE(unseen.has_value()) << "the engine holds it, but nobody reviewed it";
   EXPECT_EQ(unseen.error().id, dangling);
+}
+
+TEST(DockerSelectionTests, takesSafeImagesBeforeThoseThatTheyWereBuiltOn) {
+  const auto id = [](char digit) { return "sha256:" + std::string(64, digit); };
+  const auto order = [&](const std::string& images, const std::vector<std::string>& childAndParent) {
+    std::vector<std::string> identifiers;
+    for (const char each : images) identifiers.push_back(id(each));
+    DockerOrigins<DockerImageOrigin> origins;
+    for (const std::string& each : childAndParent) origins[id(each[0])] = {id(each[0]), id(each[1])};
+    std::string text;
+    for (const std::string& each : removalOrderOf(identifiers, origins).removable) text += each.back();
+    return text;
+  };
+  EXPECT_EQ(order("123", {}), "123");
+  EXPECT_EQ(order("123", {"21", "32"}), "321");
+  EXPECT_EQ(order("123", {"21", "31"}), "231");
+  EXPECT_EQ(order("123", {"21", "42"}), "3") << "another one stays that was built on them";
+  EXPECT_EQ(order("123", {"12", "21"}), "3") << "an engine may say anything";
 }
 
 TEST(DockerSelectionTests, plansOnePruneOfTheBuildCache) {

@@ -96,7 +96,7 @@ TEST_F(HistoryFileTests, keepsWhatIsNoFileAndRefusesItInTheTrash) {
   item.pendingIrreversible = IrreversibleRemovalIntent{entry.date, {"docker", "volume", "rm", "data"}};
   const DockerCleanupScope scope{"default", "unix:///run/engine.sock", "ID"};
   const DockerCleanupTarget target{"data", "data", "docker://volumes/data", 5};
-  item.dockerTarget = DockerRetryTarget{DockerResourceKind::volumes, scope, target, {"a:1"}};
+  item.dockerTarget = DockerRetryTarget{DockerResourceKind::volumes, scope, target, {"a:1"}, "made then"};
   item.dockerOperation = DockerCleanupOperation{DockerBulkKind::buildCache, scope, {target}};
   const std::string text = jsonText(entry);
   EXPECT_EQ(cleaningHistoryEntryFromJson(text).value(), entry);
@@ -111,6 +111,8 @@ TEST_F(HistoryFileTests, keepsWhatIsNoFileAndRefusesItInTheTrash) {
   EXPECT_FALSE(isTaken("\"originalPath\": \"docker://volumes/data\"", "\"originalPath\": \"docker://a\\u001bb\""));
   EXPECT_FALSE(isTaken("\"originalPath\": \"docker://volumes/data\"", "\"originalPath\": \"relative\""));
   EXPECT_FALSE(isTaken("\"resource\": 2", "\"resource\": 4"));
+  EXPECT_FALSE(isTaken("\"createdAt\": \"made then\",", "\"createdAt\": 5,"));
+  EXPECT_TRUE(isTaken("\"createdAt\": \"made then\",", "")) << "as it was written in former days";
 }
 
 TEST_F(HistoryFileTests, refusesTerminalStatesOfAnotherForm) {

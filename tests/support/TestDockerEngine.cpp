@@ -124,4 +124,13 @@ void TestDockerEngine::build(const std::string& image) const {
   ask({"build", "--quiet", "--tag", "built:1", folder_.at("context").bytes});
 }
 
+void TestDockerEngine::buildInSteps(const std::string& image, const std::string& name) const {
+  folder_.write("steps/Dockerfile", "FROM " + image + "\nLABEL first=1\nLABEL second=2\nLABEL third=3\n");
+  auto variables = environment();
+  variables["DOCKER_BUILDKIT"] = "0";
+  const auto built =
+      runProgram(clientProgram, {"build", "--quiet", "--tag", name, folder_.at("steps").bytes}, std::move(variables));
+  EXPECT_EQ(built.exitCode, 0) << built.standardError;
+}
+
 }  // namespace quorvane

@@ -42,6 +42,8 @@ class TestDockerEngine {
                             std::vector<std::string> options = {}) const;
   /// Builds on this image, so that there is build cache.
   void build(const std::string& image) const;
+  /// Builds on this image without build cache: two images without names are left between the two.
+  void buildInSteps(const std::string& image, const std::string& name) const;
 
  private:
   SafeProcessResult run(std::vector<std::string> arguments) const;

@@ -19,7 +19,7 @@ class DockerRemoval {
   CommandOutcome confirmAndRun(const DockerReview& review, bool isInputTaken) {
     if (review.plan.isEmpty() || task_.isSettled()) return run(review);
     if (console_.wantsJson() || isInputTaken || !console_.canAsk())
-      return failure(CommandError{ExitCode::refused, {"cli.error.cannotAsk", {}}});
+      return failure(CommandError{ExitCode::refused, {"cli.error.dockerCannotAsk", {}}});
     if (isConfirmed(review)) return run(review);
     console_.show(console_.text({"cli.docker.declined", {}}) + "\n");
     return console_.wasInterrupted() ? ExitCode::cancelled : ExitCode::done;
@@ -50,7 +50,8 @@ class DockerRemoval {
   }
 
   CommandOutcome run(const DockerReview& review) {
-    DockerSummary summary{.isRehearsal = asked_.isRehearsal, .refused = review.refused};
+    DockerSummary summary{
+        .isRehearsal = asked_.isRehearsal, .refused = review.refused, .builtUponCount = review.builtUponCount};
     if (review.plan.isEmpty()) return printSummary(console_, summary, std::nullopt);
     const auto kind = asked_.isRehearsal ? AppModel::RemovalKind::rehearsal : AppModel::RemovalKind::real;
     const CleaningScanProgressUpdate beginning{0, "docker.status.removing", std::nullopt};
@@ -116,7 +117,7 @@ class DockerRetryCommand {
           task_.model.planDockerRetry(std::move(handlers));
         });
     if (!plan) return failure(plan.error());
-    return removal_.confirmAndRun({*std::move(plan), {}}, false);
+    return removal_.confirmAndRun({.plan = *std::move(plan)}, false);
   }
 
  private:

@@ -38,50 +38,54 @@ Outcome<std::string, CommandError> givenText(const CommandContext& context, AppM
   return failure(refused("cli.error.reviewUnreadable", from, {"what", systemReason(text.error().code)}));
 }
 
-/// What is said of a file that holds something else.
-struct WrongContentKeys {
-  std::string whole, at;
+/// What is said of a file that holds something else, or a review that is too old.
+struct ReviewTexts {
+  std::string undecodable, undecodableAt, stale;
 };
-const WrongContentKeys noScanResult{"cli.error.reviewUndecodable", "cli.error.reviewUndecodableAt"};
-const WrongContentKeys noDockerListing{"cli.error.dockerReviewUndecodable", "cli.error.dockerReviewUndecodableAt"};
+const ReviewTexts ofScan{"cli.error.reviewUndecodable", "cli.error.reviewUndecodableAt", "cli.error.staleReview"};
+const ReviewTexts ofDocker{"cli.error.dockerReviewUndecodable", "cli.error.dockerReviewUndecodableAt",
+                           "cli.error.dockerReviewStale"};
 
-CommandError undecodable(const WrongContentKeys& keys, const std::string& from, const JsonError& error) {
-  CommandError refusal = refused(error.path.empty() ? keys.whole : keys.at, from, {"place", error.path});
+CommandError undecodable(const ReviewTexts& texts, const std::string& from, const JsonError& error) {
+  CommandError refusal =
+      refused(error.path.empty() ? texts.undecodable : texts.undecodableAt, from, {"place", error.path});
   refusal.message.arguments.push_back({"fault", MessageKey{"json.fault." + std::string(caseName(error.fault))}});
   return refusal;
+}
+
+Outcome<ScanResult, JsonError> decodedScan(std::string_view text) {
+  auto result = scanResultFromJson(text);
+  if (!result) return result;
+  const auto negative =
+      std::ranges::find_if(result->items, [](const ScanItem& item) { return item.size < 0; }) - result->items.begin();
+  if (negative == std::ssize(result->items)) return result;
+  return failure(JsonError{JsonFault::outOfRange, "items." + std::to_string(negative) + ".size"});
+}
+
+template <class Review>
+Outcome<Review, CommandError> reviewed(const CommandContext& context, AppModel& model, const ReviewTexts& texts,
+                                       Outcome<Review, JsonError> (*decoded)(std::string_view),
+                                       Date Review::*finishedAt) {
+  const std::string from = context.invocation.removal.from.value_or("-");
+  const auto text = givenText(context, model, from);
+  if (!text) return failure(text.error());
+  auto review = decoded(*text);
+  if (!review) return failure(undecodable(texts, from, review.error()));
+  const Date now = model.clock().now();
+  if (const auto stale = staleSelection((*review).*finishedAt, now))
+    return failure(
+        refused(stale->finishedAt > now ? "cli.error.futureReview" : texts.stale, from, {"date", stale->finishedAt}));
+  return *std::move(review);
 }
 
 }  // namespace
 
 Outcome<ScanResult, CommandError> reviewedResult(const CommandContext& context, AppModel& model) {
-  const std::string from = context.invocation.removal.from.value_or("-");
-  const auto text = givenText(context, model, from);
-  if (!text) return failure(text.error());
-  auto result = scanResultFromJson(*text);
-  if (!result) return failure(undecodable(noScanResult, from, result.error()));
-  const auto negative =
-      std::ranges::find_if(result->items, [](const ScanItem& item) { return item.size < 0; }) - result->items.begin();
-  if (negative < std::ssize(result->items))
-    return failure(
-        undecodable(noScanResult, from, {JsonFault::outOfRange, "items." + std::to_string(negative) + ".size"}));
-  const Date now = model.clock().now();
-  if (const auto stale = staleSelection(*result, now))
-    return failure(refused(stale->finishedAt > now ? "cli.error.futureReview" : "cli.error.staleReview", from,
-                           {"date", stale->finishedAt}));
-  return *std::move(result);
+  return reviewed(context, model, ofScan, decodedScan, &ScanResult::finishedAt);
 }
 
 Outcome<DockerSnapshot, CommandError> reviewedSnapshot(const CommandContext& context, AppModel& model) {
-  const std::string from = context.invocation.removal.from.value_or("-");
-  const auto text = givenText(context, model, from);
-  if (!text) return failure(text.error());
-  auto snapshot = dockerSnapshotFromJson(*text);
-  if (!snapshot) return failure(undecodable(noDockerListing, from, snapshot.error()));
-  const Date now = model.clock().now();
-  if (const auto stale = staleSelection(snapshot->checkedAt, now))
-    return failure(refused(stale->finishedAt > now ? "cli.error.futureReview" : "cli.error.dockerReviewStale", from,
-                           {"date", stale->finishedAt}));
-  return *std::move(snapshot);
+  return reviewed(context, model, ofDocker, dockerSnapshotFromJson, &DockerSnapshot::checkedAt);
 }
 
 }  // namespace quorvane

@@ -2,6 +2,7 @@
 
 #include "quorvane/base/Assert.h"
 #include "quorvane/core/EarlyProcessTable.h"
+#include "quorvane/developer/DockerCleanupGuard.h"
 #include "quorvane/developer/DockerPrograms.h"
 #include "quorvane/developer/DockerRemovalCheck.h"
 #include "quorvane/developer/DockerReviewer.h"
@@ -196,10 +197,6 @@ void AppModel::surveyDocker(Handlers<DockerSurvey, DockerServiceError> handlers)
   start(operation, std::move(handlers));
 }
 
-DockerCleanupServices AppModel::dockerServices(Services& services, const DockerClient& client) const {
-  return {client, services.records.history, clock_, services.scanServices.random, texts_};
-}
-
 void AppModel::reviewDocker(DockerSelection selection, std::optional<DockerSnapshot> kept,
                             Handlers<DockerReview, DockerCleanupError> handlers) {
   const auto operation = [this, selection = std::move(selection), kept = std::move(kept)](
@@ -219,11 +216,9 @@ void AppModel::planDockerRetry(Handlers<DockerCleanupPlan, DockerCleanupError> h
     if (!client) return failure(DockerCleanupError(DockerServiceError{DockerServiceFault::cliNotFound}));
     const auto history = services.records.history.load();
     if (!history) return failure(DockerCleanupError(history.error()));
-    DockerCleanupPlan plan = failedTargets(history->entries);
-    DockerCleanupGuard guard(dockerServices(services, *client));
-    if (const auto fault = DockerCleanupRetryService(guard, *client).faultOf(plan))
-      return failure(DockerCleanupError(*fault));
-    return plan;
+    auto plan = DockerCleanupRetryService(*client).plan(history->entries);
+    if (!plan) return failure(DockerCleanupError(plan.error()));
+    return *std::move(plan);
   };
   start(operation, std::move(handlers));
 }
@@ -238,7 +233,7 @@ void AppModel::cleanDocker(DockerCleanupPlan plan, RemovalKind kind,
     const auto progressed = [&](std::size_t done, std::size_t count, const std::string& name) {
       report(control.progress, "docker.status.removing", done, count, name);
     };
-    auto outcome = DockerCleanupGuard(dockerServices(services, *client))
+    auto outcome = DockerCleanupGuard({*client, services.records.history, clock_, services.scanServices.random, texts_})
                        .remove(plan, {.isRehearsal = kind == RemovalKind::rehearsal,
                                       .stop = control.pausing.stopToken(),
                                       .progressed = progressed});

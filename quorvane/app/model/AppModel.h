@@ -119,7 +119,6 @@ class AppModel {
   void start(Operation operation, Handlers<Result, Failure> handlers);
   Records& records();
   Serialised<Services>& services();
-  DockerCleanupServices dockerServices(Services& services, const DockerClient& client) const;
   void leaveScanning(const Outcome<ScanResult, ScanFault>& outcome);
   void leaveCleaning(const Outcome<RemovalReport, RemovalError>& outcome, RemovalKind kind);
 

@@ -9,28 +9,25 @@ namespace quorvane {
 
 namespace {
 
-void addUp(std::int64_t& sum, std::int64_t size) { sum += std::min(std::max<std::int64_t>(0, size), INT64_MAX - sum); }
-
-std::int64_t bytesOf(const DockerCleanupOperation& prune) {
-  std::int64_t bytes = 0;
-  for (const DockerCleanupTarget& target : prune.reviewedTargets) addUp(bytes, target.sizeBytes);
-  return bytes;
-}
-
 /// Writes a plan, one target a line, and what the prune is.
 void writePlan(ReportText& text, const DockerCleanupPlan& plan) {
   for (const DockerRetryTarget& each : plan.targets)
     text.facts({text.amount(each.target.sizeBytes), text.say({titleKey(each.resource), {}}),
                 text.path({each.target.displayName}), text.path({each.target.commandTarget})});
   if (!plan.prune) return;
-  text.line({"cli.docker.willPrune",
-             {{"count", std::ssize(plan.prune->reviewedTargets)}, {"size", ByteCount{bytesOf(*plan.prune)}}}});
+  text.line(
+      {"cli.docker.willPrune",
+       {{"count", std::ssize(plan.prune->reviewedTargets)}, {"size", ByteCount{sumOf(plan.prune->reviewedTargets)}}}});
 }
 
 Json failureJson(const DockerCleanupFailure& failed) {
   return Json{{"target", toJson(failed.target)},
               {"resource", toJson(failed.resource)},
               {"reasonKey", failed.refusal.reasonKey}};
+}
+
+void writeBuiltUpon(ReportText& text, std::int64_t count) {
+  if (count > 0) text.line({"cli.docker.builtUpon", {{"count", count}}});
 }
 
 /// Writes what came of a run.
@@ -43,24 +40,43 @@ class SummaryWriter {
       writePlan(text_, summary_.report.wouldRemove);
       text_.line(
           {summary_.report.wouldRemove.isEmpty() ? "cli.docker.wouldRemoveNothing" : "cli.docker.wouldRemove", {}});
-      return text_.take();
+    } else {
+      writeRemoved();
     }
-    writeRemoved();
+    writeBuiltUpon(text_, summary_.builtUponCount);
     return text_.take();
   }
 
  private:
   void writeRemoved() {
-    const auto& removed = summary_.report.result.successfulTargets;
-    if (removed.empty()) return text_.line({"cli.docker.removedNothing", {}});
-    for (const CleaningHistoryItem& item : summary_.report.result.historyItems)
-      if (item.outcome == CleaningHistoryItemOutcome::removed)
+    const auto& items = summary_.report.result.historyItems;
+    const auto isRemovedObject = [](const CleaningHistoryItem& item) {
+      return item.outcome == CleaningHistoryItemOutcome::removed && !item.dockerOperation;
+    };
+    const auto count = std::ranges::count_if(items, isRemovedObject);
+    for (const CleaningHistoryItem& item : items)
+      if (isRemovedObject(item))
         text_.facts({text_.amount(item.size), text_.path({item.name}), text_.path(item.originalPath)});
-    text_.blank();
-    text_.heading(text_.say({"cli.docker.removed", {{"count", std::ssize(removed)}}}));
+    if (count > 0) {
+      text_.blank();
+      text_.heading(text_.say({"cli.docker.removed", {{"count", count}}}));
+    }
+    if (count == 0 && !summary_.report.prunedCount) text_.line({"cli.docker.removedNothing", {}});
+    writePruned();
     for (const DockerCleanupOutcome& outcome : summary_.report.outcomes) writeBytes(outcome);
     if (std::ranges::any_of(summary_.report.outcomes, isOtherThanPredicted))
       text_.line({"cli.docker.whyDifferent", {}});
+  }
+
+  void writePruned() {
+    const auto& count = summary_.report.prunedCount;
+    if (count == 0) return text_.line({"cli.docker.prunedNothing", {}});
+    for (const CleaningHistoryItem& item : summary_.report.result.historyItems)
+      if (count && item.dockerOperation)
+        text_.line({"cli.docker.pruned",
+                    {{"count", *count},
+                     {"reviewed", std::ssize(item.dockerOperation->reviewedTargets)},
+                     {"size", ByteCount{item.size}}}});
   }
 
   static bool isOtherThanPredicted(const DockerCleanupOutcome& outcome) {
@@ -68,7 +84,8 @@ class SummaryWriter {
   }
 
   void writeBytes(const DockerCleanupOutcome& outcome) {
-    if (outcome.successfulCount == 0) return;
+    const bool isEmptyPrune = outcome.resource == DockerResourceKind::buildCache && summary_.report.prunedCount == 0;
+    if (outcome.successfulCount == 0 || isEmptyPrune) return;
     text_.line({outcome.isMeasured ? "cli.docker.measured" : "cli.docker.unmeasured",
                 {{"resource", MessageKey{titleKey(outcome.resource)}},
                  {"size", ByteCount{outcome.reclaimedBytes}},
@@ -93,6 +110,7 @@ bool isUnrecorded(const DockerCleanupOutcome& outcome) {
 std::string dockerReviewText(const DockerReview& review, const ReportStyle& style) {
   ReportText text(style);
   writePlan(text, review.plan);
+  writeBuiltUpon(text, review.builtUponCount);
   for (const DockerCleanupFailure& failed : review.refused)
     text.line({"cli.trash.leftOut",
                {{"path", placeOf(failed)},
@@ -101,8 +119,8 @@ std::string dockerReviewText(const DockerReview& review, const ReportStyle& styl
 }
 
 Message dockerQuestion(const DockerCleanupPlan& plan) {
-  std::int64_t bytes = plan.prune ? bytesOf(*plan.prune) : 0;
-  for (const DockerRetryTarget& each : plan.targets) addUp(bytes, each.target.sizeBytes);
+  std::int64_t bytes = plan.prune ? sumOf(plan.prune->reviewedTargets) : 0;
+  for (const DockerRetryTarget& each : plan.targets) addSize(bytes, each.target.sizeBytes);
   if (plan.targets.empty()) return {"cli.docker.questionOfPrune", {{"size", ByteCount{bytes}}}};
   const char* key = plan.prune ? "cli.docker.questionWithPrune" : "cli.docker.question";
   return {key, {{"count", std::ssize(plan.targets)}, {"size", ByteCount{bytes}}}};

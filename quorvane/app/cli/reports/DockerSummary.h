@@ -13,6 +13,7 @@ struct DockerSummary {
   bool isRehearsal = false;
   DockerCleanupReport report = {};
   std::vector<DockerCleanupFailure> refused = {};  ///< before the run
+  std::int64_t builtUponCount = 0;                 ///< as the review has it
 };
 
 /// What is about to be removed and how, for people to confirm.

@@ -27,7 +27,8 @@ struct RunSum {
     } else if (item.outcome == CleaningHistoryItemOutcome::failed) {
       ++failed;
     } else {
-      ++moved;
+      const bool isEmptyPrune = item.dockerOperation && item.size == 0;
+      if (!isEmptyPrune) ++moved;
       bytes += item.size;
     }
     if (item.restoredAt) ++restored;
@@ -125,7 +126,8 @@ Message stateOf(const CleaningHistoryItem& item, bool isInFlight) {
   if (item.restoredPath && *item.restoredPath != item.originalPath)
     return {"cli.history.state.restoredTo", {{"path", *item.restoredPath}}};
   if (item.restoredAt) return {"cli.history.state.restored", {}};
-  if (item.outcome == CleaningHistoryItemOutcome::removed) return {"cli.history.state.removed", {}};
+  if (item.outcome == CleaningHistoryItemOutcome::removed)
+    return {item.dockerOperation ? "cli.history.state.pruned" : "cli.history.state.removed", {}};
   if (item.outcome == CleaningHistoryItemOutcome::failed)
     return {isAbsolute(item.originalPath.bytes) ? "cli.history.state.failed" : "cli.history.state.notRemoved",
             {{"text", item.failureReason.value_or("")}}};

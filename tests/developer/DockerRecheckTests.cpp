@@ -1,0 +1,157 @@
+#include "quorvane/developer/DockerCleanupRetryService.h"
+#include "tests/developer/CleanedDockerEngine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+namespace quorvane {
+namespace {
+
+using testing::ElementsAre;
+using Kind = DockerResourceKind;
+using DockerRecheckTests = CleanedDockerEngine;
+
+TEST_F(DockerRecheckTests, everyRecheckStopsARemovalWhoseReasonAppearsAfterTheReview) {
+  const auto retagged = engine_->makeImage("retagged:1", "retagged"), taken = engine_->makeImage("taken:1", "taken"),
+             lost = engine_->makeImage("lost:1", "lost");
+  const auto gone = container("vanished"), renamed = container("renamed"), again = container("again");
+  const auto started = engine_->ask({"create", "--network", "none", "--name", "started", "base:1", "/program", "wait"});
+  for (const char* volume : {"mounted", "relabelled", "remade"}) engine_->ask({"volume", "create", volume});
+  const struct {
+    DockerSelector target;
+    std::function<void()> change;
+    const char* reason;
+  } cases[] = {
+      {{Kind::images, retagged},
+       [] {
+         engine_->ask({"tag", "retagged:1", "retagged:2"});
+       },
+       "docker.failure.tagsChanged"},
+      {{Kind::images, taken}, [] { engine_->makeContainer("taken:1", "taker"); }, "docker.failure.imageInUse"},
+      {{Kind::images, lost},
+       [] {
+         engine_->ask({"image", "rm", "lost:1"});
+       },
+       "docker.failure.unknownObject"},
+      {{Kind::containers, started},
+       [] {
+         engine_->ask({"start", "started"});
+       },
+       "docker.failure.containerState"},
+      {{Kind::containers, renamed},
+       [] {
+         engine_->ask({"rename", "renamed", "precious"});
+       },
+       "docker.failure.renamed"},
+      {{Kind::containers, again},
+       [] {
+         engine_->ask({"start", "--attach", "again"});
+       },
+       "docker.failure.ranAgain"},
+      {{Kind::containers, gone},
+       [] {
+         engine_->ask({"rm", "vanished"});
+       },
+       "docker.failure.unknownObject"},
+      {{Kind::volumes, "mounted"},
+       [] {
+         container("mounter", {"-v", "mounted:/v"});
+       },
+       "docker.failure.volumeProtected"},
+      {{Kind::volumes, "relabelled"},
+       [] {
+         engine_->ask({"volume", "rm", "relabelled"});
+         engine_->ask({"volume", "create", "--label", "quorvane.keep", "relabelled"});
+       },
+       "docker.failure.volumeProtected"},
+      {{Kind::volumes, "remade"},
+       [] {
+         ::sleep(2);  // the engine tells whole seconds
+         engine_->ask({"volume", "rm", "remade"});
+         engine_->ask({"volume", "create", "remade"});
+       },
+       "docker.failure.changed"},
+  };
+  for (const auto& each : cases) {
+    const DockerCleanupPlan plan = planOf({each.target});
+    hasActed_ = false;
+    onceBefore({"info"}, each.change);  // in the last moment: the removal is announced already
+    const DockerCleanupReport report = remove(plan);
+    EXPECT_TRUE(hasActed_) << each.reason;
+    EXPECT_THAT(reasonsOf(report), ElementsAre(each.reason)) << each.target.id;
+    runner_.before = nullptr;
+    EXPECT_THAT(reasonsOf(remove(failedTargets(recorded()))), ElementsAre(each.reason)) << "nor by a retry";
+  }
+  EXPECT_EQ(removalCount(), 0U);
+}
+
+TEST_F(DockerRecheckTests, removesNothingFromAnotherEngine) {
+  auto other = std::make_unique<TestDockerEngine>();
+  const std::string id = container("here");
+  DockerCleanupPlan plan = planOf({{Kind::containers, id}}, true);
+  plan.targets[0].scope.endpoint = plan.prune->scope.endpoint = other->address();
+  const DockerCleanupReport report = remove(plan);
+  EXPECT_THAT(reasonsOf(report), ElementsAre("docker.failure.engineChanged", "docker.failure.engineChanged"));
+  EXPECT_EQ(removalCount(), 0U);
+  other.reset();
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.engineSilent", "docker.failure.engineSilent"));
+}
+
+TEST_F(DockerRecheckTests, aNameThatCanBeNoneIsRefusedWithoutRunningAnything) {
+  DockerCleanupPlan plan = planOf({{Kind::containers, container("model")}});
+  plan.targets[0].resource = Kind::volumes;
+  for (const char* name : {".data", "--force", "a b", ""}) {
+    plan.targets[0].target.commandTarget = name;
+    EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.invalidName"));
+  }
+  EXPECT_EQ(removalCount(), 0U);
+  EXPECT_TRUE(home_.recorded().empty());
+}
+
+TEST_F(DockerRecheckTests, prunesNoBuildCacheThatWasNotReviewed) {
+  container("cached");  // so that there is an image to build on
+  engine_->build("base:1");
+  engine_->ask({"image", "rm", "built:1"});
+  DockerCleanupPlan plan = planOf({}, true);
+  ASSERT_TRUE(plan.prune && !plan.prune->reviewedTargets.empty());
+  DockerCleanupPlan fewer = plan;
+  fewer.prune->reviewedTargets.pop_back();
+  EXPECT_THAT(reasonsOf(remove(fewer)), ElementsAre("docker.failure.cacheChanged"));
+  EXPECT_EQ(failedTargets(recorded()), fewer) << "a retry has what was reviewed, and is refused alike";
+  runner_.answers = [](const Words& arguments) {
+    return arguments.back() == "--verbose" ? std::optional(printed("garbage")) : std::nullopt;
+  };
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.cacheChanged")) << "not listed whole";
+  runner_.answers = nullptr;
+  plan.prune->kind = DockerBulkKind::volume;
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.invalidName"));
+  EXPECT_TRUE(failedTargets(recorded()).isEmpty()) << "of another kind there is no retry";
+  EXPECT_EQ(removalCount(), 0U);
+}
+
+/// As in a history of former days, in a kept listing without it, and where the engine does not tell.
+TEST_F(DockerRecheckTests, removesNothingThatMayBeAnotherThanWasReviewed) {
+  engine_->ask({"volume", "create", "old"});
+  const DockerCleanupPlan plan = planOf({{Kind::volumes, "old"}, {Kind::containers, container("old")}});
+  ASSERT_TRUE(plan.targets.at(0).createdAt && plan.targets.at(1).startedAt);
+  DockerCleanupPlan former = plan;
+  former.targets[0].createdAt.reset();
+  former.targets[0].reviewedTags = {"2026-11-21T05:04:03Z"};
+  former.targets[1].startedAt.reset();
+  EXPECT_THAT(reasonsOf(remove(former)), testing::Each("docker.failure.changed"));
+  for (const char* answer : {R"({"name":"old","createdAt":""})", R"({"name":"other","createdAt":"x"})", "null", ""}) {
+    runner_.answers = [answer](const Words& arguments) {
+      return arguments[1] == "inspect" && arguments[3].starts_with('{') && arguments[3] != "{{json .Id}}" &&
+                     arguments[3] != "{{json .State.Status}}"
+                 ? std::optional(printed(answer))
+                 : std::nullopt;
+    };
+    EXPECT_THAT(reasonsOf(remove(plan)), testing::Each("docker.failure.changed")) << answer;
+  }
+  EXPECT_EQ(removalCount(), 0U);
+}
+
+}  // namespace
+}  // namespace quorvane
