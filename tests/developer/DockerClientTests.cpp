@@ -102,12 +102,6 @@ TEST_F(DockerClientTests, takesTheFirstPlaceWithAProgramThatCanBeTrusted) {
   }
 }
 
-TEST_F(DockerClientTests, looksInTheFixedPlacesInTheirOrder) {
-  EXPECT_THAT(dockerPlaces(), ElementsAre(FilePath{"/Applications/Docker.app/Contents/Resources/bin/docker"},
-                                          FilePath{"/opt/homebrew/bin/docker"}, FilePath{"/usr/local/bin/docker"},
-                                          FilePath{"/usr/bin/docker"}, FilePath{"/snap/bin/docker"}));
-}
-
 /// A client that pins: what it says of its context, the address, and the engine.
 TEST_F(DockerClientTests, pinsAnEngineOnlyWithAllThreeAnswers) {
   std::map<std::string, SafeProcessResult> answers;

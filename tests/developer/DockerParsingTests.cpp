@@ -13,7 +13,7 @@ namespace {
 TEST(DockerParsingTests, readsSizes) {
   const struct {
     const char* text;
-    std::optional<std::int64_t> bytes;
+    std::int64_t bytes;
   } cases[] = {
       {"0B", 0},
       {"512", 512},
@@ -24,22 +24,13 @@ TEST(DockerParsingTests, readsSizes) {
       {"1.2GB", 1'200'000'000},
       {"8TiB", 8'796'093'022'208},
       {"9223372TB", 9'223'372'000'000'000'000},
-      {"9223373TB", std::nullopt},
-      {"9223372036854775808", std::nullopt},
-      {"12 XB", std::nullopt},
-      {"", std::nullopt},
-      {"kB", std::nullopt},
-      {"-1B", std::nullopt},
-      {"1.kB", std::nullopt},
-      {".5kB", std::nullopt},
-      {"1e3", std::nullopt},
-      {" 1B", std::nullopt},
-      {"1B ", std::nullopt},
-      {"1,5kB", std::nullopt},
-      {"N/A", std::nullopt},
   };
   for (const auto& each : cases) EXPECT_EQ(dockerSize(each.text), each.bytes) << each.text;
-  EXPECT_EQ(dockerSize(std::string(400, '9')), std::nullopt) << "beyond any number";
+  for (const std::string& text :
+       {std::string(400, '9'), std::string("9223373TB"), std::string("9223372036854775808"), std::string("12 XB"),
+        std::string(), std::string("kB"), std::string("-1B"), std::string("1.kB"), std::string(".5kB"),
+        std::string("1e3"), std::string(" 1B"), std::string("1B "), std::string("1,5kB"), std::string("N/A")})
+    EXPECT_EQ(dockerSize(text), std::nullopt) << text;
   EXPECT_EQ(dockerContainerSize("1.5kB (virtual 762kB)"), 1'500);
   EXPECT_EQ(dockerContainerSize("(virtual 762kB)"), std::nullopt);
 }
