@@ -196,6 +196,8 @@ const std::vector<std::string> board{QUORVANE_PROGRAM, "status", "--watch", "--i
 TEST(StatusBoardOnTerminalTests, obeysItsKeys) {
   OnTerminal terminal(board);
   ASSERT_TRUE(terminal.shows("s by memory"));
+  EXPECT_THAT(terminal.shown(), testing::Not(testing::ContainsRegex("Processor +not measured")))
+      << "rates are waited for";
   terminal.type("s");
   EXPECT_TRUE(terminal.shows("s by processor"));
   terminal.type("\x1b[A\x1b[1;5C\x1bOq\x1bq ");  // an arrow, one with Ctrl, a key of the pad, Alt and q, the space bar
