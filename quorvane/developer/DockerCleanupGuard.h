@@ -19,6 +19,7 @@ struct DockerCleanupServices {
 struct DockerCleanupOptions {
   bool isRehearsal = false;  ///< everything is checked, nothing written or removed
   StopToken stop = {};       ///< ends the run after the target in hand
+  /// After each target; the name is for people.
   std::function<void(std::size_t done, std::size_t count, const std::string& name)> progressed = {};
 };
 

@@ -37,7 +37,7 @@ Outcome<DockerCleanupReport, RecoveryStoreError> DockerCleanupRun::perform() {
     take(step);
     if (unannounced_ && !hasAnnounced_) return failure(*unannounced_);
     const auto done = static_cast<std::size_t>(&step - all.data()) + 1;
-    if (options_.progressed) options_.progressed(done, all.size(), step.target.displayName);
+    if (options_.progressed) options_.progressed(done, all.size(), nameOf(step));
   }
   if (journal_ != nullptr) addOutcomes(all, before);
   return std::move(report_);
@@ -51,14 +51,14 @@ std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
     all.push_back(
         {each.resource, each.scope, each.target,
          isNamed ? DockerCommands::removalOf(each.resource, each.target.commandTarget) : std::vector<std::string>(),
-         &each});
+         &each, nullptr});
   }
   if (plan_.prune) {
     DockerCleanupTarget cache{std::string(pruneTarget), titleKey(DockerResourceKind::buildCache),
                               std::string(buildCacheLocation)};
     cache.sizeBytes = sumOf(plan_.prune->reviewedTargets);
     all.push_back({DockerResourceKind::buildCache, plan_.prune->scope, std::move(cache),
-                   DockerCommands::pruneBuildCache(), nullptr});
+                   DockerCommands::pruneBuildCache(), nullptr, &*plan_.prune});
   }
   return all;
 }
@@ -84,21 +84,24 @@ void DockerCleanupRun::take(const Step& step) {
 
 std::optional<DockerRefusal> DockerCleanupRun::refusal(const Step& step) const {
   const DockerEngine engine = engineOf(step.scope);
-  return step.object != nullptr ? refusalNow(engine, *step.object) : refusalNow(engine, plan_.prune.value());
+  return step.isPrune() ? refusalNow(engine, *step.prune) : refusalNow(engine, *step.object);
+}
+
+std::string DockerCleanupRun::nameOf(const Step& step) const {
+  return step.isPrune() ? services_.texts(step.target.displayName) : withReplacedInvalidUtf8(step.target.displayName);
 }
 
 CleaningHistoryItem DockerCleanupRun::itemOf(const Step& step) const {
   CleaningHistoryItem item;
   item.id = services_.random.uuid();
-  item.name =
-      step.isPrune() ? services_.texts(step.target.displayName) : withReplacedInvalidUtf8(step.target.displayName);
+  item.name = nameOf(step);
   item.originalPath = FilePath{step.isPrune() ? std::string(buildCacheLocation)
                                               : historyLocation(step.resource, step.target.commandTarget)};
   item.size = step.target.sizeBytes;
-  if (step.object != nullptr) {
-    item.dockerTarget = *step.object;
+  if (step.isPrune()) {
+    item.dockerOperation = *step.prune;
   } else {
-    item.dockerOperation = plan_.prune;
+    item.dockerTarget = *step.object;
   }
   return item;
 }
@@ -140,7 +143,7 @@ std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) const {
 std::optional<DockerRefusal> DockerCleanupRun::pruned(const Step& step, CleaningHistoryItem& item) {
   const DockerEngine engine = engineOf(step.scope);
   const CommandResult done = engine.ask(step.command);
-  const auto gone = done.hasSucceeded() ? goneOf(engine, plan_.prune.value()) : std::nullopt;
+  const auto gone = done.hasSucceeded() ? goneOf(engine, *step.prune) : std::nullopt;
   if (!gone)
     return DockerRefusal{messageKey(DockerPresence::unknown), CleanupFailureCategory::other,
                          commandFailed(done).message, true};

@@ -29,14 +29,17 @@ class DockerCleanupRun {
     const DockerCleanupScope& scope;
     DockerCleanupTarget target;
     std::vector<std::string> command;  // none for what has no name that can be one
-    const DockerRetryTarget* object;   ///< null for the prune of the build cache
+    const DockerRetryTarget* object;   // one of these two
+    const DockerCleanupOperation* prune;
 
-    bool isPrune() const { return object == nullptr; }
+    bool isPrune() const { return prune != nullptr; }
   };
 
   std::vector<Step> steps() const;
   void take(const Step& step);
   std::optional<DockerRefusal> refusal(const Step& step) const;
+  /// For people.
+  std::string nameOf(const Step& step) const;
   CleaningHistoryItem itemOf(const Step& step) const;
   void remove(const Step& step, CleaningHistoryItem item);
   std::optional<DockerRefusal> removed(const Step& step) const;

@@ -7,6 +7,19 @@
 
 namespace quorvane {
 
+namespace {
+
+DockerOrigins<DockerImageOrigin> originsOf(const DockerEngine& engine, const std::vector<DockerImageRecord>& images) {
+  std::vector<std::string> identifiers;
+  identifiers.reserve(images.size());
+  for (const DockerImageRecord& image : images) identifiers.push_back(image.id);
+  std::ranges::sort(identifiers);
+  identifiers.erase(std::ranges::unique(identifiers).begin(), identifiers.end());
+  return imageOrigins(engine, identifiers);
+}
+
+}  // namespace
+
 std::string messageKey(DockerReviewFault fault) { return "docker.review.error." + std::string(caseName(fault)); }
 
 Outcome<DockerReview, DockerCleanupError> DockerReviewer::review(const DockerSelection& selection,
@@ -17,21 +30,13 @@ Outcome<DockerReview, DockerCleanupError> DockerReviewer::review(const DockerSel
     return failure(DockerCleanupError(DockerReviewFault::foreignScope));
   const auto now = kept ? service_.surveyAt(*kept->cleanupScope, stop) : service_.survey(stop);
   if (!now) return failure(DockerCleanupError(now.error()));
-  if (!now->snapshot.cleanupScope) return failure(DockerCleanupError(DockerReviewFault::notPinned));
-  const auto origins = selection.takesSafe ? originsOfImages(now->snapshot, stop) : DockerOrigins<DockerImageOrigin>();
+  const auto& scope = now->snapshot.cleanupScope;
+  if (!scope) return failure(DockerCleanupError(DockerReviewFault::notPinned));
+  DockerOrigins<DockerImageOrigin> origins;
+  if (selection.takesSafe) origins = originsOf(DockerEngine(client_, scope->endpoint, stop), now->snapshot.images);
   auto review = reviewOf(selection, kept ? *kept : now->snapshot, now->snapshot, origins);
   if (!review) return failure(DockerCleanupError(review.error()));
   return *std::move(review);
-}
-
-DockerOrigins<DockerImageOrigin> DockerReviewer::originsOfImages(const DockerSnapshot& now,
-                                                                 const StopToken& stop) const {
-  std::vector<std::string> identifiers;
-  identifiers.reserve(now.images.size());
-  for (const DockerImageRecord& image : now.images) identifiers.push_back(image.id);
-  std::ranges::sort(identifiers);
-  identifiers.erase(std::ranges::unique(identifiers).begin(), identifiers.end());
-  return imageOrigins(DockerEngine(client_, now.cleanupScope.value().endpoint, stop), identifiers);
 }
 
 }  // namespace quorvane

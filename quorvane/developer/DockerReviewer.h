@@ -20,8 +20,6 @@ class DockerReviewer {
                                                    const StopToken& stop) const;
 
  private:
-  DockerOrigins<DockerImageOrigin> originsOfImages(const DockerSnapshot& now, const StopToken& stop) const;
-
   const DockerClient& client_;
   DockerService service_;
 };

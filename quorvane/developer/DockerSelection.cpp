@@ -135,7 +135,8 @@ class Reviewer {
 
  private:
   static const DockerCleanupScope& scopeOf(const DockerSnapshot& snapshot) {
-    require(snapshot.cleanupScope.has_value(), "only an engine that is pinned is cleaned");
+    if (!snapshot.cleanupScope)
+      abortOnBrokenInvariant("only an engine that is pinned is cleaned", std::source_location::current());
     return *snapshot.cleanupScope;
   }
 

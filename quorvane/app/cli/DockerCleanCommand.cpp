@@ -54,7 +54,8 @@ class DockerRemoval {
         .isRehearsal = asked_.isRehearsal, .refused = review.refused, .builtUponCount = review.builtUponCount};
     if (review.plan.isEmpty()) return printSummary(console_, summary, std::nullopt);
     const auto kind = asked_.isRehearsal ? AppModel::RemovalKind::rehearsal : AppModel::RemovalKind::real;
-    const CleaningScanProgressUpdate beginning{0, "docker.status.removing", std::nullopt};
+    const char* doing = asked_.isRehearsal ? "docker.status.checking" : "docker.status.removing";
+    const CleaningScanProgressUpdate beginning{0, doing, std::nullopt};
     using Handlers = AppModel::Handlers<DockerCleanupReport, DockerCleanupError>;
     auto [outcome, cancelled] = runOperation<DockerCleanupReport, DockerCleanupError>(
         console_, task_.loop, task_.model, beginning,

@@ -231,7 +231,8 @@ void AppModel::cleanDocker(DockerCleanupPlan plan, RemovalKind kind,
     const auto client = services.dockerClient(docker_);
     if (!client) return failure(DockerCleanupError(DockerServiceError{DockerServiceFault::cliNotFound}));
     const auto progressed = [&](std::size_t done, std::size_t count, const std::string& name) {
-      report(control.progress, "docker.status.removing", done, count, name);
+      report(control.progress, kind == RemovalKind::rehearsal ? "docker.status.checking" : "docker.status.removing",
+             done, count, name);
     };
     auto outcome = DockerCleanupGuard({*client, services.records.history, clock_, services.scanServices.random, texts_})
                        .remove(plan, {.isRehearsal = kind == RemovalKind::rehearsal,
