@@ -13,12 +13,14 @@ namespace quorvane {
 
 namespace {
 
-static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may touch only what takes no lock");
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<LastAct>::is_always_lock_free,
+              "a signal handler may touch only what takes no lock");
 
 // A signal handler is given nothing but its number, so these are what has to lie where all can reach it.
 std::atomic<MainLoop*> interrupted{nullptr};
 std::atomic<const WakePipe*> interruptedWriting{nullptr};
 std::atomic<int> firstNumber{0};
+std::atomic<LastAct> lastAct{nullptr};
 
 std::atomic<const WakePipe*> interruptedQuestion{nullptr};
 std::atomic<const std::string*> notice{nullptr};
@@ -35,7 +37,14 @@ void interruptQuestion(int) {
   if (const WakePipe* pipe = interruptedQuestion.load()) pipe->wake();
 }
 
+void endAtOnce(int number) {
+  if (const LastAct act = lastAct.load()) act(number);
+  ::signal(number, SIG_DFL);
+  ::raise(number);
+}
+
 void interruptLoop(int number) {
+  ::signal(number, endAtOnce);
   int none = 0;
   firstNumber.compare_exchange_strong(none, number);
   if (MainLoop* loop = interrupted.load()) loop->interrupt();
@@ -43,6 +52,8 @@ void interruptLoop(int number) {
 }
 
 }  // namespace
+
+void setLastAct(LastAct act) { lastAct = act; }
 
 InterruptNotice::InterruptNotice(std::string line) : line_(std::move(line)) {
   require(notice.exchange(&line_) == nullptr, "one run at a time has a last word");
@@ -81,17 +92,11 @@ InterruptSignal::InterruptSignal(MainLoop& loop, OutputChannel& drawn) : drawn_(
   interruptedWriting = &pipe_;
   drawn_.giveUpAfter(pipe_.descriptor());
   if (!loop.isInterrupted()) firstNumber = 0;  // or else it came too late for the operation before, and ends this one
-  struct sigaction action {};
-  action.sa_handler = interruptLoop;
-  action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-  for (std::size_t i = 0; i < numbers_.size(); ++i) {
-    ::sigaction(numbers_[i], nullptr, &before_[i]);
-    if (before_[i].sa_handler != SIG_IGN) ::sigaction(numbers_[i], &action, nullptr);
-  }
+  signals_.handle(numbers_, interruptLoop);
 }
 
 InterruptSignal::~InterruptSignal() {
-  for (std::size_t i = 0; i < numbers_.size(); ++i) ::sigaction(numbers_[i], &before_[i], nullptr);
+  signals_.putBack();
   drawn_.giveUpAfter(OutputChannel::nothing);
   interruptedWriting = nullptr;
   interrupted = nullptr;

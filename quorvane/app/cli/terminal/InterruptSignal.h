@@ -2,6 +2,7 @@
 
 #include "quorvane/app/cli/arguments/CommandError.h"
 #include "quorvane/app/cli/terminal/OutputChannel.h"
+#include "quorvane/app/cli/terminal/SignalHandlers.h"
 #include "quorvane/app/model/MainLoop.h"
 #include "quorvane/platform/WakePipe.h"
 
@@ -25,9 +26,15 @@ class InterruptNotice {
   struct sigaction before_ {};
 };
 
+/// What is done in the handler of a signal just before it ends the process; given its number.
+using LastAct = void (*)(int);
+
+/// What the second one of the signals below does from now on before it ends the process; nothing for `nullptr`.
+void setLastAct(LastAct act);
+
 /// As long as it lives, Ctrl-C (SIGINT), a lost terminal (SIGHUP) and a request to end (SIGTERM) interrupt the loop
-/// instead of ending the process, the first time each; a second one of its kind ends it. One that the process was
-/// started to overlook stays overlooked. One at a time.
+/// instead of ending the process, the first time each; a second one of its kind ends it, after the last act that was
+/// set. One that the process was started to overlook stays overlooked. One at a time.
 ///
 /// The thread of the loop may write to `drawn` meanwhile: a reader that reads nothing does not keep it from its end.
 class InterruptSignal {
@@ -45,7 +52,7 @@ class InterruptSignal {
 
   OutputChannel& drawn_;
   const WakePipe pipe_;
-  std::array<struct sigaction, numbers_.size()> before_{};
+  SignalHandlers signals_;
 };
 
 /// As long as it lives, Ctrl-C ends a wait for an answer instead of the process, the first time; a second one ends the

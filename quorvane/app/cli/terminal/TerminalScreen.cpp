@@ -1,8 +1,10 @@
 #include "quorvane/app/cli/terminal/TerminalScreen.h"
 
+#include "quorvane/app/cli/terminal/InterruptSignal.h"
 #include "quorvane/app/model/MainLoop.h"
 #include "quorvane/base/Assert.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <utility>
@@ -25,17 +27,23 @@ constexpr std::string_view endLine = "\x1b[K\r\n";
 
 constexpr std::array toldSignals{SIGWINCH, SIGTSTP, SIGCONT};
 constexpr std::array overlookedSignals{SIGTTOU};  // nothing that is done to the terminal stops the program
-constexpr std::array deadlySignals{SIGQUIT, SIGABRT, SIGSEGV, SIGBUS,    SIGFPE,  SIGILL,  SIGTRAP,
-                                   SIGSYS,  SIGXCPU, SIGALRM, SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2};
+// These end no program by themselves, or are left to who listens to them.
+constexpr std::array otherSignals{SIGCHLD, SIGCONT, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU,
+                                  SIGURG,  SIGKILL, SIGINT,  SIGHUP,  SIGTERM, SIGWINCH};
+
+/// All others, the real-time ones included.
+std::vector<int> deadlySignals() {
+  std::vector<int> numbers;
+  for (int number = 1; number < NSIG; ++number)
+    if (std::ranges::find(otherSignals, number) == otherSignals.end()) numbers.push_back(number);
+  return numbers;
+}
 
 // A signal handler is given nothing but its number, so these are what has to lie where all can reach it.
 std::atomic<const WakePipe*> signalPipe{nullptr};
 std::atomic<bool> isEntered{false};
 std::atomic<bool> hasModes{false};
 termios modesBefore{};  // written before `hasModes` is set
-std::array<struct sigaction, toldSignals.size()> toldBefore{};
-std::array<struct sigaction, overlookedSignals.size()> overlookedBefore{};
-std::array<struct sigaction, deadlySignals.size()> deadlyBefore{};
 
 void tellSignal(int number) {
   if (const WakePipe* pipe = signalPipe.load()) pipe->wake(static_cast<char>(number));
@@ -51,36 +59,24 @@ bool isInFront() {
 }
 
 void restoreModes() {
-  if (hasModes.exchange(false) && isInFront()) ::tcsetattr(STDIN_FILENO, TCSANOW, &modesBefore);
+  if (!hasModes) return;
+  if (isInFront()) ::tcsetattr(STDIN_FILENO, TCSANOW, &modesBefore);
+  hasModes = false;  // not before: a signal that ends the program meanwhile restores them as well
+}
+
+void giveBack() {
+  restoreModes();  // first, since they need no room in the terminal
+  if (!isEntered.exchange(false)) return;
+  constexpr int moment = 250;  // milliseconds for a terminal that is not read from
+  pollfd output{STDOUT_FILENO, POLLOUT, 0};
+  if (::poll(&output, 1, moment) <= 0) return;
+  [[maybe_unused]] const auto written = ::write(STDOUT_FILENO, leaveSequence.data(), leaveSequence.size());
 }
 
 void giveBackAndDie(int number) {
-  if (isEntered.exchange(false)) {
-    constexpr int moment = 250;  // milliseconds for a terminal that is not read from
-    pollfd output{STDOUT_FILENO, POLLOUT, 0};
-    if (::poll(&output, 1, moment) > 0) {
-      [[maybe_unused]] const auto written = ::write(STDOUT_FILENO, leaveSequence.data(), leaveSequence.size());
-    }
-    restoreModes();
-  }
+  giveBack();
   ::signal(number, SIG_DFL);
   ::raise(number);
-}
-
-template <std::size_t count>
-void handle(const std::array<int, count>& numbers, void (*handler)(int), std::array<struct sigaction, count>& before) {
-  struct sigaction action {};
-  action.sa_handler = handler;
-  action.sa_flags = SA_RESTART;
-  for (std::size_t i = 0; i < count; ++i) {
-    ::sigaction(numbers[i], nullptr, &before[i]);
-    if (before[i].sa_handler != SIG_IGN) ::sigaction(numbers[i], &action, nullptr);
-  }
-}
-
-template <std::size_t count>
-void putBack(const std::array<int, count>& numbers, const std::array<struct sigaction, count>& before) {
-  for (std::size_t i = 0; i < count; ++i) ::sigaction(numbers[i], &before[i], nullptr);
 }
 
 }  // namespace
@@ -89,17 +85,17 @@ TerminalScreen::TerminalScreen(InputChannel& input, OutputChannel& output, MainL
     : input_(input), output_(output), loop_(loop), handlers_(std::move(handlers)) {
   require(signalPipe.exchange(&pipe_) == nullptr, "one screen at a time is drawn on");
   loop_.watch(pipe_.descriptor(), [this] { takeSignals(); });
-  handle(toldSignals, tellSignal, toldBefore);
-  handle(overlookedSignals, SIG_IGN, overlookedBefore);
-  handle(deadlySignals, giveBackAndDie, deadlyBefore);
-  if (isInFront()) enter();
+  signals_.handle(toldSignals, tellSignal);
+  signals_.handle(overlookedSignals, SIG_IGN);
+  signals_.handle(deadlySignals(), giveBackAndDie);
+  setLastAct([](int) { giveBack(); });
+  isInFront() ? enter() : rest();
 }
 
 TerminalScreen::~TerminalScreen() {
   leave();
-  putBack(deadlySignals, deadlyBefore);
-  putBack(overlookedSignals, overlookedBefore);
-  putBack(toldSignals, toldBefore);
+  setLastAct(nullptr);
+  signals_.putBack();
   loop_.unwatch(pipe_.descriptor());
   signalPipe = nullptr;
 }
@@ -115,7 +111,7 @@ void TerminalScreen::enter() {
     modes.c_cc[VTIME] = 0;
     ::tcsetattr(STDIN_FILENO, TCSANOW, &modes);
   }
-  if (!isEntered.exchange(true)) output_.write(secondScreen);
+  if (!isEntered.exchange(true) || std::exchange(isScreenDoubtful_, false)) output_.write(secondScreen);
   output_.write(drawingModes);
   if (input_.isTerminal()) loop_.watch(input_.descriptor(), [this] { takeKeys(); });
   isActive_ = true;
@@ -123,14 +119,31 @@ void TerminalScreen::enter() {
 
 void TerminalScreen::leave() {
   rest();
-  if (isEntered.exchange(false)) output_.write(leaveSequence);
   restoreModes();
+  if (!isEntered) return;
+  output_.write(leaveSequence);
+  isEntered = false;  // not before: a signal that ends the program meanwhile writes it as well
 }
 
-/// Leaves the terminal alone until there is something to draw on it in front.
+/// Leaves the terminal alone until the program is in front.
 void TerminalScreen::rest() {
   loop_.unwatch(input_.descriptor());
   isActive_ = false;
+  if (!std::exchange(isLooking_, true)) lookLater();
+}
+
+// No signal tells a program that ran in the background that it is in front now.
+void TerminalScreen::lookLater() {
+  constexpr std::chrono::milliseconds pace(250);
+  loop_.postAfter(pace, [this, life = std::weak_ptr(life_)] {
+    if (!life.expired()) look();
+  });
+}
+
+void TerminalScreen::look() {
+  if (!isActive_ && isInFront()) handlers_.changed();
+  isLooking_ = !isActive_;
+  if (isLooking_) lookLater();
 }
 
 void TerminalScreen::stopUntilContinued() {
@@ -140,12 +153,19 @@ void TerminalScreen::stopUntilContinued() {
   ::signal(SIGTSTP, SIG_DFL);
   ::raise(SIGTSTP);  // returns once the program is continued
   ::sigaction(SIGTSTP, &handled, nullptr);
+  isContinueDue_ = true;
+}
+
+/// What stopped it may have left other modes, and unless it left the screen itself, another screen.
+void TerminalScreen::noteContinued() {
+  if (!std::exchange(isContinueDue_, false)) isScreenDoubtful_ = true;
+  rest();
 }
 
 void TerminalScreen::takeSignals() {
   for (const char number : pipe_.take()) {
     if (number == SIGTSTP) stopUntilContinued();
-    if (number == SIGCONT) rest();  // what stopped it may have left other modes
+    if (number == SIGCONT) noteContinued();
   }
   handlers_.changed();
 }

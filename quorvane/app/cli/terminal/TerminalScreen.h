@@ -2,9 +2,11 @@
 
 #include "quorvane/app/cli/terminal/InputChannel.h"
 #include "quorvane/app/cli/terminal/OutputChannel.h"
+#include "quorvane/app/cli/terminal/SignalHandlers.h"
 #include "quorvane/platform/WakePipe.h"
 
 #include <functional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -13,16 +15,16 @@ namespace quorvane {
 class MainLoop;
 
 /// As long as it lives, the whole terminal is drawn on: its second screen is shown, without a cursor, and what is typed
-/// comes at once and unseen. At the end, and when a fault or SIGQUIT ends the process, all is as it was before; Ctrl-C
-/// and its kind are left to whoever listens to them.
+/// comes at once and unseen. At the end, and when a signal ends the process, all is as it was before; the first
+/// Ctrl-C and its kind are left to whoever listens to them.
 ///
 /// The program can be stopped (Ctrl-Z) and continued; the terminal is given back in between. In the background it
-/// leaves the terminal alone; what is drawn once it is in front shows again. Ctrl-S holds nothing back. One at a time,
+/// leaves the terminal alone, and has all drawn anew once it is in front. Ctrl-S holds nothing back. One at a time,
 /// on the thread of the loop.
 class TerminalScreen {
  public:
   struct Handlers {
-    std::function<void()> changed;  ///< all is to be drawn anew: another size, or the program was continued
+    std::function<void()> changed;  ///< all is to be drawn anew: another size, or the program is in front again
     std::function<void(std::string_view keys)> typed;  ///< empty when nothing more will be typed
   };
 
@@ -40,7 +42,10 @@ class TerminalScreen {
   void enter();
   void leave();
   void rest();
+  void lookLater();
+  void look();
   void stopUntilContinued();
+  void noteContinued();
   void takeSignals();
   void takeKeys();
 
@@ -48,8 +53,14 @@ class TerminalScreen {
   OutputChannel& output_;
   MainLoop& loop_;
   const Handlers handlers_;
-  const WakePipe pipe_;    ///< the numbers of signals
-  bool isActive_ = false;  ///< the terminal is as it was made for drawing
+  const WakePipe pipe_;  ///< the numbers of signals
+  SignalHandlers signals_;
+  bool isActive_ = false;          ///< the terminal is as it was made for drawing
+  bool isLooking_ = false;         ///< now and then, whether it is in front
+  bool isContinueDue_ = false;     ///< the SIGCONT that ended a stop of its own is still to come
+  bool isScreenDoubtful_ = false;  ///< somebody may have left the second screen
+  /// What was posted holds a weak reference.
+  const std::shared_ptr<const bool> life_ = std::make_shared<const bool>(true);
 };
 
 }  // namespace quorvane
