@@ -11,8 +11,8 @@ namespace {
 
 void add(DockerCleanupPlan& plan, const CleaningHistoryItem& item) {
   if (item.outcome != CleaningHistoryItemOutcome::failed || isPending(item)) return;
-  if (item.dockerOperation && item.dockerOperation->kind == DockerBulkKind::buildCache)
-    plan.prune = item.dockerOperation;
+  const auto& prune = item.dockerOperation;
+  if (prune && prune->kind == DockerBulkKind::buildCache && !prune->reviewedTargets.empty()) plan.prune = prune;
   if (!item.dockerTarget) return;
   DockerRetryTarget target = *item.dockerTarget;
   if (!isCommandTarget(target.resource, target.target.commandTarget)) return;

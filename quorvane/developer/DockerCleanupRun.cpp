@@ -3,6 +3,7 @@
 #include "quorvane/base/Utf8.h"
 #include "quorvane/developer/DockerCommands.h"
 #include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerPruneAnswer.h"
 #include "quorvane/developer/DockerRechecks.h"
 
 #include <algorithm>
@@ -15,6 +16,10 @@ namespace {
 std::vector<std::string> withName(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), "docker");
   return arguments;
+}
+
+bool isNamedIn(const std::vector<std::string>& identifiers, const DockerCleanupTarget& cache) {
+  return std::ranges::find(identifiers, cache.commandTarget, shortID) != identifiers.end();
 }
 
 /// Texts in the history stand without arguments.
@@ -139,14 +144,17 @@ std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) const {
                        CleanupFailureCategory::other, commandFailed(done).message, isUncertain};
 }
 
-/// The engine chooses, so the receipt has what it took. A client that failed may have begun.
+/// The engine chooses, so the receipt has what it took: what of the reviewed the client names, and is listed no more.
+/// What else is gone somebody else removed. A client that failed may have begun.
 std::optional<DockerRefusal> DockerCleanupRun::pruned(const Step& step, CleaningHistoryItem& item) {
   const DockerEngine engine = engineOf(step.scope);
   const CommandResult done = engine.ask(step.command);
-  const auto gone = done.hasSucceeded() ? goneOf(engine, *step.prune) : std::nullopt;
+  const auto named = done.hasSucceeded() ? prunedBuildCache(done.output) : std::nullopt;
+  auto gone = named ? goneOf(engine, *step.prune) : std::nullopt;
   if (!gone)
     return DockerRefusal{messageKey(DockerPresence::unknown), CleanupFailureCategory::other,
                          commandFailed(done).message, true};
+  std::erase_if(*gone, [&](const DockerCleanupTarget& each) { return !isNamedIn(*named, each); });
   report_.prunedCount = std::ssize(*gone);
   item.size = sumOf(*gone);
   return std::nullopt;

@@ -130,6 +130,18 @@ Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
   return DockerRefusal{"docker.failure.invalidName"};
 }
 
+/// What a build uses is free to be pruned as soon as that ends, which may be in the moment before the command.
+Refusal unreviewedCache(const std::vector<DockerBuildCacheRecord>& present, const DockerCleanupOperation& prune) {
+  const auto isUnreviewed = [&](const DockerBuildCacheRecord& cache) {
+    return !cache.isShared &&
+           std::ranges::count(prune.reviewedTargets, cache.id, &DockerCleanupTarget::commandTarget) == 0;
+  };
+  const auto other = std::ranges::find_if(present, isUnreviewed);
+  if (other == present.end()) return std::nullopt;
+  if (other->isInUse == true) return DockerRefusal{"docker.failure.cacheInUse", Category::inUse};
+  return DockerRefusal{"docker.failure.cacheChanged", Category::changedAfterScan};
+}
+
 DockerPresence presenceAmong(const std::vector<std::string>& listed, const std::string& target) {
   return std::ranges::find(listed, target) == listed.end() ? DockerPresence::absent : DockerPresence::present;
 }
@@ -164,14 +176,11 @@ Refusal refusalNow(const DockerEngine& engine, const DockerRetryTarget& target) 
 
 Refusal refusalNow(const DockerEngine& engine, const DockerCleanupOperation& prune) {
   if (prune.kind != DockerBulkKind::buildCache) return DockerRefusal{"docker.failure.invalidName"};
+  if (prune.reviewedTargets.empty()) return DockerRefusal{"docker.failure.nothingToPrune", Category::missing};
   if (auto refusal = refusalOfEngine(engine, prune.scope)) return refusal;
   const auto present = buildCachesOf(engine);
-  const auto isReviewed = [&](const DockerBuildCacheRecord& cache) {
-    return DockerSafetyPolicy::safetyOf(cache) == DockerCleanupSafety::protected_ ||
-           std::ranges::count(prune.reviewedTargets, cache.id, &DockerCleanupTarget::commandTarget) > 0;
-  };
-  if (present && std::ranges::all_of(*present, isReviewed)) return std::nullopt;
-  return DockerRefusal{"docker.failure.cacheChanged", Category::changedAfterScan};
+  if (!present) return DockerRefusal{"docker.failure.cacheChanged", Category::changedAfterScan};
+  return unreviewedCache(*present, prune);
 }
 
 std::optional<std::vector<DockerCleanupTarget>> goneOf(const DockerEngine& engine,

@@ -26,8 +26,8 @@ std::optional<DockerRefusal> refusalNow(const DockerEngine& engine, const Docker
 /// Why the engine is not the one of this scope.
 std::optional<DockerRefusal> refusalOfEngine(const DockerEngine& engine, const DockerCleanupScope& scope);
 
-/// Why the build cache must not be pruned at this moment: it is another engine's, or holds anything unprotected that
-/// was not reviewed, or that cannot be told.
+/// Why the build cache must not be pruned at this moment: nothing of it was reviewed (the engine is not asked then), it
+/// is another engine's, or holds anything that no image shares and that was not reviewed, or that cannot be told.
 std::optional<DockerRefusal> refusalNow(const DockerEngine& engine, const DockerCleanupOperation& prune);
 
 /// What of the reviewed build cache is listed no more. Nothing when it cannot be listed whole.

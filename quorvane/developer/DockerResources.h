@@ -74,9 +74,10 @@ struct DockerBuildCacheRecord {
   std::string lastUsedSince = {};
   std::int64_t usageCount = 0;
   bool isShared = false;
+  std::optional<bool> isInUse = {};  ///< of a build at this moment; nothing where the client does not say that it is
 
   bool operator==(const DockerBuildCacheRecord&) const = default;
 };
-QV_JSON_FIELDS(DockerBuildCacheRecord, id, type, sizeBytes, createdSince, lastUsedSince, usageCount, isShared)
+QV_JSON_FIELDS(DockerBuildCacheRecord, id, type, sizeBytes, createdSince, lastUsedSince, usageCount, isShared, isInUse)
 
 }  // namespace quorvane

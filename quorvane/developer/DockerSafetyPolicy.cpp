@@ -26,7 +26,7 @@ DockerCleanupSafety safetyOf(const DockerVolumeRecord& volume) {
 }
 
 DockerCleanupSafety safetyOf(const DockerBuildCacheRecord& cache) {
-  return cache.isShared ? DockerCleanupSafety::protected_ : DockerCleanupSafety::safe;
+  return cache.isShared || cache.isInUse == true ? DockerCleanupSafety::protected_ : DockerCleanupSafety::safe;
 }
 
 bool isRemovableState(std::string_view state) {

@@ -32,7 +32,7 @@ DockerCleanupSafety safetyOf(const DockerImageRecord& image);
 DockerCleanupSafety safetyOf(const DockerContainerRecord& container);
 /// Never `safe`; `protected` when mounted, when that is not known, and when a label says to keep it.
 DockerCleanupSafety safetyOf(const DockerVolumeRecord& volume);
-/// `protected` when an image shares it.
+/// `protected` when an image shares it, or a build uses it.
 DockerCleanupSafety safetyOf(const DockerBuildCacheRecord& cache);
 
 /// Whether a container in this state may be removed: exited, created or dead, in small or capital letters.

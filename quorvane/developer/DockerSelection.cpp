@@ -128,7 +128,8 @@ class Reviewer {
     for (const DockerBuildCacheRecord& cache : reviewed_.buildCaches)
       if (DockerSafetyPolicy::safetyOf(cache) != DockerCleanupSafety::protected_)
         operation.reviewedTargets.push_back({cache.id, cache.type, std::string(buildCacheLocation), cache.sizeBytes});
-    review_.plan.prune = std::move(operation);
+    review_.hasNothingToPrune = operation.reviewedTargets.empty();
+    if (!review_.hasNothingToPrune) review_.plan.prune = std::move(operation);
   }
 
   DockerReview take() { return std::move(review_); }

@@ -40,6 +40,13 @@ std::optional<Lines> rowsBelow(Lines lines, std::string_view heading, const Colu
   return Lines(header + 1, std::find_if(header + 1, lines.end(), isEmpty));
 }
 
+/// The client writes one such mark behind the identifier of what a build uses.
+bool takeInUseMark(std::string_view& id) {
+  const bool isInUse = id.ends_with('*');
+  if (isInUse) id.remove_suffix(1);
+  return isInUse;
+}
+
 std::optional<DockerBuildCacheRecord> buildCacheFrom(Columns columns) {
   // One that was never used has an empty column there.
   if (columns.size() + 1 == buildCacheColumns.size()) columns.insert(columns.begin() + 4, "");
@@ -47,13 +54,15 @@ std::optional<DockerBuildCacheRecord> buildCacheFrom(Columns columns) {
   const auto size = dockerSize(columns[2]), uses = dockerCount(columns[5]);
   const bool isShared = columns[6] == "true";
   if (!size || !uses || (!isShared && columns[6] != "false")) return std::nullopt;
+  const bool isInUse = takeInUseMark(columns[0]);
   return DockerBuildCacheRecord{.id = std::string(columns[0]),
                                 .type = std::string(columns[1]),
                                 .sizeBytes = *size,
                                 .createdSince = std::string(columns[3]),
                                 .lastUsedSince = std::string(columns[4]),
                                 .usageCount = *uses,
-                                .isShared = isShared};
+                                .isShared = isShared,
+                                .isInUse = isInUse ? std::optional(true) : std::nullopt};
 }
 
 void readVolumes(DockerUsageTables& tables, Lines rows) {

@@ -74,11 +74,11 @@ TEST_F(DockerCleanCommandTests, removesNothingWithoutANameOrAnAnswer) {
   EXPECT_FALSE(hasVolume("asked"));
 }
 
-TEST_F(DockerCleanCommandTests, doesNotSayThatAPruneRemovedWhatItDidNot) {
+TEST_F(DockerCleanCommandTests, runsNoPruneThatHasNothingToPrune) {
   const CommandLineRun done = run({"docker", "clean", "--prune-build-cache", "--yes"});
   EXPECT_EQ(done.code, 0) << done.errors;
-  EXPECT_THAT(done.output, AllOf(HasSubstr("the engine removed nothing"), Not(HasSubstr("Removed"))));
-  EXPECT_THAT(run({"history"}).output, AllOf(HasSubstr("removed 0 Docker objects"), HasSubstr("pruned")));
+  EXPECT_THAT(done.output, AllOf(HasSubstr("Nothing to prune"), Not(HasSubstr("was pruned"))));
+  EXPECT_THAT(run({"history"}).output, Not(HasSubstr("Docker")));
 }
 
 TEST_F(DockerCleanCommandTests, printsOutcomesItemsAndFailures) {
@@ -95,7 +95,7 @@ TEST_F(DockerCleanCommandTests, printsOutcomesItemsAndFailures) {
       {"target":".data","resource":2,"reasonKey":"docker.failure.invalidName"}])"));
   const Json rehearsed = json({"docker", "clean", "--safe", "--prune-build-cache", "--dry-run"}, 0);
   EXPECT_EQ(rehearsed["dryRun"], true);
-  EXPECT_EQ(rehearsed["wouldPruneBuildCache"], true);
+  EXPECT_EQ(rehearsed["wouldPruneBuildCache"], false) << "there is no build cache";
 }
 
 TEST_F(DockerCleanCommandTests, removesWhatAKeptListingHolds) {

@@ -92,8 +92,19 @@ class CleanedDockerEngine : public testing::Test {
   }
 
   static std::string container(const std::string& name, std::vector<std::string> options = {}) {
-    if (!engine_->accepts({"image", "inspect", "base:1"})) engine_->makeImage("base:1", "base");
+    makeBase();
     return engine_->makeContainer("base:1", name, std::move(options));
+  }
+
+  /// So that there is something to prune.
+  static void fillBuildCache() {
+    makeBase();
+    engine_->build("base:1");
+    engine_->ask({"image", "rm", "built:1"});
+  }
+
+  static void makeBase() {
+    if (!engine_->accepts({"image", "inspect", "base:1"})) engine_->makeImage("base:1", "base");
   }
 
   static bool hasImage(const std::string& id) { return engine_->accepts({"image", "inspect", id}); }

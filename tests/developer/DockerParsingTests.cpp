@@ -1,5 +1,6 @@
 #include "quorvane/developer/DockerContexts.h"
 #include "quorvane/developer/DockerListing.h"
+#include "quorvane/developer/DockerPruneAnswer.h"
 #include "quorvane/developer/DockerSizeText.h"
 #include "quorvane/developer/DockerUsageTables.h"
 
@@ -82,7 +83,8 @@ constexpr const char* cacheTable =
     "Build cache usage: 100B\n\nCACHE ID       CACHE TYPE     SIZE      CREATED         LAST USED       USAGE     "
     "SHARED\n"
     "abc   regular        762kB     3 seconds ago   2 seconds ago   1         true\n"
-    "def   source.local   50B       3 seconds ago                   0         false\n";
+    "def   source.local   50B       3 seconds ago                   0         false\n"
+    "ghi*  regular        1B        3 seconds ago   1 second ago    1         false\n";
 
 TEST(DockerParsingTests, readsTheTablesOfDiskUsage) {
   const auto tables = dockerUsageTables(std::string("Images space usage:\n\n") + volumeTable + "\n" + cacheTable);
@@ -92,7 +94,8 @@ TEST(DockerParsingTests, readsTheTablesOfDiskUsage) {
   EXPECT_TRUE(tables.hasBuildCache);
   const std::vector<DockerBuildCacheRecord> wanted{
       {"abc", "regular", 762'000, "3 seconds ago", "2 seconds ago", 1, true},
-      {"def", "source.local", 50, "3 seconds ago", "", 0, false}};
+      {"def", "source.local", 50, "3 seconds ago", "", 0, false},
+      {"ghi", "regular", 1, "3 seconds ago", "1 second ago", 1, false, true}};
   EXPECT_EQ(tables.buildCaches.records, wanted);
 }
 
@@ -107,6 +110,16 @@ TEST(DockerParsingTests, doesNotReadTablesThatItDoesNotKnow) {
   EXPECT_EQ(rows.volumes.at("odd").referenceCount, std::nullopt);
   const auto caches = dockerUsageTables(std::string(cacheTable) + "ghi   regular   1B   a   b   1   maybe\n");
   EXPECT_EQ(caches.buildCaches.undecodedCount, 1);
+}
+
+TEST(DockerParsingTests, readsWhatAPruneRemoved) {
+  using Identifiers = std::optional<std::vector<std::string>>;
+  const std::string heading = "Deleted build cache objects:\n", total = "Total reclaimed space: 0B\n";
+  EXPECT_EQ(prunedBuildCache(heading + "abc\r\ndef\n\n" + total), Identifiers({"abc", "def"}));
+  EXPECT_EQ(prunedBuildCache(total), Identifiers(std::in_place));
+  for (const std::string& text : {std::string(), heading + "abc\n", "abc\n" + total, heading + "a b\n" + total,
+                                  heading + "abc\n\n\n" + total, heading + "abc\n" + total + "def\n"})
+    EXPECT_EQ(prunedBuildCache(text), std::nullopt) << text;
 }
 
 TEST(DockerParsingTests, readsWhichContextIsCurrent) {

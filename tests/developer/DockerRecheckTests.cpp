@@ -57,6 +57,7 @@ TEST_F(DockerRecheckTests, everyRecheckStopsARemovalWhoseReasonAppearsAfterTheRe
 
 TEST_F(DockerRecheckTests, removesNothingFromAnotherEngine) {
   auto other = std::make_unique<TestDockerEngine>();
+  fillBuildCache();
   const std::string id = container("here");
   DockerCleanupPlan plan = planOf({{Kind::containers, id}}, true);
   plan.targets[0].scope.endpoint = plan.prune->scope.endpoint = other->address();
@@ -79,19 +80,25 @@ TEST_F(DockerRecheckTests, aNameThatCanBeNoneIsRefusedWithoutRunningAnything) {
 }
 
 TEST_F(DockerRecheckTests, prunesNoBuildCacheThatWasNotReviewed) {
-  container("cached");  // so that there is an image to build on
-  engine_->build("base:1");
-  engine_->ask({"image", "rm", "built:1"});
+  fillBuildCache();
   DockerCleanupPlan plan = planOf({}, true);
   ASSERT_TRUE(plan.prune && !plan.prune->reviewedTargets.empty());
   DockerCleanupPlan fewer = plan;
   fewer.prune->reviewedTargets.pop_back();
   EXPECT_THAT(reasonsOf(remove(fewer)), ElementsAre("docker.failure.cacheChanged"));
   EXPECT_EQ(failedTargets(recorded()), fewer) << "a retry has what was reviewed, and is refused alike";
-  runner_.answers = [](const Words& arguments) {
-    return arguments.back() == "--verbose" ? std::optional(printed("garbage")) : std::nullopt;
-  };
-  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.cacheChanged")) << "not listed whole";
+  const std::string header = "CACHE ID   CACHE TYPE   SIZE   CREATED   LAST USED   USAGE   SHARED\n";
+  for (const auto& [tables, reason] :
+       {std::pair(std::string("garbage"), "docker.failure.cacheChanged"),
+        std::pair("Build cache usage: 1B\n\n" + header + "other*   regular   1B   now   now   1   false\n",
+                  "docker.failure.cacheInUse")}) {
+    runner_.answers = [&](const Words& arguments) {
+      return arguments.back() == "--verbose" ? std::optional(printed(tables)) : std::nullopt;
+    };
+    EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre(reason));
+  }
+  fewer.prune->reviewedTargets.clear();
+  EXPECT_THAT(reasonsOf(remove(fewer)), ElementsAre("docker.failure.nothingToPrune"));
   runner_.answers = nullptr;
   plan.prune->kind = DockerBulkKind::volume;
   EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.invalidName"));

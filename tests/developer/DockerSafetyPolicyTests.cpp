@@ -51,6 +51,7 @@ TEST(DockerSafetyPolicyTests, judgesVolumesByTheirUseAndTheirLabel) {
 
 TEST(DockerSafetyPolicyTests, judgesBuildCacheByWhetherItIsShared) {
   EXPECT_EQ(DockerSafetyPolicy::safetyOf(DockerBuildCacheRecord{.isShared = true}), Safety::protected_);
+  EXPECT_EQ(DockerSafetyPolicy::safetyOf(DockerBuildCacheRecord{.isInUse = true}), Safety::protected_);
   EXPECT_EQ(DockerSafetyPolicy::safetyOf(DockerBuildCacheRecord{.isShared = false}), Safety::safe);
 }
 

@@ -2,6 +2,7 @@
 #include "quorvane/developer/DockerContexts.h"
 #include "quorvane/developer/DockerListing.h"
 #include "quorvane/developer/DockerNames.h"
+#include "quorvane/developer/DockerPruneAnswer.h"
 #include "quorvane/developer/DockerSizeText.h"
 #include "quorvane/developer/DockerSnapshot.h"
 #include "quorvane/developer/DockerUsageTables.h"
@@ -40,6 +41,13 @@ void checkTables(std::string_view output) {
   require(tables.hasBuildCache || tables.buildCaches == DockerListing<DockerBuildCacheRecord>(), "rows of no table");
 }
 
+void checkPruned(std::string_view output) {
+  const auto pruned = prunedBuildCache(output);
+  require(!pruned || pruned->size() < linesOf(output).size(), "more than was printed");
+  for (const std::string& each : pruned.value_or(std::vector<std::string>()))
+    require(!each.empty() && std::ranges::all_of(each, isLetterOrDigit), "an identifier that is none");
+}
+
 void checkContexts(std::string_view output) {
   for (const auto& name : {shownContext(output), currentContext(output)})
     require(!name || (!name->empty() && name->front() != '-'), "a context that is an option");
@@ -60,7 +68,7 @@ void checkSnapshot(std::string_view text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const std::string_view output(reinterpret_cast<const char*>(data) + 1, size - 1);
-  switch (data[0] % 8) {
+  switch (data[0] % 9) {
     case 0:
       require(dockerSize(output).value_or(0) >= 0 && dockerContainerSize(output).value_or(0) >= 0, "less than nothing");
       break;
@@ -71,6 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 5: checkTables(output); break;
     case 6: checkContexts(output); break;
     case 7: checkSnapshot(output); break;
+    case 8: checkPruned(output); break;
   }
   return 0;
 }

@@ -50,8 +50,10 @@ class DockerRemoval {
   }
 
   CommandOutcome run(const DockerReview& review) {
-    DockerSummary summary{
-        .isRehearsal = asked_.isRehearsal, .refused = review.refused, .builtUponCount = review.builtUponCount};
+    DockerSummary summary{.isRehearsal = asked_.isRehearsal,
+                          .refused = review.refused,
+                          .builtUponCount = review.builtUponCount,
+                          .hasNothingToPrune = review.hasNothingToPrune};
     if (review.plan.isEmpty()) return printSummary(console_, summary, std::nullopt);
     const auto kind = asked_.isRehearsal ? AppModel::RemovalKind::rehearsal : AppModel::RemovalKind::real;
     const char* doing = asked_.isRehearsal ? "docker.status.checking" : "docker.status.removing";

@@ -25,6 +25,7 @@ Message dockerReason(const DockerVolumeRecord& volume) {
 }
 
 Message dockerReason(const DockerBuildCacheRecord& cache) {
+  if (cache.isInUse == true) return {"docker.reason.cacheInUse", {}};
   if (cache.isShared) return {"docker.reason.cacheShared", {}};
   return {"docker.reason.cacheUnshared", {{"type", cache.type}}};
 }

@@ -26,8 +26,11 @@ Json failureJson(const DockerCleanupFailure& failed) {
               {"reasonKey", failed.refusal.reasonKey}};
 }
 
-void writeBuiltUpon(ReportText& text, std::int64_t count) {
-  if (count > 0) text.line({"cli.docker.builtUpon", {{"count", count}}});
+/// Of a review or a summary: what was selected and is left out all the same.
+template <class Selected>
+void writeLeftOut(ReportText& text, const Selected& selected) {
+  if (selected.builtUponCount > 0) text.line({"cli.docker.builtUpon", {{"count", selected.builtUponCount}}});
+  if (selected.hasNothingToPrune) text.line({"cli.docker.nothingToPrune", {}});
 }
 
 /// Writes what came of a run.
@@ -43,7 +46,7 @@ class SummaryWriter {
     } else {
       writeRemoved();
     }
-    writeBuiltUpon(text_, summary_.builtUponCount);
+    writeLeftOut(text_, summary_);
     return text_.take();
   }
 
@@ -110,7 +113,7 @@ bool isUnrecorded(const DockerCleanupOutcome& outcome) {
 std::string dockerReviewText(const DockerReview& review, const ReportStyle& style) {
   ReportText text(style);
   writePlan(text, review.plan);
-  writeBuiltUpon(text, review.builtUponCount);
+  writeLeftOut(text, review);
   for (const DockerCleanupFailure& failed : review.refused)
     text.line({"cli.trash.leftOut",
                {{"path", placeOf(failed)},
