@@ -30,6 +30,7 @@ class KeepingChannel final : public OutputChannel {
   void giveUpAfter(int) override {}
   int failure() const override { return kind_.failsWith; }
   bool isTerminal() const override { return kind_.isTerminal; }
+  int pipe() const override { return nothing; }
   std::size_t columns() const override { return kind_.columns; }
   std::size_t rows() const override { return kind_.rows; }
 

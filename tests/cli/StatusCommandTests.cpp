@@ -1,5 +1,6 @@
 // The command as a whole, and the board on real terminals.
 #include "quorvane/base/Json.h"
+#include "tests/cli/CleanHome.h"
 #include "tests/cli/CommandLineRun.h"
 
 #include <gmock/gmock.h>
@@ -64,6 +65,15 @@ TEST(StatusCommandTests, endsWithItsReader) {
             0);
 }
 
+TEST(StatusCommandTests, endsWithItsReaderThoughNothingIsToBeWritten) {
+  const auto begin = std::chrono::steady_clock::now();
+  FILE* reader = ::popen("exec '" QUORVANE_PROGRAM "' status --json --watch --interval 300", "r");
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(std::fgetc(reader), '{');
+  EXPECT_EQ(::pclose(reader), 0);  // goes away and waits for the end
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(200)) << "before the next document";
+}
+
 TEST(StatusCommandTests, printsReportsWhereNothingCanBeDrawnOver) {
   const CommandLineRun plain({"status", "--count", "2", "--interval", "0.1"});
   EXPECT_TRUE(plain.output.starts_with("Health: ")) << plain.output;
@@ -74,7 +84,16 @@ TEST(StatusCommandTests, printsReportsWhereNothingCanBeDrawnOver) {
 }
 
 TEST(StatusCommandTests, theOverviewTellsTheScore) {
-  const CommandLineRun json({"--json", "--home", "/nonexistent"}), refused({"status", "--sort", "cpus"});
+  const CleanHome home;
+  const Json document = home.json({});
+  const int score = document["healthScore"].get<int>();
+  EXPECT_TRUE(score >= 0 && score <= 100) << score;
+  EXPECT_EQ(document["healthLevel"], score >= 85 ? "healthy" : score >= 65 ? "fair" : "attention") << score;
+  EXPECT_THAT(home.run({}).output, testing::ContainsRegex("The machine: [0-9]+ of 100, "));
+}
+
+TEST(StatusCommandTests, refusesWhatItDoesNotKnow) {
+  const CommandLineRun refused({"status", "--sort", "cpus"});
   EXPECT_EQ(refused.code, 2);
   EXPECT_TRUE(refused.errors.contains("Did you mean \"cpu\"?")) << refused.errors;
   for (const char* interval : {"0", "0.05", "-1", "nan", "inf", "86401", "2s", ""})
@@ -212,6 +231,15 @@ TEST(StatusBoardOnTerminalTests, obeysItsKeys) {
   EXPECT_EQ(terminal.wait(), 0);
   EXPECT_TRUE(terminal.isAsBefore());
   EXPECT_THAT(terminal.shown(), testing::ContainsRegex("▁|▂|▃|▄|▅|▆|▇|█")) << "histories are drawn";
+}
+
+TEST(StatusBoardOnTerminalTests, leavesItsLastFiguresBehindOnceAllWereShown) {
+  OnTerminal terminal({QUORVANE_PROGRAM, "status", "--count", "1"});
+  EXPECT_TRUE(terminal.shows("q quit"));
+  EXPECT_TRUE(terminal.shows("\x1b[?1049l"));
+  EXPECT_TRUE(terminal.shows("of 100"));
+  EXPECT_EQ(terminal.wait(), 0);
+  EXPECT_TRUE(terminal.isAsBefore());
 }
 
 TEST(StatusBoardOnTerminalTests, givesTheTerminalBackWhateverEndsIt) {

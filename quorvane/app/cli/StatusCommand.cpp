@@ -29,10 +29,12 @@ class StatusRun {
     const InterruptSignal signal(loop_, console_.output());
     if (asked_.isWatched && !console_.wantsJson() && console_.outputStyle().canRedraw)
       watch_.emplace(console_, loop_, model_.monitor(), asked_.sort);
+    const int pipe = console_.output().pipe();
+    if (pipe != OutputChannel::nothing) loop_.watch(pipe, [this] { loop_.stop(); });  // its reader has gone
     model_.monitor().start();
     loop_.run();
     const bool isLost = watch_ && watch_->isLost();
-    watch_.reset();
+    leaveBoard();
     if (isLost) return ExitCode::hungUp;
     return isInterrupted ? signal.exitCode() : ExitCode::done;
   }
@@ -51,10 +53,18 @@ class StatusRun {
     if (console_.wantsJson()) {
       console_.print(asked_.isWatched ? jsonLine(snapshot) : jsonText(snapshot));
     } else {
-      const std::string report = statusReport(snapshot, asked_.sort, console_.outputReport());
-      console_.print(asked_.isWatched ? report + "\n" : report);
+      console_.print(asked_.isWatched ? report() + "\n" : report());
     }
   }
+
+  /// The screen of the board goes with it; what was asked for stays behind, once all of it was there.
+  void leaveBoard() {
+    const bool hadBoard = watch_.has_value();
+    watch_.reset();
+    if (hadBoard && left_ == 0) console_.print(report());
+  }
+
+  std::string report() { return statusReport(model_.monitor().snapshot(), asked_.sort, console_.outputReport()); }
 
   Console& console_;
   const StatusArguments asked_;

@@ -28,8 +28,8 @@ class MainLoop final : public Dispatcher {
   /// What `run` does next, before any posted function, once `interrupt` was called. Set before `run`.
   void setInterruptHandler(std::function<void()> handler) { interruptHandler_ = std::move(handler); }
 
-  /// Calls `readable` whenever there is something to read from the descriptor, or its end, and nothing posted is due.
-  /// On the thread of the loop, as `unwatch` is.
+  /// Calls `readable` whenever there is something to read from the descriptor, its end or an error, and nothing posted
+  /// is due. On the thread of the loop, as `unwatch` is.
   void watch(int descriptor, std::function<void()> readable) { watched_[descriptor] = std::move(readable); }
   void unwatch(int descriptor) { watched_.erase(descriptor); }
 

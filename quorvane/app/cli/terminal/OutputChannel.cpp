@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -87,6 +88,12 @@ bool DescriptorChannel::waitForRoom() const {
   while (::poll(waiting.data(), waiting.size(), -1) < 0)
     if (errno != EINTR) return true;
   return waiting[0].revents != 0 || ::poll(waiting.data(), 1, moment) > 0;
+}
+
+int DescriptorChannel::pipe() const {
+  struct stat status {};
+  const bool isPipe = ::fstat(descriptor_, &status) == 0 && S_ISFIFO(status.st_mode);
+  return isPipe && (::fcntl(descriptor_, F_GETFL) & O_ACCMODE) == O_WRONLY ? descriptor_ : nothing;
 }
 
 std::size_t DescriptorChannel::columns() const {

@@ -29,6 +29,10 @@ class OutputChannel {
 
   virtual bool isTerminal() const = 0;
 
+  /// The descriptor of a pipe that is only written to, of which `poll` tells nothing but that its reader has gone;
+  /// `nothing` elsewhere.
+  virtual int pipe() const = 0;
+
   /// The width of the terminal at this moment; 80 where there is none to tell it.
   virtual std::size_t columns() const = 0;
 
@@ -45,6 +49,7 @@ class DescriptorChannel final : public OutputChannel {
   void giveUpAfter(int interrupt) override;
   int failure() const override { return failure_; }
   bool isTerminal() const override { return isTerminal_; }
+  int pipe() const override;
   std::size_t columns() const override;
   std::size_t rows() const override;
 
