@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quorvane {
@@ -21,6 +22,18 @@ struct SystemProcessSample {
 
   bool operator==(const SystemProcessSample&) const = default;
 };
+
+/// The busiest first; of equal ones the largest, then by number.
+inline bool isBusier(const SystemProcessSample& left, const SystemProcessSample& right) {
+  return std::tuple(right.cpuPercent, right.memoryBytes, left.pid) <
+         std::tuple(left.cpuPercent, left.memoryBytes, right.pid);
+}
+
+/// The largest first; of equal ones the busiest, then by number.
+inline bool isLarger(const SystemProcessSample& left, const SystemProcessSample& right) {
+  return std::tuple(right.memoryBytes, right.cpuPercent, left.pid) <
+         std::tuple(left.memoryBytes, left.cpuPercent, right.pid);
+}
 
 /// The processes that take the most.
 class SystemProcesses {

@@ -177,7 +177,12 @@ TEST(BusiestProcessesTests, agreeWithAPlainSort) {
 class MadeRunner final : public ProcessRunner {
  public:
   explicit MadeRunner(Outcome<SafeProcessResult, PosixError> result) : result_(std::move(result)) {}
-  Outcome<SafeProcessResult, PosixError> run(const ProcessRequest&, StopToken) override { return result_; }
+  Outcome<SafeProcessResult, PosixError> run(const ProcessRequest&, StopToken) override {
+    ++runCount;
+    return result_;
+  }
+
+  int runCount = 0;
 
  private:
   const Outcome<SafeProcessResult, PosixError> result_;
@@ -206,22 +211,32 @@ TEST(PsProcessesTests, failsAsAWhole) {
   foreign.standardOutput = "no such option\n";
   const struct {
     Outcome<SafeProcessResult, PosixError> result;
-    int code;
-  } cases[] = {
-      {late, ETIMEDOUT}, {flooding, EFBIG}, {broken, EIO}, {foreign, EBADMSG}, {failure(PosixError{ENOENT}), ENOENT}};
-  for (const auto& [result, code] : cases) {
+    int code, runCount;  ///< of three calls: two at once, one when the pause is over
+  } cases[] = {{late, ETIMEDOUT, 2},
+               {flooding, EFBIG, 2},
+               {broken, EIO, 3},
+               {foreign, EBADMSG, 3},
+               {failure(PosixError{ENOENT}), ENOENT, 3}};
+  for (const auto& [result, code, runCount] : cases) {
     MadeRunner runner(result);
-    EXPECT_EQ(PsProcesses(runner, {}).busiest(5, StopToken()).error().code, code);
+    ManualClock clock{Date()};
+    PsProcesses ps(clock, runner, {});
+    for (const int seconds : {0, 29, 1}) {
+      clock.advanceUptime(std::chrono::seconds(seconds));
+      EXPECT_EQ(ps.busiest(5, StopToken()).error().code, code);
+    }
+    EXPECT_EQ(runner.runCount, runCount) << code << ": what takes its time is not paid again at once";
   }
 }
 
 TEST(PsProcessesTests, costsAtMostItsTimeWhereItHangsOrFloods) {
   const SystemTree tree({{"hang", "#!/bin/sh\ntrap '' TERM\nsleep 60\n"}, {"flood", "#!/bin/sh\nexec yes\n"}});
   SafeProcessRunner runner;
+  const SystemClock clock;
   for (const char* name : {"hang", "flood"}) {
     ::chmod(tree.at(name).bytes.c_str(), 0700);
     const auto begin = std::chrono::steady_clock::now();
-    PsProcesses ps(runner, {.program = tree.at(name), .timeLimit = milliseconds(200), .outputLimit = 1 << 16});
+    PsProcesses ps(clock, runner, {.program = tree.at(name), .timeLimit = milliseconds(200), .outputLimit = 1 << 16});
     EXPECT_FALSE(ps.busiest(5, StopToken())) << name;
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)) << name;
   }
@@ -229,8 +244,8 @@ TEST(PsProcessesTests, costsAtMostItsTimeWhereItHangsOrFloods) {
 
 TEST(PsProcessesTests, agreesWithProcOnThisMachine) {
   SafeProcessRunner runner;
-  PsProcesses ps(runner, {});
-  SystemClock clock;
+  const SystemClock clock;
+  PsProcesses ps(clock, runner, {});
   LinuxProcesses nothing({"/nonexistent"}, {}, clock);
   const auto told = FallbackProcesses(nothing, ps).busiest(1'000'000, StopToken());
   const auto read = makeSystemProcesses(clock, runner)->busiest(1'000'000, StopToken());

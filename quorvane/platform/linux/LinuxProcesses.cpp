@@ -36,10 +36,7 @@ FilePath executableOf(int folder, std::int32_t pid) {
   std::array<char, 4096> target{};
   const ssize_t size = ::readlinkat(folder, (std::to_string(pid) + "/exe").c_str(), target.data(), target.size());
   if (size <= 0 || static_cast<std::size_t>(size) == target.size()) return {};
-  std::string_view path(target.data(), static_cast<std::size_t>(size));
-  constexpr std::string_view markOfReplaced = " (deleted)";
-  if (path.ends_with(markOfReplaced)) path.remove_suffix(markOfReplaced.size());
-  return {std::string(path)};
+  return {std::string(pathFromExecutable({target.data(), static_cast<std::size_t>(size)}))};
 }
 
 }  // namespace

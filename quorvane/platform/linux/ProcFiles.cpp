@@ -55,10 +55,15 @@ std::optional<std::int32_t> processNumberFromName(std::string_view name) {
   return number;
 }
 
-std::string programNameFromExecutable(std::string_view target) {
+std::string_view pathFromExecutable(std::string_view target) {
   constexpr std::string_view markOfReplaced = " (deleted)";
   if (target.ends_with(markOfReplaced)) target.remove_suffix(markOfReplaced.size());
-  return std::string(target.substr(target.rfind('/') + 1));
+  return target;
+}
+
+std::string programNameFromExecutable(std::string_view target) {
+  const std::string_view path = pathFromExecutable(target);
+  return std::string(path.substr(path.rfind('/') + 1));
 }
 
 }  // namespace quorvane

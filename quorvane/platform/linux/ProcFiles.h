@@ -29,7 +29,11 @@ void addMappedPaths(std::string_view maps, std::vector<FilePath>& paths);
 /// The number that a folder name in /proc stands for; nothing for other names.
 std::optional<std::int32_t> processNumberFromName(std::string_view name);
 
-/// The last component of the path of an executable, also of one that has been replaced since it was started.
+/// The path of an executable from where /proc/PID/exe leads to, also of one that has been replaced since it was
+/// started.
+std::string_view pathFromExecutable(std::string_view target);
+
+/// Its last component.
 std::string programNameFromExecutable(std::string_view target);
 
 }  // namespace quorvane

@@ -12,7 +12,7 @@ namespace {
 class ProcElsePs final : public SystemProcesses {
  public:
   ProcElsePs(const Clock& clock, ProcessRunner& runner)
-      : proc_({"/proc"}, ProcessUnits::ofThisSystem(), clock), ps_(runner, {}), either_(proc_, ps_) {}
+      : proc_({"/proc"}, ProcessUnits::ofThisSystem(), clock), ps_(clock, runner, {}), either_(proc_, ps_) {}
 
   Outcome<std::vector<SystemProcessSample>, PosixError> busiest(std::size_t most, StopToken stop) override {
     return either_.busiest(most, std::move(stop));

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cmath>
 #include <limits>
-#include <tuple>
 
 namespace quorvane {
 
@@ -38,14 +37,6 @@ std::optional<SystemProcessSample> processFromLine(std::string_view line) {
   return sample;
 }
 
-bool isLarger(const SystemProcessSample& left, const SystemProcessSample& right) {
-  return std::tuple(right.memoryBytes, left.pid) < std::tuple(left.memoryBytes, right.pid);
-}
-
-bool isBusier(const SystemProcessSample& left, const SystemProcessSample& right) {
-  return left.cpuPercent != right.cpuPercent ? left.cpuPercent > right.cpuPercent : isLarger(left, right);
-}
-
 }  // namespace
 
 std::optional<std::vector<SystemProcessSample>> processesFromPs(std::string_view text) {
@@ -56,11 +47,20 @@ std::optional<std::vector<SystemProcessSample>> processesFromPs(std::string_view
   return samples;
 }
 
+Outcome<SafeProcessResult, PosixError> PsProcesses::output(StopToken stop) {
+  if (trouble_ && clock_.uptime() - trouble_->since < request_.pause) return failure(trouble_->error);
+  auto result = runner_.run(psRequest(request_), std::move(stop));
+  if (!result) return result;
+  trouble_.reset();
+  if (result->droppedOutputBytes > 0) trouble_ = {PosixError{EFBIG}, clock_.uptime()};
+  if (result->didTimeOut) trouble_ = {PosixError{ETIMEDOUT}, clock_.uptime()};
+  if (trouble_) return failure(trouble_->error);
+  return result;
+}
+
 Outcome<std::vector<SystemProcessSample>, PosixError> PsProcesses::busiest(std::size_t most, StopToken stop) {
-  const auto result = runner_.run(psRequest(request_), std::move(stop));
+  const auto result = output(std::move(stop));
   if (!result) return failure(result.error());
-  if (result->didTimeOut) return failure(PosixError{ETIMEDOUT});
-  if (result->droppedOutputBytes > 0) return failure(PosixError{EFBIG});
   if (result->exitCode != 0) return failure(PosixError{EIO});
   auto samples = processesFromPs(result->standardOutput);
   if (!samples) return failure(PosixError{EBADMSG});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorvane/platform/Clock.h"
 #include "quorvane/platform/ProcessRunner.h"
 #include "quorvane/platform/SystemProcesses.h"
 
@@ -18,17 +19,29 @@ class PsProcesses final : public SystemProcesses {
     FilePath program{"/bin/ps"};
     std::chrono::milliseconds timeLimit{2000};
     std::size_t outputLimit = std::size_t{4} << 20;  ///< bytes; 40,000 processes
+    std::chrono::seconds pause{30};                  ///< before it is asked again, once it hung or said too much
   };
 
-  PsProcesses(ProcessRunner& runner, Request request) : runner_(runner), request_(std::move(request)) {}
+  PsProcesses(const Clock& clock, ProcessRunner& runner, Request request)
+      : clock_(clock), runner_(runner), request_(std::move(request)) {}
 
   /// Fails when ps cannot be started, is not done within its time (ETIMEDOUT), says too much (EFBIG), ends with
-  /// anything but 0 (EIO), or says nothing that can be understood (EBADMSG).
+  /// anything but 0 (EIO), or says nothing that can be understood (EBADMSG). One that hung or said too much is left
+  /// alone for a while: it fails for the same reason at once.
   Outcome<std::vector<SystemProcessSample>, PosixError> busiest(std::size_t most, StopToken stop) override;
 
  private:
+  struct Trouble {
+    PosixError error;
+    std::chrono::steady_clock::time_point since;
+  };
+
+  Outcome<SafeProcessResult, PosixError> output(StopToken stop);
+
+  const Clock& clock_;
   ProcessRunner& runner_;
   const Request request_;
+  std::optional<Trouble> trouble_;  ///< the last one that took its time
 };
 
 /// Reads the columns pid, pcpu, rss and comm of ps, without a head; lines that are something else are passed over.
