@@ -15,6 +15,8 @@ QV_CASE_NAMES(SystemProcessSortMode, cpu, memory)
 /// The message key of its name.
 std::string titleKey(SystemProcessSortMode mode);
 
+SystemProcessSortMode otherThan(SystemProcessSortMode mode);
+
 /// The processes in that order; equal ones by the other measure, then by number.
 std::vector<SystemProcessSample> ordered(std::vector<SystemProcessSample> processes, SystemProcessSortMode mode);
 

@@ -124,10 +124,29 @@ TEST(StatusBoardTests, tellsAllKeysInSixtyColumns) {
   const ReportStyle style{english(), std::nullopt, {.isLaidOut = true, .columns = 60}};
   for (const auto sort : {SystemProcessSortMode::cpu, SystemProcessSortMode::memory}) {
     StatusBoardState state{.sort = sort, .hasKeys = true, .interval = std::chrono::milliseconds(500)};
-    EXPECT_TRUE(statusBoard({}, {}, state, 24, style).ends_with("q quit  every 0.5 s\n"));
+    EXPECT_TRUE(statusBoard({}, {}, state, 24, style).ends_with("r now  every 0.5 s\n"));
     state.isPaused = true;
-    EXPECT_TRUE(statusBoard({}, {}, state, 24, style).ends_with("q quit\n"));
+    EXPECT_TRUE(statusBoard({}, {}, state, 24, style).ends_with("r now\n"));
   }
+}
+
+TEST(StatusBoardTests, tellsHowToEndItInEveryWidth) {
+  for (std::size_t columns = 20; columns < 60; ++columns) {
+    const ReportStyle style{english(), std::nullopt, {.isLaidOut = true, .columns = columns}};
+    EXPECT_TRUE(statusBoard({}, {}, {}, 1, style).starts_with("  q quit")) << columns;
+    EXPECT_TRUE(statusBoard({}, {}, {.isPaused = true}, 1, style).starts_with("  PAUSED  q quit")) << columns;
+  }
+  const ReportStyle narrow{english(), std::nullopt, {.isLaidOut = true, .columns = 40}};
+  EXPECT_EQ(statusBoard({}, {}, {}, 1, narrow), "  q quit  s by memory  space pause\n");
+}
+
+TEST(StatusBoardTests, scalesTheNetworkByWhatItDraws) {
+  const ReportStyle style{
+      english(), std::nullopt, {.isLaidOut = true, .characters = CharacterSet::unicode, .columns = 60}};
+  std::vector<double> network(150, 10.0);
+  network.front() = 1e9;  // too long ago to be drawn
+  const std::string board = statusBoard({.osVersion = "x"}, {{}, {}, network}, {}, 24, style);
+  EXPECT_TRUE(board.contains("██████████")) << board;
 }
 
 TEST(StatusBoardTests, dropsProcessesFirst) {

@@ -2,6 +2,7 @@
 
 #include "quorvane/app/cli/Commands.h"
 #include "quorvane/app/cli/reports/StatusBoard.h"
+#include "quorvane/app/cli/terminal/PlainKeys.h"
 #include "quorvane/app/cli/terminal/TerminalScreen.h"
 #include "quorvane/health/SystemStatusMonitor.h"
 
@@ -27,7 +28,8 @@ class StatusWatch {
   Console& console_;
   MainLoop& loop_;
   SystemStatusMonitor& monitor_;
-  StatusBoardState state_;
+  SystemProcessSortMode sort_;
+  PlainKeys keys_;
   bool hasSample_ = false;
   bool isLost_ = false;
   TerminalScreen screen_;

@@ -21,8 +21,13 @@ std::string firstLines(const std::string& text, std::size_t count) {
   return text.substr(0, end);
 }
 
-SystemProcessSortMode otherThan(SystemProcessSortMode mode) {
-  return mode == SystemProcessSortMode::cpu ? SystemProcessSortMode::memory : SystemProcessSortMode::cpu;
+/// As many of its parts, which two spaces divide, as fit; those at the end go first.
+std::string firstParts(std::string text, std::size_t columns, std::string_view ellipsis) {
+  constexpr std::string_view division = "  ";
+  for (std::size_t end = text.rfind(division); displayWidth(text) > columns && end > 0 && end != std::string::npos;
+       end = text.rfind(division))
+    text.resize(end);
+  return shortened(text, columns, ellipsis);
 }
 
 std::string footer(const StatusBoardState& state, const ReportStyle& style) {
@@ -32,7 +37,7 @@ std::string footer(const StatusBoardState& state, const ReportStyle& style) {
                                            : "cli.status.keys";
   const std::string text = style.catalogue.text(
       {key, {{"other", MessageKey{titleKey(otherThan(state.sort))}}, {"seconds", fmt::format("{:g}", seconds)}}});
-  const std::string fitted = shortened("  " + text, style.text.columns, glyphs(style.text.characters).ellipsis);
+  const std::string fitted = firstParts("  " + text, style.text.columns, glyphs(style.text.characters).ellipsis);
   return toned(fitted, Tone::faint, style.text) + "\n";
 }
 

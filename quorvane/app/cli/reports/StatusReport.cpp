@@ -24,7 +24,7 @@ struct Gauge {
   SystemStatusInput input;
   std::optional<double> percent;  ///< drawn as a bar, or the scale of its history
   std::span<const double> history = {};
-  double most = 100;  ///< of the history
+  std::optional<double> most = 100;  ///< of the history; none: the highest value that is drawn
   std::string detail = {};
 };
 
@@ -77,12 +77,11 @@ class StatusWriter {
   std::size_t roomBehind(std::size_t taken) const { return style_.text.columns - std::min(style_.text.columns, taken); }
 
   std::vector<Gauge> gauges() const {
-    const double fastest = histories_.network.empty() ? 0 : *std::ranges::max_element(histories_.network);
     std::vector<Gauge> gauges{
         {SystemStatusInput::processor, snapshot_.cpuPercent, histories_.processor, 100, words_.processors(snapshot_)},
         {SystemStatusInput::memory, memoryPercent(snapshot_), histories_.memory, 100, words_.memory(snapshot_)},
         {SystemStatusInput::disk, diskUsedPercent(snapshot_), {}, 100, words_.disk(snapshot_)},
-        {SystemStatusInput::network, std::nullopt, histories_.network, fastest, words_.network(snapshot_)}};
+        {SystemStatusInput::network, std::nullopt, histories_.network, std::nullopt, words_.network(snapshot_)}};
     if (snapshot_.batteryPercent)
       gauges.push_back({SystemStatusInput::battery, snapshot_.batteryPercent, {}, 100, words_.battery(snapshot_)});
     gauges.push_back({SystemStatusInput::thermal, std::nullopt, {}, 100, words_.thermal(snapshot_.thermalLevel)});
@@ -104,8 +103,11 @@ class StatusWriter {
 
   std::string graphOf(const Gauge& gauge, std::size_t columns) const {
     const Tone tone = toneOf(gauge.input);
-    if (!gauge.history.empty())
-      return toned(sparkline(gauge.history, gauge.most, columns, style_.text.characters), tone, style_.text);
+    if (!gauge.history.empty() && columns > 0) {
+      const auto drawn = gauge.history.last(std::min(gauge.history.size(), columns));
+      const double most = gauge.most ? *gauge.most : std::ranges::max(drawn);
+      return toned(sparkline(drawn, most, columns, style_.text.characters), tone, style_.text);
+    }
     if (!gauge.percent) return std::string(columns, ' ');
     const auto filled = static_cast<std::size_t>(std::lround(*gauge.percent / 100 * static_cast<double>(columns)));
     const Glyphs& shown = glyphs(style_.text.characters);

@@ -111,7 +111,8 @@ void TerminalScreen::enter() {
     modes.c_cc[VTIME] = 0;
     ::tcsetattr(STDIN_FILENO, TCSANOW, &modes);
   }
-  if (!isEntered.exchange(true) || std::exchange(isScreenDoubtful_, false)) output_.write(secondScreen);
+  if (std::exchange(isScreenDoubtful_, false)) isEntered = false;
+  if (!isEntered.exchange(true)) output_.write(secondScreen);
   output_.write(drawingModes);
   if (input_.isTerminal()) loop_.watch(input_.descriptor(), [this] { takeKeys(); });
   isActive_ = true;
