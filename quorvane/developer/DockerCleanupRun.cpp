@@ -88,6 +88,7 @@ void DockerCleanupRun::take(const Step& step) {
 }
 
 std::optional<DockerRefusal> DockerCleanupRun::refusal(const Step& step) const {
+  if (unverifiable_.contains(step.resource)) return DockerRefusal{"docker.failure.unverifiable"};
   const DockerEngine engine = engineOf(step.scope);
   return step.isPrune() ? refusalNow(engine, *step.prune) : refusalNow(engine, *step.object);
 }
@@ -129,14 +130,16 @@ void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
   report_.result.historyItems.push_back(std::move(item));
 }
 
-/// Runs the command and looks again; why the target does not count as removed. What the client says of itself decides
-/// nothing: it may fail with the object gone, and what one began that did not end by itself can still happen.
-std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) const {
+/// Runs the command and looks again, after which no more of a kind is removed that cannot be looked for; why the target
+/// does not count as removed. What the client says of itself decides nothing: it may fail with the object gone, and
+/// what one began that did not end by itself can still happen.
+std::optional<DockerRefusal> DockerCleanupRun::removed(const Step& step) {
   constexpr std::int32_t firstStatusOfSignals = 128;
   const DockerEngine engine = engineOf(step.scope);
   const CommandResult done = engine.ask(step.command);
   const bool saidNo = !done.hasSucceeded() && done.exitCode >= 0 && done.exitCode < firstStatusOfSignals;
-  DockerPresence presence = presenceOf(engine, step.resource, step.target.commandTarget);
+  DockerPresence presence = presenceOf(engine, *step.object);
+  if (presence == DockerPresence::unknown) unverifiable_.insert(step.resource);
   if (presence == DockerPresence::absent) return std::nullopt;
   if (!done.hasSucceeded() && !saidNo) presence = DockerPresence::unknown;
   const bool isUncertain = presence == DockerPresence::unknown;
@@ -174,7 +177,7 @@ void DockerCleanupRun::keepRemoved(const Step& step, std::int64_t size) {
 }
 
 void DockerCleanupRun::addOutcomes(const std::vector<Step>& steps, const std::optional<DockerDiskUsage>& before) {
-  const bool isRecorded = journal_->finish() && !unannounced_;
+  const bool isRecorded = journal_->finish();
   const auto after = diskUsageOf(engineOf(steps.front().scope));
   const Date now = wholeSeconds(services_.clock.now());
   for (const DockerResourceKind kind : allDockerResourceKinds) {

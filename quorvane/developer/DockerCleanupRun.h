@@ -7,6 +7,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,7 @@ class DockerCleanupRun {
   std::string nameOf(const Step& step) const;
   CleaningHistoryItem itemOf(const Step& step) const;
   void remove(const Step& step, CleaningHistoryItem item);
-  std::optional<DockerRefusal> removed(const Step& step) const;
+  std::optional<DockerRefusal> removed(const Step& step);
   std::optional<DockerRefusal> pruned(const Step& step, CleaningHistoryItem& item);
   void keepFailed(const Step& step, const DockerRefusal& refusal);
   void keepRemoved(const Step& step, std::int64_t size);
@@ -56,6 +57,7 @@ class DockerCleanupRun {
   DockerRemovalJournal* journal_;
   DockerCleanupReport report_;
   std::map<DockerResourceKind, std::int64_t> removedCount_, removedBytes_, failedCount_;
+  std::set<DockerResourceKind> unverifiable_;      ///< of which a listing did not tell what a removal came to
   std::optional<RecoveryStoreError> unannounced_;  ///< the history takes nothing any more
   bool hasAnnounced_ = false;
 };

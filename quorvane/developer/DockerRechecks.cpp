@@ -99,13 +99,16 @@ Refusal protectedVolume(const DockerEngine& engine, const std::string& name) {
 }
 
 // Another volume of the same name tells itself apart by nothing else.
+std::optional<std::string> creationOf(const DockerEngine& engine, const std::string& volume) {
+  const auto origins = volumeOrigins(engine, std::span(&volume, 1));
+  const auto now = origins.find(volume);
+  if (now == origins.end() || now->second.createdAt.empty()) return std::nullopt;
+  return now->second.createdAt;
+}
+
 Refusal otherVolume(const DockerEngine& engine, const DockerRetryTarget& reviewed) {
-  const std::string& name = reviewed.target.commandTarget;
-  const auto origins = volumeOrigins(engine, std::span(&name, 1));
-  const auto now = origins.find(name);
-  const bool isSame =
-      now != origins.end() && !now->second.createdAt.empty() && reviewed.createdAt == now->second.createdAt;
-  return isSame ? std::nullopt : Refusal(notAsReviewed());
+  const auto createdAt = creationOf(engine, reviewed.target.commandTarget);
+  return createdAt && createdAt == reviewed.createdAt ? std::nullopt : Refusal(notAsReviewed());
 }
 
 Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
@@ -142,18 +145,14 @@ Refusal unreviewedCache(const std::vector<DockerBuildCacheRecord>& present, cons
   return DockerRefusal{"docker.failure.cacheChanged", Category::changedAfterScan};
 }
 
-DockerPresence presenceAmong(const std::vector<std::string>& listed, const std::string& target) {
-  return std::ranges::find(listed, target) == listed.end() ? DockerPresence::absent : DockerPresence::present;
-}
-
-DockerPresence presenceOfVolume(const DockerEngine& engine, const std::string& name) {
-  const CommandResult answer = engine.ask(DockerCommands::volumes());
-  const auto volumes = dockerVolumes(answer.output);
-  if (!answer.hasSucceeded() || !volumes.isComplete()) return DockerPresence::unknown;
-  std::vector<std::string> names;
-  names.reserve(volumes.records.size());
-  for (const DockerVolumeRecord& volume : volumes.records) names.push_back(volume.name);
-  return presenceAmong(names, name);
+DockerPresence presenceOfVolume(const DockerEngine& engine, const DockerRetryTarget& reviewed) {
+  const std::string& name = reviewed.target.commandTarget;
+  const auto volumes = listedVolumes(engine);
+  if (!volumes) return DockerPresence::unknown;
+  if (std::ranges::count(*volumes, name, &DockerVolumeRecord::name) == 0) return DockerPresence::absent;
+  const auto createdAt = creationOf(engine, name);
+  if (!createdAt || !reviewed.createdAt) return DockerPresence::unknown;
+  return *createdAt == *reviewed.createdAt ? DockerPresence::present : DockerPresence::absent;
 }
 
 }  // namespace
@@ -194,14 +193,16 @@ std::optional<std::vector<DockerCleanupTarget>> goneOf(const DockerEngine& engin
   return gone;
 }
 
-DockerPresence presenceOf(const DockerEngine& engine, DockerResourceKind kind, const std::string& target) {
+DockerPresence presenceOf(const DockerEngine& engine, const DockerRetryTarget& target) {
+  const DockerResourceKind kind = target.resource;
   if (kind == DockerResourceKind::volumes) return presenceOfVolume(engine, target);
   const CommandResult answer = engine.ask(DockerCommands::identities(kind));
   const auto listed = dockerTexts(answer.output);
   const auto isFull = [kind](const std::string& id) { return isCommandTarget(kind, id); };
   if (!answer.hasSucceeded() || !listed.isComplete() || !std::ranges::all_of(listed.records, isFull))
     return DockerPresence::unknown;
-  return presenceAmong(listed.records, target);
+  const bool isListed = std::ranges::count(listed.records, target.target.commandTarget) > 0;
+  return isListed ? DockerPresence::present : DockerPresence::absent;
 }
 
 }  // namespace quorvane

@@ -33,8 +33,9 @@ std::optional<DockerRefusal> refusalNow(const DockerEngine& engine, const Docker
 /// What of the reviewed build cache is listed no more. Nothing when it cannot be listed whole.
 std::optional<std::vector<DockerCleanupTarget>> goneOf(const DockerEngine& engine, const DockerCleanupOperation& prune);
 
-/// Whether the listing of its kind still names an object. A listing with a line that is no full identifier says
-/// nothing.
-DockerPresence presenceOf(const DockerEngine& engine, DockerResourceKind kind, const std::string& target);
+/// Whether the listing of its kind still names the reviewed object. A listing with a line that is no full identifier
+/// says nothing. A volume of the name that was made at another time is another volume; one of which that is not told
+/// may be.
+DockerPresence presenceOf(const DockerEngine& engine, const DockerRetryTarget& target);
 
 }  // namespace quorvane

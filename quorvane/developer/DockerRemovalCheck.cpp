@@ -22,14 +22,17 @@ IrreversibleFinding findingOf(DockerPresence presence) {
 
 IrreversibleFinding lookFor(const DockerEngine& engine, const DockerRetryTarget& target) {
   if (!isCommandTarget(target.resource, target.target.commandTarget)) return IrreversibleFinding::unknown;
-  return findingOf(presenceOf(engine, target.resource, target.target.commandTarget));
+  return findingOf(presenceOf(engine, target));
 }
 
+/// A prune that took a part only neither happened nor did not.
 IrreversibleFinding lookFor(const DockerEngine& engine, const DockerCleanupOperation& prune) {
   if (prune.kind != DockerBulkKind::buildCache) return IrreversibleFinding::unknown;
+  if (prune.reviewedTargets.empty()) return IrreversibleFinding::stillThere;
   const auto gone = goneOf(engine, prune);
   if (!gone) return IrreversibleFinding::unknown;
-  return gone->size() == prune.reviewedTargets.size() ? IrreversibleFinding::gone : IrreversibleFinding::stillThere;
+  if (gone->empty()) return IrreversibleFinding::stillThere;
+  return gone->size() == prune.reviewedTargets.size() ? IrreversibleFinding::gone : IrreversibleFinding::unknown;
 }
 
 template <class Removed>

@@ -10,8 +10,9 @@
 
 namespace quorvane {
 
-/// Asks the engine what became of an announced removal: whether the object is still listed, or, of a pruned build
-/// cache, anything of what was reviewed. Another engine, or none, tells nothing. What is still listed counts so only
+/// Asks the engine what became of an announced removal: whether the reviewed object is still listed, or, of a pruned
+/// build cache, all of what was reviewed or nothing of it; a part of it tells nothing. Another engine, or none, tells
+/// nothing. What is still listed counts so only
 /// once the run that announced it, and its client, must have ended: an engine finishes what a client no longer waits
 /// for.
 class DockerRemovalCheck final : public IrreversibleCheck {

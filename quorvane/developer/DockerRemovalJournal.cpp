@@ -1,7 +1,5 @@
 #include "quorvane/developer/DockerRemovalJournal.h"
 
-#include <utility>
-
 namespace quorvane {
 
 Outcome<void, RecoveryStoreError> DockerRemovalJournal::announce(CleaningHistoryItem& item,
@@ -9,12 +7,20 @@ Outcome<void, RecoveryStoreError> DockerRemovalJournal::announce(CleaningHistory
   item.outcome = CleaningHistoryItemOutcome::failed;
   item.failureReason = texts_("cleanup.irreversible.interrupted");
   item.pendingIrreversible = IrreversibleRemovalIntent{wholeSeconds(clock_.now()), std::move(command)};
-  return history_.write({.inserted = {entryOf(item)}, .replaced = std::exchange(receipts_, {})});
+  return write({.inserted = {entryOf(item)}});
 }
 
 void DockerRemovalJournal::record(const CleaningHistoryItem& item) { receipts_.push_back(entryOf(item)); }
 
-bool DockerRemovalJournal::finish() { return history_.write({.replaced = std::exchange(receipts_, {})}).has_value(); }
+bool DockerRemovalJournal::finish() { return write({}).has_value(); }
+
+/// With the receipts that wait, which go on waiting where that fails.
+Outcome<void, RecoveryStoreError> DockerRemovalJournal::write(OpenHistory::Change change) {
+  change.replaced = receipts_;
+  auto written = history_.write(std::move(change));
+  if (written) receipts_.clear();
+  return written;
+}
 
 CleaningHistoryEntry DockerRemovalJournal::entryOf(const CleaningHistoryItem& item) const {
   CleaningHistoryEntry entry;

@@ -16,7 +16,7 @@ class DockerRemovalJournal {
       : history_(history), clock_(clock), texts_(texts), run_(run) {}
 
   /// Writes that this item is about to be removed by this command, and the receipts that wait. The item reads as a
-  /// failure with an open intent from then on. After a failure nothing may be removed.
+  /// failure with an open intent from then on. After a failure nothing may be removed, and the receipts go on waiting.
   Outcome<void, RecoveryStoreError> announce(CleaningHistoryItem& item, std::vector<std::string> command);
 
   /// The receipt of the item that was announced last; it is written with the next announcement, or by `finish`.
@@ -26,6 +26,7 @@ class DockerRemovalJournal {
   bool finish();
 
  private:
+  Outcome<void, RecoveryStoreError> write(OpenHistory::Change change);
   CleaningHistoryEntry entryOf(const CleaningHistoryItem& item) const;
 
   OpenHistory& history_;

@@ -179,13 +179,19 @@ Outcome<DockerSurvey, DockerServiceError> DockerService::surveyOf(const DockerEn
   return survey;
 }
 
+std::optional<std::vector<DockerVolumeRecord>> listedVolumes(const DockerEngine& engine) {
+  const CommandResult answer = engine.ask(DockerCommands::volumes());
+  auto listing = dockerVolumes(answer.output);
+  if (!answer.hasSucceeded() || !listing.isComplete()) return std::nullopt;
+  return std::move(listing.records);
+}
+
 std::optional<std::vector<DockerVolumeRecord>> volumesOf(const DockerEngine& engine) {
-  CommandResult listed, tables;
-  sideBySide([&] { listed = engine.ask(DockerCommands::volumes()); },
-             [&] { tables = engine.ask(DockerCommands::usageTables()); });
-  if (!listed.hasSucceeded() || !tables.hasSucceeded()) return std::nullopt;
-  std::vector<DockerVolumeRecord> volumes = dockerVolumes(listed.output).records;
-  addUsage(volumes, dockerUsageTables(tables.output));
+  std::optional<std::vector<DockerVolumeRecord>> volumes;
+  CommandResult tables;
+  sideBySide([&] { volumes = listedVolumes(engine); }, [&] { tables = engine.ask(DockerCommands::usageTables()); });
+  if (!volumes || !tables.hasSucceeded()) return std::nullopt;
+  addUsage(*volumes, dockerUsageTables(tables.output));
   return volumes;
 }
 

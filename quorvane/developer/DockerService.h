@@ -29,7 +29,10 @@ class DockerService {
   const Clock& clock_;
 };
 
-/// The volumes of an engine with what the table of disk usage tells of them. Nothing when they cannot be listed.
+/// The volumes of an engine. Nothing when they cannot be listed whole.
+std::optional<std::vector<DockerVolumeRecord>> listedVolumes(const DockerEngine& engine);
+
+/// The same with what the table of disk usage tells of them.
 std::optional<std::vector<DockerVolumeRecord>> volumesOf(const DockerEngine& engine);
 
 /// The build cache of an engine. Nothing when it cannot be listed whole.

@@ -97,16 +97,24 @@ TEST_F(DockerCleanupGuardTests, removesNothingThatCannotBeAnnounced) {
   EXPECT_EQ(refused.error().fault, RecoveryStoreFault::notWritten);
   EXPECT_TRUE(hasContainer(first));
 
+  home_.files().failAt(home_.files().calls() + 2);
+  const DockerCleanupReport once = remove(plan);
+  EXPECT_THAT(reasonsOf(once), ElementsAre("docker.failure.historyUnavailable"));
+  EXPECT_TRUE(once.outcomes.at(0).historyWasRecorded) << "the receipt was written at last";
+  EXPECT_FALSE(isPending(home_.recorded().at(0)));
+
+  const std::string third = container("third");
+  const DockerCleanupPlan later = planOf({{Kind::containers, third}, {Kind::containers, second}});
   home_.files().failAt(home_.files().calls() + 2, FaultSpan::fromThereOn);
-  const DockerCleanupReport report = remove(plan);
+  const DockerCleanupReport report = remove(later);
   EXPECT_THAT(reasonsOf(report), ElementsAre("docker.failure.historyUnavailable"));
   EXPECT_FALSE(report.outcomes.at(0).historyWasRecorded);
-  EXPECT_FALSE(hasContainer(first)) << "announced, so removed";
+  EXPECT_FALSE(hasContainer(first) || hasContainer(third)) << "announced, so removed";
   EXPECT_TRUE(hasContainer(second));
 
   home_.files().failAt(0);
   const auto entries = recorded();
-  ASSERT_THAT(entries, SizeIs(1));
+  ASSERT_THAT(entries, SizeIs(2));
   EXPECT_EQ(entries[0].items[0].outcome, CleaningHistoryItemOutcome::removed) << "the next start finds out";
 }
 
@@ -149,6 +157,65 @@ TEST_F(DockerCleanupGuardTests, countsOnlyWhatIsSeenToBeGone) {
     return failed("connection lost");
   };
   EXPECT_THAT(reasonsOf(remove(planOfGone)), IsEmpty()) << "the client may fail with the object gone";
+}
+
+TEST_F(DockerCleanupGuardTests, removesNoMoreOfAKindThatItCannotLookFor) {
+  for (const char* name : {"blindA", "blindB"}) engine_->ask({"volume", "create", name});
+  const std::string id = container("sighted");
+  const DockerCleanupPlan plan = planOf({{Kind::volumes, "blindA"}, {Kind::volumes, "blindB"}, {Kind::containers, id}});
+  runner_.answers = [&](const Words& arguments) {
+    const bool isVerification =
+        runner_.countOf({"volume", "rm"}) > 0 && arguments[0] == "volume" && arguments[1] == "ls";
+    return isVerification ? std::optional(printed("garbage\n")) : std::nullopt;
+  };
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("cleanup.command.unknown", "docker.failure.unverifiable"));
+  runner_.answers = nullptr;
+  EXPECT_TRUE(hasVolume("blindB") && !hasContainer(id));
+}
+
+TEST_F(DockerCleanupGuardTests, aVolumeThatWasMadeAnewIsNotTheOneThatWasRemoved) {
+  engine_->ask({"volume", "create", "successor"});
+  const DockerCleanupPlan plan = planOf({{Kind::volumes, "successor"}});
+  const struct {
+    const char* createdAt;
+    std::vector<std::string> reasons;
+  } cases[] = {{"2000-01-01T00:00:00Z", {}}, {"", {"cleanup.command.unknown"}}};
+  for (const auto& each : cases) {
+    CleaningHistoryItem open;
+    open.dockerTarget = plan.targets.at(0);
+    runner_.answers = [&](const Words& arguments) -> std::optional<SafeProcessResult> {
+      if (arguments[0] != "volume" || arguments[1] == "ls") return std::nullopt;
+      if (arguments[1] == "rm") return printed("successor");
+      const bool isBefore = runner_.countOf({"volume", "rm"}) == 0;
+      return printed(R"({"name":"successor","createdAt":")" +
+                     (isBefore ? *plan.targets[0].createdAt : std::string(each.createdAt)) + "\"}");
+    };
+    EXPECT_EQ(check_->look(open), IrreversibleFinding::stillThere) << "not begun";
+    EXPECT_EQ(reasonsOf(remove(plan)), each.reasons);
+    EXPECT_EQ(check_->look(open), each.reasons.empty() ? IrreversibleFinding::gone : IrreversibleFinding::unknown);
+    runner_.forget();
+  }
+}
+
+TEST_F(DockerCleanupGuardTests, anInterruptedPruneIsSettledOnlyWhenItTookAllOrNothing) {
+  const std::string header =
+      "Build cache usage: 1B\n\nCACHE ID   CACHE TYPE   SIZE   CREATED   LAST USED   USAGE   SHARED\n";
+  const DockerCleanupScope scope = pinnedEngine(*client_, {}).value_or(DockerCleanupScope());
+  const auto row = [](const char* id) { return std::string(id) + "   regular   1B   now   now   1   false\n"; };
+  const auto find = [&](const std::string& tables, std::vector<DockerCleanupTarget> reviewed) {
+    CleaningHistoryItem open;
+    open.dockerOperation = {DockerBulkKind::buildCache, scope, std::move(reviewed)};
+    runner_.answers = [&](const Words& arguments) {
+      return arguments.back() == "--verbose" ? std::optional(printed(tables)) : std::nullopt;
+    };
+    return check_->look(open);
+  };
+  const std::vector<DockerCleanupTarget> both{{"a", "regular", {}, 1}, {"b", "regular", {}, 1}};
+  EXPECT_EQ(find(header, both), IrreversibleFinding::gone);
+  EXPECT_EQ(find(header + row("b"), both), IrreversibleFinding::unknown);
+  EXPECT_EQ(find(header + row("a") + row("b*"), both), IrreversibleFinding::stillThere);
+  EXPECT_EQ(find(header, {}), IrreversibleFinding::stillThere);
+  EXPECT_EQ(find("garbage", both), IrreversibleFinding::unknown);
 }
 
 TEST_F(DockerCleanupGuardTests, goesOnAfterARefusalAndSaysWhatTheEngineSaid) {

@@ -39,6 +39,12 @@ class WatchedRunner final : public ProcessRunner {
     return requests_;
   }
 
+  /// As if nothing had been asked.
+  void forget() {
+    const std::lock_guard lock(mutex_);
+    requests_.clear();
+  }
+
   /// How often a command was run that begins with these words.
   std::size_t countOf(const Words& beginning) const {
     std::size_t count = 0;

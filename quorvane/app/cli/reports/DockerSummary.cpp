@@ -64,7 +64,10 @@ class SummaryWriter {
       text_.blank();
       text_.heading(text_.say({"cli.docker.removed", {{"count", count}}}));
     }
-    if (count == 0 && !summary_.report.prunedCount) text_.line({"cli.docker.removedNothing", {}});
+    const auto uncertain = std::ranges::count_if(
+        summary_.report.failures, [](const DockerCleanupFailure& each) { return each.refusal.isUncertain; });
+    if (count + uncertain == 0 && !summary_.report.prunedCount) text_.line({"cli.docker.removedNothing", {}});
+    if (uncertain > 0) text_.line({"cli.docker.uncertain", {{"count", uncertain}}});
     writePruned();
     for (const DockerCleanupOutcome& outcome : summary_.report.outcomes) writeBytes(outcome);
     if (std::ranges::any_of(summary_.report.outcomes, isOtherThanPredicted))
