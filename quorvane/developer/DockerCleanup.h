@@ -61,12 +61,13 @@ struct DockerCleanupOutcome {
   std::int64_t failedCount = 0;
   Date completedAt;
   bool historyWasRecorded = false;
+  bool usageGrew = false;               ///< something was removed, but others made more meanwhile; not measured then
   bool measurementUnavailable = false;  ///< something was removed, but the disk usage was not told before and after
 
   bool operator==(const DockerCleanupOutcome&) const = default;
 };
 QV_JSON_FIELDS(DockerCleanupOutcome, id, resource, reclaimedBytes, predictedBytes, isMeasured, successfulCount,
-               failedCount, completedAt, historyWasRecorded, measurementUnavailable)
+               failedCount, completedAt, historyWasRecorded, usageGrew, measurementUnavailable)
 
 struct DockerCleanupReport {
   std::vector<DockerCleanupOutcome> outcomes = {};  ///< one for each kind that the plan has

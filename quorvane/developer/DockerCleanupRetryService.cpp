@@ -4,6 +4,7 @@
 #include "quorvane/developer/DockerRemovalCheck.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quorvane {
 
@@ -22,12 +23,21 @@ void add(DockerCleanupPlan& plan, const CleaningHistoryItem& item) {
   plan.targets.push_back(std::move(target));
 }
 
+auto newestRun(std::span<const CleaningHistoryEntry> entries) {
+  return std::ranges::find(entries, CleaningHistorySource::docker, &CleaningHistoryEntry::source);
+}
+
+/// Runs that follow each other quickly are dated some seconds ahead.
+bool isStale(Date run, Date now) {
+  return run < now - DockerCleanupRetryService::longestValidity || run > now + std::chrono::minutes(1);
+}
+
 }  // namespace
 
 std::string messageKey(DockerRetryFault fault) { return "docker.retry.error." + std::string(caseName(fault)); }
 
 DockerCleanupPlan failedTargets(std::span<const CleaningHistoryEntry> entries) {
-  const auto newest = std::ranges::find(entries, CleaningHistorySource::docker, &CleaningHistoryEntry::source);
+  const auto newest = newestRun(entries);
   DockerCleanupPlan plan;
   if (newest == entries.end()) return plan;
   for (const CleaningHistoryEntry& entry : entries)
@@ -37,14 +47,16 @@ DockerCleanupPlan failedTargets(std::span<const CleaningHistoryEntry> entries) {
   return plan;
 }
 
-Outcome<DockerCleanupPlan, DockerRetryFault> DockerCleanupRetryService::plan(
-    std::span<const CleaningHistoryEntry> entries) const {
+Outcome<DockerReview, DockerRetryFault> DockerCleanupRetryService::plan(std::span<const CleaningHistoryEntry> entries,
+                                                                        Date now) const {
   DockerCleanupPlan plan = failedTargets(entries);
   if (plan.isEmpty()) return failure(DockerRetryFault::nothing);
+  const Date run = newestRun(entries)->date;
+  if (isStale(run, now)) return failure(DockerRetryFault::stale);
   const auto isClosed = [&](const auto& part) { return !mayFollow(client_, part.scope); };
   const bool isAnyClosed = std::ranges::any_of(plan.targets, isClosed) || (plan.prune && isClosed(*plan.prune));
   if (isAnyClosed) return failure(DockerRetryFault::scope);
-  return plan;
+  return DockerReview{.plan = std::move(plan), .retriedRun = run};
 }
 
 }  // namespace quorvane

@@ -3,7 +3,9 @@
 #include "quorvane/base/Outcome.h"
 #include "quorvane/developer/DockerCleanup.h"
 #include "quorvane/developer/DockerClient.h"
+#include "quorvane/developer/DockerSelection.h"
 
+#include <chrono>
 #include <span>
 
 namespace quorvane {
@@ -16,9 +18,10 @@ DockerCleanupPlan failedTargets(std::span<const CleaningHistoryEntry> entries);
 /// Why a plan cannot be tried again.
 enum class DockerRetryFault {
   nothing,  ///< the last run left nothing to try again
+  stale,    ///< its review is older than any that may be acted upon, or its time is yet to come
   scope,    ///< its engine is neither on this machine nor the one that the client leads to
 };
-QV_CASE_NAMES(DockerRetryFault, nothing, scope)
+QV_CASE_NAMES(DockerRetryFault, nothing, stale, scope)
 
 /// "docker.retry.error." and the name of the case.
 std::string messageKey(DockerRetryFault fault);
@@ -30,8 +33,10 @@ class DockerCleanupRetryService {
   /// The client outlives the object.
   explicit DockerCleanupRetryService(const DockerClient& client) : client_(client) {}
 
-  /// The failed targets of the last run, if they may be tried again. May wait for the client.
-  Outcome<DockerCleanupPlan, DockerRetryFault> plan(std::span<const CleaningHistoryEntry> entries) const;
+  static constexpr std::chrono::hours longestValidity{24};  ///< as of a review that was kept
+
+  /// The failed targets of the last run, if they may be tried again at this time. May wait for the client.
+  Outcome<DockerReview, DockerRetryFault> plan(std::span<const CleaningHistoryEntry> entries, Date now) const;
 
  private:
   const DockerClient& client_;

@@ -185,11 +185,13 @@ void DockerCleanupRun::addOutcomes(const std::vector<Step>& steps, const std::op
     outcome.successfulCount = removedCount_[kind];
     outcome.failedCount = failedCount_[kind];
     if (outcome.successfulCount + outcome.failedCount == 0) continue;
-    const auto measured = reclaimedBytes(before, after, kind);
+    const auto freed = freedBytes(before, after, kind);
+    const bool hasRemoved = outcome.successfulCount > 0;
     outcome.predictedBytes = removedBytes_[kind];
-    outcome.isMeasured = measured && outcome.successfulCount > 0;
-    outcome.measurementUnavailable = !measured && outcome.successfulCount > 0;
-    outcome.reclaimedBytes = outcome.isMeasured ? *measured : outcome.predictedBytes;
+    outcome.isMeasured = hasRemoved && freed && *freed >= 0;
+    outcome.usageGrew = hasRemoved && freed && *freed < 0;
+    outcome.measurementUnavailable = hasRemoved && !freed;
+    outcome.reclaimedBytes = outcome.isMeasured ? *freed : outcome.predictedBytes;
     outcome.historyWasRecorded = isRecorded;
     report_.outcomes.push_back(outcome);
   }

@@ -1,5 +1,7 @@
 #include "quorvane/developer/DockerClient.h"
 
+#include "quorvane/developer/DockerMemory.h"
+
 #include <array>
 #include <utility>
 
@@ -21,14 +23,35 @@ CommandResult resultOf(SafeProcessResult done) {
   return result;
 }
 
+template <class Ask>
+CommandResult remembered(DockerMemory* memory, const std::string& endpoint, const DockerClient::Arguments& arguments,
+                         Ask ask) {
+  if (memory == nullptr) return ask();
+  if (auto known = memory->known(endpoint, arguments)) return *std::move(known);
+  CommandResult result = ask();
+  memory->keep(endpoint, arguments, result);
+  return result;
+}
+
 }  // namespace
 
+DockerClient DockerClient::remembering(DockerMemory& memory) const {
+  DockerClient client = *this;
+  client.memory_ = &memory;
+  return client;
+}
+
 CommandResult DockerClient::run(const Arguments& arguments, const StopToken& stop) const {
-  return start(arguments, settings_.environment, stop);
+  return remembered(memory_, {}, arguments, [&] { return start(arguments, settings_.environment, stop); });
 }
 
 CommandResult DockerClient::runAt(const std::string& endpoint, const Arguments& arguments,
                                   const StopToken& stop) const {
+  return remembered(memory_, endpoint, arguments, [&] { return startAt(endpoint, arguments, stop); });
+}
+
+CommandResult DockerClient::startAt(const std::string& endpoint, const Arguments& arguments,
+                                    const StopToken& stop) const {
   constexpr std::array redirecting{"DOCKER_CONTEXT",   "DOCKER_HOST",    "DOCKER_TLS",   "DOCKER_TLS_VERIFY",
                                    "DOCKER_CERT_PATH", "BUILDX_BUILDER", "BUILDX_CONFIG"};
   auto environment = settings_.environment;

@@ -30,6 +30,8 @@ struct DockerClientSettings {
   std::size_t outputLimit = std::size_t{32} << 20;  ///< bytes; what prints more has failed
 };
 
+class DockerMemory;
+
 /// Runs the client, on one processor where the environment does not say how many. Callable from any thread.
 ///
 /// A run that does not end within the limit comes back with what it printed, "Command timed out." and -1; one that
@@ -43,6 +45,9 @@ class DockerClient {
   DockerClient(ProcessRunner& runner, DockerClientSettings settings)
       : runner_(runner), settings_(std::move(settings)) {}
 
+  /// The same client that asks nothing twice, for one thread at a time. The memory outlives it.
+  DockerClient remembering(DockerMemory& memory) const;
+
   /// Towards the engine that the client's own settings and environment lead to.
   CommandResult run(const Arguments& arguments, const StopToken& stop) const;
 
@@ -51,10 +56,12 @@ class DockerClient {
   CommandResult runAt(const std::string& endpoint, const Arguments& arguments, const StopToken& stop) const;
 
  private:
+  CommandResult startAt(const std::string& endpoint, const Arguments& arguments, const StopToken& stop) const;
   CommandResult start(Arguments arguments, std::map<std::string, std::string> environment, const StopToken& stop) const;
 
   ProcessRunner& runner_;
   DockerClientSettings settings_;
+  DockerMemory* memory_ = nullptr;
 };
 
 }  // namespace quorvane

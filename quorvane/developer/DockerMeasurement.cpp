@@ -13,11 +13,11 @@ std::optional<DockerDiskUsage> diskUsageOf(const DockerEngine& engine) {
   return usage;
 }
 
-std::optional<std::int64_t> reclaimedBytes(const std::optional<DockerDiskUsage>& before,
-                                           const std::optional<DockerDiskUsage>& after, DockerResourceKind kind) {
+std::optional<std::int64_t> freedBytes(const std::optional<DockerDiskUsage>& before,
+                                       const std::optional<DockerDiskUsage>& after, DockerResourceKind kind) {
   if (!before || !after) return std::nullopt;
   const auto was = before->find(kind), is = after->find(kind);
-  if (was == before->end() || is == after->end() || is->second > was->second) return std::nullopt;
+  if (was == before->end() || is == after->end()) return std::nullopt;
   return was->second - is->second;
 }
 

@@ -14,9 +14,9 @@ using DockerDiskUsage = std::map<DockerResourceKind, std::int64_t>;
 /// Nothing when the client does not tell.
 std::optional<DockerDiskUsage> diskUsageOf(const DockerEngine& engine);
 
-/// How much less a kind takes; nothing when one of the two is not known, or when it takes more: others use the engine
-/// meanwhile.
-std::optional<std::int64_t> reclaimedBytes(const std::optional<DockerDiskUsage>& before,
-                                           const std::optional<DockerDiskUsage>& after, DockerResourceKind kind);
+/// How much less a kind takes, below zero where it takes more: others use the engine meanwhile. Nothing when one of the
+/// two is not known.
+std::optional<std::int64_t> freedBytes(const std::optional<DockerDiskUsage>& before,
+                                       const std::optional<DockerDiskUsage>& after, DockerResourceKind kind);
 
 }  // namespace quorvane

@@ -25,6 +25,8 @@ bool isCommandTarget(DockerResourceKind kind, std::string_view target);
 std::string shortID(std::string_view id);
 
 bool isDangling(const DockerImageRecord& image);
+/// Whether this record is a tag that the image has; one pulled by its digest has a repository without.
+bool isTagged(const DockerImageRecord& image);
 /// "repository:tag", or the short identifier of an image without a name.
 std::string displayNameOf(const DockerImageRecord& image);
 

@@ -89,13 +89,18 @@ Refusal otherTags(const DockerEngine& engine, const DockerRetryTarget& target) {
   return DockerRefusal{"docker.failure.tagsChanged", Category::changedAfterScan};
 }
 
-Refusal protectedVolume(const DockerEngine& engine, const std::string& name) {
+/// Of one that is protected now, or was written to since the review.
+Refusal unlikeVolume(const DockerEngine& engine, const DockerRetryTarget& reviewed) {
+  const std::string& name = reviewed.target.commandTarget;
   const auto volumes = volumesOf(engine);
   if (!volumes) return DockerRefusal{"docker.failure.unansweredPlainly"};
+  const auto count = std::ranges::count(*volumes, name, &DockerVolumeRecord::name);
+  if (count == 0) return DockerRefusal{"docker.failure.unknownObject", Category::missing};
+  if (count > 1) return notAsReviewed();
   const auto volume = std::ranges::find(*volumes, name, &DockerVolumeRecord::name);
-  if (volume == volumes->end()) return DockerRefusal{"docker.failure.unknownObject", Category::missing};
-  if (DockerSafetyPolicy::safetyOf(*volume) != DockerCleanupSafety::protected_) return std::nullopt;
-  return DockerRefusal{"docker.failure.volumeProtected", Category::protected_};
+  if (DockerSafetyPolicy::safetyOf(*volume) == DockerCleanupSafety::protected_)
+    return DockerRefusal{"docker.failure.volumeProtected", Category::protected_};
+  return volume->sizeBytes.value_or(0) == reviewed.target.sizeBytes ? std::nullopt : Refusal(notAsReviewed());
 }
 
 // Another volume of the same name tells itself apart by nothing else.
@@ -125,7 +130,7 @@ Refusal unsafeNow(const DockerEngine& engine, const DockerRetryTarget& target) {
       return otherContainer(engine, target);
     }
     case DockerResourceKind::volumes: {
-      if (auto refusal = protectedVolume(engine, name)) return refusal;
+      if (auto refusal = unlikeVolume(engine, target)) return refusal;
       return otherVolume(engine, target);
     }
     case DockerResourceKind::buildCache: break;

@@ -19,8 +19,8 @@ std::string messageKey(DockerPresence presence);
 
 /// Why a target must not be removed at this moment, asked anew of its engine: it is another engine or another object, a
 /// container is not at rest, has another name or ran again, an image has containers or other names than reviewed, a
-/// volume is protected or was made at another time, or something of that cannot be told. Nothing when all is as it was
-/// reviewed. A name that cannot be one is refused without asking.
+/// volume is protected, has another size or was made at another time, or something of that cannot be told. Nothing when
+/// all is as it was reviewed. A name that cannot be one is refused without asking.
 std::optional<DockerRefusal> refusalNow(const DockerEngine& engine, const DockerRetryTarget& target);
 
 /// Why the engine is not the one of this scope.

@@ -46,10 +46,11 @@ IrreversibleFinding look(const DockerClient& client, const Removed& removed) {
 }  // namespace
 
 IrreversibleFinding DockerRemovalCheck::look(const CleaningHistoryItem& item) {
-  const auto client = makeClient_();
-  if (!client) return IrreversibleFinding::unknown;
-  const IrreversibleFinding found = item.dockerTarget      ? quorvane::look(*client, *item.dockerTarget)
-                                    : item.dockerOperation ? quorvane::look(*client, *item.dockerOperation)
+  const auto made = makeClient_();
+  if (!made) return IrreversibleFinding::unknown;
+  const DockerClient client = made->remembering(memory_);
+  const IrreversibleFinding found = item.dockerTarget      ? quorvane::look(client, *item.dockerTarget)
+                                    : item.dockerOperation ? quorvane::look(client, *item.dockerOperation)
                                                            : IrreversibleFinding::unknown;
   const bool mayStillHappen =
       item.pendingIrreversible && clock_.now() < item.pendingIrreversible->announcedAt + longestRemoval;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvane/developer/DockerClient.h"
+#include "quorvane/developer/DockerMemory.h"
 #include "quorvane/platform/Clock.h"
 #include "quorvane/removal/IrreversibleCheck.h"
 
@@ -14,7 +14,7 @@ namespace quorvane {
 /// build cache, all of what was reviewed or nothing of it; a part of it tells nothing. Another engine, or none, tells
 /// nothing. What is still listed counts so only
 /// once the run that announced it, and its client, must have ended: an engine finishes what a client no longer waits
-/// for.
+/// for. Within one settling nothing is asked twice, and an engine that was silent once is asked nothing more.
 class DockerRemovalCheck final : public IrreversibleCheck {
  public:
   static constexpr std::chrono::minutes longestRemoval{5};  ///< after the announcement: the checks and the command
@@ -23,11 +23,13 @@ class DockerRemovalCheck final : public IrreversibleCheck {
   DockerRemovalCheck(std::function<std::optional<DockerClient>()> makeClient, const Clock& clock)
       : makeClient_(std::move(makeClient)), clock_(clock) {}
 
+  void begin() override { memory_ = {}; }
   IrreversibleFinding look(const CleaningHistoryItem& item) override;
 
  private:
   const std::function<std::optional<DockerClient>()> makeClient_;
   const Clock& clock_;
+  DockerMemory memory_;
 };
 
 /// Whether a scope that was read back may be followed: its address is a socket of this machine, or the one that the

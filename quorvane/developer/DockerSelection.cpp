@@ -47,7 +47,7 @@ std::optional<Candidate> imageIn(const DockerSnapshot& snapshot, const std::stri
       found->target.target.displayName += ", " + name;
       found->safety = std::max(found->safety, safety);
     }
-    if (!isDangling(image)) found->target.reviewedTags.push_back(name);
+    if (isTagged(image)) found->target.reviewedTags.push_back(name);
   }
   if (found) std::ranges::sort(found->target.reviewedTags);
   return found;
@@ -62,10 +62,13 @@ std::optional<Candidate> containerIn(const DockerSnapshot& snapshot, const std::
   return candidate;
 }
 
+/// Of two volumes of one name nothing tells which is meant.
 std::optional<Candidate> volumeIn(const DockerSnapshot& snapshot, const std::string& name) {
   const auto found = std::ranges::find(snapshot.volumes, name, &DockerVolumeRecord::name);
   if (found == snapshot.volumes.end()) return std::nullopt;
-  auto candidate = candidateOf({name, name, {}, found->sizeBytes.value_or(0)}, DockerSafetyPolicy::safetyOf(*found));
+  const bool isOnlyOne = std::ranges::count(snapshot.volumes, name, &DockerVolumeRecord::name) == 1;
+  auto candidate = candidateOf({name, name, {}, found->sizeBytes.value_or(0)},
+                               isOnlyOne ? DockerSafetyPolicy::safetyOf(*found) : DockerCleanupSafety::protected_);
   candidate.target.createdAt = found->createdAt;
   return candidate;
 }
@@ -102,7 +105,7 @@ class Reviewer {
                seen->target.target.displayName != present->target.target.displayName) {
       refuse(selector, {"docker.failure.renamed", Category::changedAfterScan});
     } else {
-      plan(selector, *seen, present->target.target.sizeBytes);
+      plan(selector, *seen);
     }
     return true;
   }
@@ -154,7 +157,7 @@ class Reviewer {
       review_.refused.push_back({selector.id, selector.resource, std::move(refusal)});
   }
 
-  void plan(const DockerSelector& selector, const Candidate& seen, std::int64_t presentSize) {
+  void plan(const DockerSelector& selector, const Candidate& seen) {
     const auto isSame = [&](const DockerRetryTarget& each) {
       return each.target.commandTarget == selector.id && each.resource == selector.resource;
     };
@@ -163,7 +166,7 @@ class Reviewer {
     target.resource = selector.resource;
     target.scope = scopeOf(reviewed_);
     target.target.historyLocation = historyLocation(selector.resource, selector.id);
-    target.target.sizeBytes = std::max<std::int64_t>(0, presentSize);
+    target.target.sizeBytes = std::max<std::int64_t>(0, target.target.sizeBytes);
     review_.plan.targets.push_back(std::move(target));
   }
 

@@ -38,14 +38,15 @@ struct DockerSelection {
 struct DockerReview {
   DockerCleanupPlan plan = {};
   std::vector<DockerCleanupFailure> refused = {};
-  std::int64_t builtUponCount = 0;  ///< of the safe images: how many stay, since others were built on them
-  bool hasNothingToPrune = false;   ///< the prune was selected, and left out
+  std::int64_t builtUponCount = 0;      ///< of the safe images: how many stay, since others were built on them
+  bool hasNothingToPrune = false;       ///< the prune was selected, and left out
+  std::optional<Date> retriedRun = {};  ///< the run whose failures these are, if it is a retry
 
   bool operator==(const DockerReview&) const = default;
 };
 
-/// Plans the removal of what was selected of `reviewed`, which may come from anywhere: names and tags are those of the
-/// review, sizes and verdicts are those of `now`; all that is safe has to be safe in both, and each of these images
+/// Plans the removal of what was selected of `reviewed`, which may come from anywhere: names, tags and sizes are those
+/// of the review, verdicts are those of `now`; all that is safe has to be safe in both, and each of these images
 /// comes before the one that it was built on, as `origins` has it. The prune has the build cache that was reviewed, and
 /// is left out without any. An
 /// object that is not there now, is protected, or was reviewed of another engine is refused, and a container of another

@@ -12,6 +12,9 @@ class IrreversibleCheck {
  public:
   virtual ~IrreversibleCheck() = default;
 
+  /// Before the looks of one settling: what the last one learnt may hold no more.
+  virtual void begin() = 0;
+
   /// `unknown` for whatever is not certain. May wait some seconds for who has to be asked.
   virtual IrreversibleFinding look(const CleaningHistoryItem& item) = 0;
 };

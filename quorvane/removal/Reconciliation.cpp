@@ -37,6 +37,7 @@ Outcome<void, RecoveryStoreError> Reconciliation::perform() {
   };
   if (std::ranges::none_of(entries, holdsPending)) return {};
   claimRecorded();
+  if (irreversible_ != nullptr) irreversible_->begin();
   OpenHistory::Change change;
   for (const CleaningHistoryEntry& entry : entries) {
     if (!holdsPending(entry)) continue;

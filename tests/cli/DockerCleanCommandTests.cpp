@@ -66,7 +66,9 @@ TEST_F(DockerCleanCommandTests, removesNothingWithoutANameOrAnAnswer) {
   EXPECT_EQ(declined.code, 0);
   EXPECT_THAT(declined.errors,
               AllOf(HasSubstr("for good"), HasSubstr("Docker cannot put it back"), HasSubstr("Nothing was removed")));
-  EXPECT_EQ(run({"docker", "clean", "--select", "volume:asked", "--dry-run"}).code, 0);
+  const CommandLineRun rehearsed = run({"docker", "clean", "--select", "volume:asked", "--dry-run"});
+  EXPECT_EQ(rehearsed.code, 0);
+  for (const std::string& text : {declined.errors, rehearsed.output}) EXPECT_THAT(text, HasSubstr(engine_->address()));
   EXPECT_TRUE(hasVolume("asked"));
   const CommandLineRun done = run(clean, {"y"});
   EXPECT_EQ(done.code, 0) << done.errors;
@@ -164,6 +166,8 @@ TEST_F(DockerCleanCommandTests, triesAgainWhatFailed) {
   engine_->ask({"tag", "twice:1", "second:1"});
   EXPECT_EQ(run({"docker", "clean", "--select", "image:" + image, "--yes"}).code, 1);
   EXPECT_EQ(run({"docker", "retry"}).code, 3) << "nobody can be asked";
+  EXPECT_THAT(run({"docker", "retry"}, {"n"}).errors,
+              AllOf(HasSubstr("What the run of 2"), HasSubstr(engine_->address())));
   const Json still = json({"docker", "retry", "--yes"}, 1);
   EXPECT_EQ(still["failures"][0]["reasonKey"], "docker.failure.refused");
   engine_->ask({"rmi", "second:1"});

@@ -190,8 +190,10 @@ TEST_F(DockerCleanupGuardTests, aVolumeThatWasMadeAnewIsNotTheOneThatWasRemoved)
       return printed(R"({"name":"successor","createdAt":")" +
                      (isBefore ? *plan.targets[0].createdAt : std::string(each.createdAt)) + "\"}");
     };
+    check_->begin();
     EXPECT_EQ(check_->look(open), IrreversibleFinding::stillThere) << "not begun";
     EXPECT_EQ(reasonsOf(remove(plan)), each.reasons);
+    check_->begin();
     EXPECT_EQ(check_->look(open), each.reasons.empty() ? IrreversibleFinding::gone : IrreversibleFinding::unknown);
     runner_.forget();
   }
@@ -208,6 +210,7 @@ TEST_F(DockerCleanupGuardTests, anInterruptedPruneIsSettledOnlyWhenItTookAllOrNo
     runner_.answers = [&](const Words& arguments) {
       return arguments.back() == "--verbose" ? std::optional(printed(tables)) : std::nullopt;
     };
+    check_->begin();
     return check_->look(open);
   };
   const std::vector<DockerCleanupTarget> both{{"a", "regular", {}, 1}, {"b", "regular", {}, 1}};
@@ -216,6 +219,38 @@ TEST_F(DockerCleanupGuardTests, anInterruptedPruneIsSettledOnlyWhenItTookAllOrNo
   EXPECT_EQ(find(header + row("a") + row("b*"), both), IrreversibleFinding::stillThere);
   EXPECT_EQ(find(header, {}), IrreversibleFinding::stillThere);
   EXPECT_EQ(find("garbage", both), IrreversibleFinding::unknown);
+}
+
+TEST_F(DockerCleanupGuardTests, doesNotMeasureWhereMoreIsUsedThanBefore) {
+  const DockerCleanupPlan plan = planOf({{Kind::containers, container("grown")}});
+  runner_.answers = [&](const Words& arguments) {
+    const std::string size = runner_.countOf({"container", "rm"}) == 0 ? "1kB" : "2kB";
+    const std::string line = R"({"Type":"Containers","TotalCount":"1","Active":"0","Size":")" + size + "\"}";
+    return arguments[1] == "df" ? std::optional(printed(line)) : std::nullopt;
+  };
+  const DockerCleanupOutcome outcome = remove(plan).outcomes.at(0);
+  EXPECT_TRUE(outcome.usageGrew);
+  EXPECT_FALSE(outcome.isMeasured || outcome.measurementUnavailable);
+}
+
+TEST_F(DockerCleanupGuardTests, asksNothingTwiceInOneSettling) {
+  CleaningHistoryItem open;
+  open.dockerTarget = planOf({{Kind::containers, container("asked")}}).targets.at(0);
+  CleaningHistoryItem other = open;
+  other.dockerTarget->target.commandTarget = std::string(64, 'a');
+  runner_.forget();
+  for (const bool isSilent : {false, true}) {
+    runner_.answers = [&](const Words&) {
+      SafeProcessResult late = failed("");
+      late.didTimeOut = true;
+      return isSilent ? std::optional(late) : std::nullopt;
+    };
+    check_->begin();
+    EXPECT_EQ(check_->look(open), isSilent ? IrreversibleFinding::unknown : IrreversibleFinding::stillThere);
+    EXPECT_EQ(check_->look(other), isSilent ? IrreversibleFinding::unknown : IrreversibleFinding::gone);
+    EXPECT_EQ(runner_.requests().size(), isSilent ? 1U : 2U);
+    runner_.forget();
+  }
 }
 
 TEST_F(DockerCleanupGuardTests, goesOnAfterARefusalAndSaysWhatTheEngineSaid) {
@@ -339,14 +374,17 @@ TEST_F(DockerCleanupGuardTests, triesTheFailedTargetsOfTheLastRunAgain) {
   EXPECT_EQ(again.targets[0].target.commandTarget, busy);
   engine_->ask({"rm", "holder"});
   auto elsewhere = recorded();
-  EXPECT_EQ(DockerCleanupRetryService(*client_).plan(elsewhere).value_or(DockerCleanupPlan()), again);
+  const Date now = home_.clock().now();
+  const DockerCleanupRetryService service(*client_);
+  EXPECT_EQ(service.plan(elsewhere, now).value_or(DockerReview()).plan, again);
+  for (const auto distance : {std::chrono::hours(25), -std::chrono::hours(1)})
+    EXPECT_EQ(service.plan(elsewhere, now + distance).error(), DockerRetryFault::stale);
   for (CleaningHistoryEntry& entry : elsewhere) entry.items[0].dockerTarget->scope.endpoint = "tcp://127.0.0.1:1";
-  EXPECT_EQ(DockerCleanupRetryService(*client_).plan(elsewhere).error(), DockerRetryFault::scope)
+  EXPECT_EQ(service.plan(elsewhere, now).error(), DockerRetryFault::scope)
       << "an address that somebody may have written there";
   EXPECT_THAT(remove(again).failures, IsEmpty());
   EXPECT_FALSE(hasImage(busy));
-  EXPECT_EQ(DockerCleanupRetryService(*client_).plan(recorded()).error(), DockerRetryFault::nothing)
-      << "the last run is this one";
+  EXPECT_EQ(service.plan(recorded(), now).error(), DockerRetryFault::nothing) << "the last run is this one";
 }
 
 }  // namespace

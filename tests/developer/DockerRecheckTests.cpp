@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 namespace quorvane {
 namespace {
 
@@ -103,6 +105,21 @@ TEST_F(DockerRecheckTests, prunesNoBuildCacheThatWasNotReviewed) {
   plan.prune->kind = DockerBulkKind::volume;
   EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.invalidName"));
   EXPECT_TRUE(failedTargets(recorded()).isEmpty()) << "of another kind there is no retry";
+  EXPECT_EQ(removalCount(), 0U);
+}
+
+TEST_F(DockerRecheckTests, removesNoVolumeThatWasWrittenToOrStandsThereTwice) {
+  engine_->ask({"volume", "create", "written"});
+  const DockerCleanupPlan plan = planOf({{Kind::volumes, "written"}});
+  runner_.answers = [](const Words& arguments) {
+    const std::string row = R"({"Name":"written","Driver":"local","Labels":""})";
+    return arguments[1] == "ls" ? std::optional(printed(row + "\n" + row + "\n")) : std::nullopt;
+  };
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed"));
+  runner_.answers = nullptr;
+  const std::string folder = engine_->ask({"volume", "inspect", "--format", "{{.Mountpoint}}", "written"});
+  std::ofstream(folder + "/late") << std::string(10'000, 'x');
+  EXPECT_THAT(reasonsOf(remove(plan)), ElementsAre("docker.failure.changed"));
   EXPECT_EQ(removalCount(), 0U);
 }
 

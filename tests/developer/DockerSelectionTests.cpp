@@ -70,6 +70,9 @@ TEST(DockerSelectionTests, refusesWhatIsProtectedUnknownOrOfAnotherEngine) {
     return refused.refused.empty() ? std::string() : refused.refused[0].refusal.reasonKey;
   };
   const DockerSnapshot now = snapshot();
+  DockerSnapshot twice = now;
+  twice.volumes.push_back(twice.volumes[0]);
+  EXPECT_EQ(reasonOf({Kind::volumes, "idle"}, twice), "docker.failure.protected") << "which of the two?";
   for (const DockerSelector& selector :
        {DockerSelector{Kind::images, used}, {Kind::containers, running}, {Kind::volumes, "busy"}})
     EXPECT_EQ(reasonOf(selector, now), "docker.failure.protected") << selector.id;
@@ -85,12 +88,12 @@ TEST(DockerSelectionTests, believesNoVerdictOfAReviewThatWasKept) {
   for (DockerImageRecord& image : kept.images) image.containerCount = 0;
   for (DockerVolumeRecord& volume : kept.volumes) volume.referenceCount = 0;
   kept.images[0].repository = "<none>";
-  kept.volumes[0].sizeBytes = -5;
+  kept.volumes[0].sizeBytes = 3;
   kept.volumes[0].createdAt = "before";
   EXPECT_EQ(review({{Kind::volumes, "busy"}}, kept, snapshot()).refused.at(0).refusal.reasonKey,
             "docker.failure.protected");
   const DockerRetryTarget idle = review({{Kind::volumes, "idle"}}, kept, snapshot()).plan.targets.at(0);
-  EXPECT_EQ(idle.target.sizeBytes, 5) << "the present";
+  EXPECT_EQ(idle.target.sizeBytes, 3) << "the one that was seen";
   EXPECT_EQ(idle.createdAt, "before") << "the one that was seen";
   const auto safe = reviewOf({.takesSafe = true}, kept, snapshot());
   ASSERT_TRUE(safe.has_value());
@@ -128,6 +131,16 @@ TEST(DockerSelectionTests, takesSafeImagesBeforeThoseThatTheyWereBuiltOn) {
   EXPECT_EQ(order("123", {"21", "31"}), "231");
   EXPECT_EQ(order("123", {"21", "42"}), "3") << "another one stays that was built on them";
   EXPECT_EQ(order("123", {"12", "21"}), "3") << "an engine may say anything";
+}
+
+TEST(DockerSelectionTests, anImageWithARepositoryAndNoTagIsNotWithoutAName) {
+  DockerSnapshot pulled = snapshot();
+  pulled.images.back().repository = "pulled";
+  const auto safe = reviewOf({.takesSafe = true}, pulled, pulled);
+  EXPECT_TRUE(safe && safe->plan.isEmpty());
+  const DockerRetryTarget image = review({{Kind::images, dangling}}, pulled, pulled).plan.targets.at(0);
+  EXPECT_EQ(image.target.displayName, "pulled:<none>");
+  EXPECT_TRUE(image.reviewedTags.empty()) << "the engine tells of no tag either";
 }
 
 TEST(DockerSelectionTests, plansOnePruneOfTheBuildCache) {

@@ -115,12 +115,12 @@ class DockerRetryCommand {
   explicit DockerRetryCommand(const RemovalTask& task) : task_(task), removal_(task_) {}
 
   CommandOutcome run() {
-    auto plan =
-        removal_.looked<DockerCleanupPlan>([&](AppModel::Handlers<DockerCleanupPlan, DockerCleanupError> handlers) {
+    const auto review =
+        removal_.looked<DockerReview>([&](AppModel::Handlers<DockerReview, DockerCleanupError> handlers) {
           task_.model.planDockerRetry(std::move(handlers));
         });
-    if (!plan) return failure(plan.error());
-    return removal_.confirmAndRun({.plan = *std::move(plan)}, false);
+    if (!review) return failure(review.error());
+    return removal_.confirmAndRun(*review, false);
   }
 
  private:

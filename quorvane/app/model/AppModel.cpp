@@ -209,16 +209,15 @@ void AppModel::reviewDocker(DockerSelection selection, std::optional<DockerSnaps
   start(operation, std::move(handlers));
 }
 
-void AppModel::planDockerRetry(Handlers<DockerCleanupPlan, DockerCleanupError> handlers) {
-  const auto operation = [this](Services& services,
-                                OperationControl) -> Outcome<DockerCleanupPlan, DockerCleanupError> {
+void AppModel::planDockerRetry(Handlers<DockerReview, DockerCleanupError> handlers) {
+  const auto operation = [this](Services& services, OperationControl) -> Outcome<DockerReview, DockerCleanupError> {
     const auto client = services.dockerClient(docker_);
     if (!client) return failure(DockerCleanupError(DockerServiceError{DockerServiceFault::cliNotFound}));
     const auto history = services.records.history.load();
     if (!history) return failure(DockerCleanupError(history.error()));
-    auto plan = DockerCleanupRetryService(*client).plan(history->entries);
-    if (!plan) return failure(DockerCleanupError(plan.error()));
-    return *std::move(plan);
+    auto review = DockerCleanupRetryService(*client).plan(history->entries, clock_.now());
+    if (!review) return failure(DockerCleanupError(review.error()));
+    return *std::move(review);
   };
   start(operation, std::move(handlers));
 }

@@ -91,7 +91,7 @@ class AppModel {
                     Handlers<DockerReview, DockerCleanupError> handlers);
 
   /// Plans to try again what the last run on an engine could not remove. Changes nothing.
-  void planDockerRetry(Handlers<DockerCleanupPlan, DockerCleanupError> handlers);
+  void planDockerRetry(Handlers<DockerReview, DockerCleanupError> handlers);
 
   /// Removes what was planned, for good. After `cancel` the target in hand is brought to its end.
   void cleanDocker(DockerCleanupPlan plan, RemovalKind kind,

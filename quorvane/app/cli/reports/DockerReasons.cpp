@@ -8,7 +8,8 @@ namespace quorvane {
 Message dockerReason(const DockerImageRecord& image) {
   if (image.containerCount < 0) return {"docker.reason.containersUnknown", {}};
   if (image.containerCount > 0) return {"docker.reason.hasContainers", {{"count", image.containerCount}}};
-  return {isDangling(image) ? "docker.image.dangling" : "docker.reason.named", {}};
+  if (isDangling(image)) return {"docker.image.dangling", {}};
+  return {isTagged(image) ? "docker.reason.named" : "docker.reason.untagged", {}};
 }
 
 Message dockerReason(const DockerContainerRecord& container) {

@@ -9,8 +9,21 @@ namespace quorvane {
 
 namespace {
 
-/// Writes a plan, one target a line, and what the prune is.
+/// The engines of a plan, each once; mostly one.
+std::vector<DockerCleanupScope> scopesOf(const DockerCleanupPlan& plan) {
+  std::vector<DockerCleanupScope> scopes;
+  const auto add = [&](const DockerCleanupScope& scope) {
+    if (std::ranges::find(scopes, scope) == scopes.end()) scopes.push_back(scope);
+  };
+  for (const DockerRetryTarget& each : plan.targets) add(each.scope);
+  if (plan.prune) add(plan.prune->scope);
+  return scopes;
+}
+
+/// Writes of which engine a plan is, one target a line, and what the prune is.
 void writePlan(ReportText& text, const DockerCleanupPlan& plan) {
+  for (const DockerCleanupScope& scope : scopesOf(plan))
+    text.line({"cli.docker.engine", {{"context", scope.context}, {"endpoint", scope.endpoint}}});
   for (const DockerRetryTarget& each : plan.targets)
     text.facts({text.amount(each.target.sizeBytes), text.say({titleKey(each.resource), {}}),
                 text.path({each.target.displayName}), text.path({each.target.commandTarget})});
@@ -92,7 +105,9 @@ class SummaryWriter {
   void writeBytes(const DockerCleanupOutcome& outcome) {
     const bool isEmptyPrune = outcome.resource == DockerResourceKind::buildCache && summary_.report.prunedCount == 0;
     if (outcome.successfulCount == 0 || isEmptyPrune) return;
-    text_.line({outcome.isMeasured ? "cli.docker.measured" : "cli.docker.unmeasured",
+    text_.line({outcome.isMeasured  ? "cli.docker.measured"
+                : outcome.usageGrew ? "cli.docker.usedMore"
+                                    : "cli.docker.unmeasured",
                 {{"resource", MessageKey{titleKey(outcome.resource)}},
                  {"size", ByteCount{outcome.reclaimedBytes}},
                  {"predicted", ByteCount{outcome.predictedBytes}}}});
@@ -115,6 +130,7 @@ bool isUnrecorded(const DockerCleanupOutcome& outcome) {
 
 std::string dockerReviewText(const DockerReview& review, const ReportStyle& style) {
   ReportText text(style);
+  if (review.retriedRun) text.line({"cli.docker.retriedRun", {{"date", *review.retriedRun}}});
   writePlan(text, review.plan);
   writeLeftOut(text, review);
   for (const DockerCleanupFailure& failed : review.refused)
