@@ -68,9 +68,9 @@ std::string shortID(std::string_view id) {
   return std::string(id.substr(0, shownDigits));
 }
 
-bool isDangling(const DockerImageRecord& image) { return image.repository == noName && image.tag == noName; }
+bool isDangling(const DockerImageRecord& image) { return !hasRepository(image) || image.tag == noName; }
 
-bool isTagged(const DockerImageRecord& image) { return image.repository != noName && image.tag != noName; }
+bool hasRepository(const DockerImageRecord& image) { return image.repository != noName; }
 
 std::string displayNameOf(const DockerImageRecord& image) {
   return isDangling(image) ? shortID(image.id) : image.repository + ":" + image.tag;

@@ -24,10 +24,10 @@ bool isCommandTarget(DockerResourceKind kind, std::string_view target);
 /// Without "sha256:", the first 12 characters: for people only.
 std::string shortID(std::string_view id);
 
+/// Without a name, or with a repository alone: it was pulled by its digest, or its tag went to another image.
 bool isDangling(const DockerImageRecord& image);
-/// Whether this record is a tag that the image has; one pulled by its digest has a repository without.
-bool isTagged(const DockerImageRecord& image);
-/// "repository:tag", or the short identifier of an image without a name.
+bool hasRepository(const DockerImageRecord& image);
+/// "repository:tag", or the short identifier of a dangling image.
 std::string displayNameOf(const DockerImageRecord& image);
 
 /// Where the history says that something was: "docker://images/ID", "docker://containers/ID", "docker://volumes/NAME".

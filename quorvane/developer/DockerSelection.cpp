@@ -47,7 +47,7 @@ std::optional<Candidate> imageIn(const DockerSnapshot& snapshot, const std::stri
       found->target.target.displayName += ", " + name;
       found->safety = std::max(found->safety, safety);
     }
-    if (isTagged(image)) found->target.reviewedTags.push_back(name);
+    if (!isDangling(image)) found->target.reviewedTags.push_back(name);
   }
   if (found) std::ranges::sort(found->target.reviewedTags);
   return found;

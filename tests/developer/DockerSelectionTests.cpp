@@ -133,16 +133,6 @@ TEST(DockerSelectionTests, takesSafeImagesBeforeThoseThatTheyWereBuiltOn) {
   EXPECT_EQ(order("123", {"12", "21"}), "3") << "an engine may say anything";
 }
 
-TEST(DockerSelectionTests, anImageWithARepositoryAndNoTagIsNotWithoutAName) {
-  DockerSnapshot pulled = snapshot();
-  pulled.images.back().repository = "pulled";
-  const auto safe = reviewOf({.takesSafe = true}, pulled, pulled);
-  EXPECT_TRUE(safe && safe->plan.isEmpty());
-  const DockerRetryTarget image = review({{Kind::images, dangling}}, pulled, pulled).plan.targets.at(0);
-  EXPECT_EQ(image.target.displayName, "pulled:<none>");
-  EXPECT_TRUE(image.reviewedTags.empty()) << "the engine tells of no tag either";
-}
-
 TEST(DockerSelectionTests, plansOnePruneOfTheBuildCache) {
   const auto planned = reviewOf({.prunesBuildCache = true}, snapshot(), snapshot());
   ASSERT_TRUE(planned && planned->plan.prune);

@@ -8,8 +8,9 @@ namespace quorvane {
 Message dockerReason(const DockerImageRecord& image) {
   if (image.containerCount < 0) return {"docker.reason.containersUnknown", {}};
   if (image.containerCount > 0) return {"docker.reason.hasContainers", {{"count", image.containerCount}}};
-  if (isDangling(image)) return {"docker.image.dangling", {}};
-  return {isTagged(image) ? "docker.reason.named" : "docker.reason.untagged", {}};
+  if (!isDangling(image)) return {"docker.reason.named", {}};
+  if (!hasRepository(image)) return {"docker.image.dangling", {}};
+  return {"docker.reason.untagged", {{"repository", image.repository}}};
 }
 
 Message dockerReason(const DockerContainerRecord& container) {
