@@ -183,7 +183,12 @@ bool judge(const std::vector<Row>& rows, std::string_view onlyWith, double bound
   if (rival == nullptr || own.costs.empty()) return true;
   std::vector<double> ratios;
   for (std::size_t i = 0; i < std::min(own.costs.size(), rival->costs.size()); ++i)
-    ratios.push_back(own.costs[i].cpuMs / rival->costs[i].cpuMs);
+    if (own.costs[i].cpuMs > 0 && rival->costs[i].cpuMs > 0)  // or else the noise was greater than the cost
+      ratios.push_back(own.costs[i].cpuMs / rival->costs[i].cpuMs);
+  if (ratios.empty()) {
+    fmt::print("  {} beside {}: could not be measured\n", own.program.name, rival->program.name);
+    return false;
+  }
   const double ratio = median(ratios);
   fmt::print("  {}: {:.2f} x {}, at most {}: {}\n", own.program.name, ratio, rival->program.name, bound,
              ratio <= bound ? "ok" : "MISSED");
