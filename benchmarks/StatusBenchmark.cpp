@@ -4,11 +4,10 @@
 //   StatusBenchmark --sample             samples without processes every second and prints a line of each, for the
 //   above
 //
-// Each program runs twice in each round, with a second between its samples: once for a short time and once for ten
-// seconds more. What the longer run took beyond the shorter one is shared among its samples; starting up is not in it.
-// The children of a program count as well. Programs that draw on a terminal are given one; 400 sleeping processes are
-// there for those that list processes. A ratio is taken within each round, and its median over the rounds is judged.
-// Ends with 1 when a bound was missed, and with 2 when nothing could be measured.
+// Each program runs once in each round, with a second between its samples. Once it has settled, what the clocks of its
+// processes gain in ten seconds is shared among the samples of that time; starting up is not in it. Programs that draw
+// on a terminal are given one; 400 sleeping processes are there for those that list processes. A ratio is taken within
+// each round, and its median over the rounds is judged. Ends with 1 when a bound was missed or could not be measured.
 
 #include "quorvane/health/SystemStatusService.h"
 #include "quorvane/platform/FileDescriptor.h"
@@ -18,9 +17,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,8 +44,8 @@ namespace {
 using namespace quorvane;
 using Clock = std::chrono::steady_clock;
 
-constexpr int samples = 10;  // more in the longer run
-constexpr std::chrono::milliseconds shortRun{2500}, longRun = shortRun + std::chrono::seconds(samples);
+constexpr int samples = 10;
+constexpr std::chrono::milliseconds settling{2500};  // half a second off the samples
 
 struct Program {
   std::string name;
@@ -56,15 +59,20 @@ struct Cost {
   double memoryMiB = 0;
 };
 
-double milliseconds(const timeval& time) {
-  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
-}
-
-/// Of all children that were waited for.
-double childrenMs() {
-  rusage usage{};
-  ::getrusage(RUSAGE_CHILDREN, &usage);
-  return milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
+/// What each process of a group took so far, with all its threads.
+std::map<pid_t, double> cpuMsOf(pid_t group) {
+  std::map<pid_t, double> times;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const std::string name = entry.path().filename();
+    pid_t pid = 0;
+    clockid_t clock{};
+    timespec time{};
+    if (std::from_chars(name.data(), name.data() + name.size(), pid).ec != std::errc() || ::getpgid(pid) != group ||
+        ::clock_getcpuclockid(pid, &clock) != 0 || ::clock_gettime(clock, &time) != 0)
+      continue;
+    times[pid] = static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+  }
+  return times;
 }
 
 FileDescriptor openTerminal(std::string& name) {
@@ -103,15 +111,20 @@ void drain(int terminal, Clock::time_point end) {
   }
 }
 
-/// The processor time of a run of this length; nothing when the program ended before.
-std::optional<Cost> run(const Program& program, std::chrono::milliseconds time) {
+/// Nothing when the program ended by itself.
+std::optional<Cost> costOfSample(const Program& program) {
   std::string name;
   const FileDescriptor terminal = openTerminal(name);
   if (!terminal.isOpen()) return std::nullopt;
-  const double before = childrenMs();
+  const auto begin = Clock::now();
   const pid_t child = ::fork();
   if (child == 0) become(program, name);
-  drain(terminal.number(), Clock::now() + time);
+  drain(terminal.number(), begin + settling);
+  const auto before = cpuMsOf(child);
+  drain(terminal.number(), begin + settling + std::chrono::seconds(samples));
+  auto gained = cpuMsOf(child);
+  for (const auto& [pid, time] : before)
+    if (const auto still = gained.find(pid); still != gained.end()) still->second -= time;
 
   const bool isThere = ::waitpid(child, nullptr, WNOHANG) == 0;
   ::kill(-child, SIGTERM);
@@ -121,15 +134,8 @@ std::optional<Cost> run(const Program& program, std::chrono::milliseconds time) 
   rusage usage{};
   while (::wait4(-child, nullptr, 0, &usage) > 0)  // those that it left behind come to us
     cost.memoryMiB = std::max(cost.memoryMiB, static_cast<double>(usage.ru_maxrss) / 1024);
-  cost.cpuMs = childrenMs() - before;
+  for (const auto& [pid, time] : gained) cost.cpuMs += time / samples * program.secondsOfSample;
   return isThere ? std::optional(cost) : std::nullopt;
-}
-
-std::optional<Cost> costOfSample(const Program& program) {
-  const auto shorter = run(program, shortRun);
-  const auto longer = run(program, longRun);
-  if (!shorter || !longer) return std::nullopt;
-  return Cost{(longer->cpuMs - shorter->cpuMs) / samples * program.secondsOfSample, longer->memoryMiB};
 }
 
 template <class Value>
@@ -205,8 +211,9 @@ int sampleForEver() {
   SystemStatusService service({*counters, *sensors, *processes, *volumes, clock});
   for (;;) {
     const SystemStatusSnapshot snapshot = service.sample({.withProcesses = false});
-    fmt::print("{:.1f} {:.1f} {:.1f} {:.0f} {:.0f}\n", snapshot.cpuPercent, memoryPercent(snapshot),
-               diskUsedPercent(snapshot), snapshot.networkDownloadBytesPerSecond, snapshot.networkUploadBytesPerSecond);
+    std::printf("%3ld %3ld %3ld %9ld %9ld\n", std::lround(snapshot.cpuPercent), std::lround(memoryPercent(snapshot)),
+                std::lround(diskUsedPercent(snapshot)), std::lround(snapshot.networkDownloadBytesPerSecond),
+                std::lround(snapshot.networkUploadBytesPerSecond));
     std::fflush(stdout);
     ::sleep(1);
   }

@@ -15,15 +15,6 @@
 
 namespace quorvane {
 
-/// Exactly what a person reviewed.
-struct DockerCleanupPlan {
-  std::vector<DockerRetryTarget> targets = {};
-  std::optional<DockerCleanupOperation> prune = {};  ///< of the build cache
-
-  bool isEmpty() const { return targets.empty() && !prune; }
-  bool operator==(const DockerCleanupPlan&) const = default;
-};
-
 /// Why one target was not removed.
 struct DockerRefusal {
   std::string reasonKey;
@@ -38,8 +29,20 @@ struct DockerCleanupFailure {
   std::string target;
   DockerResourceKind resource = DockerResourceKind::images;
   DockerRefusal refusal;
+  std::optional<DockerRetryTarget> reviewed = {};  ///< of an object that was refused before the run
 
   bool operator==(const DockerCleanupFailure&) const = default;
+};
+
+/// Exactly what a person reviewed.
+struct DockerCleanupPlan {
+  std::vector<DockerRetryTarget> targets = {};
+  std::optional<DockerCleanupOperation> prune = {};  ///< of the build cache
+  std::vector<DockerCleanupFailure> refused = {};    ///< selected as well, and left alone
+
+  bool removesNothing() const { return targets.empty() && !prune; }
+  bool isEmpty() const { return removesNothing() && refused.empty(); }
+  bool operator==(const DockerCleanupPlan&) const = default;
 };
 
 struct DockerCleanupCommandResult {
@@ -70,7 +73,7 @@ QV_JSON_FIELDS(DockerCleanupOutcome, id, resource, reclaimedBytes, predictedByte
                failedCount, completedAt, historyWasRecorded, usageGrew, measurementUnavailable)
 
 struct DockerCleanupReport {
-  std::vector<DockerCleanupOutcome> outcomes = {};  ///< one for each kind that the plan has
+  std::vector<DockerCleanupOutcome> outcomes = {};  ///< one for each kind that was selected
   DockerCleanupCommandResult result = {};
   std::optional<std::int64_t> prunedCount = {};  ///< how many reviewed parts of the build cache a prune took
   std::vector<DockerCleanupFailure> failures = {};

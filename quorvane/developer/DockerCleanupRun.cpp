@@ -32,8 +32,9 @@ std::string recordKeyOf(const DockerRefusal& refusal) {
 }  // namespace
 
 Outcome<DockerCleanupReport, RecoveryStoreError> DockerCleanupRun::perform() {
+  keepRefused();
   const std::vector<Step> all = steps();
-  const auto before = journal_ != nullptr ? diskUsageOf(engineOf(all.front().scope)) : std::nullopt;
+  const auto before = diskUsage(all);
   for (const Step& step : all) {
     if (options_.stop.stopRequested()) {
       report_.wasStopped = true;
@@ -44,20 +45,24 @@ Outcome<DockerCleanupReport, RecoveryStoreError> DockerCleanupRun::perform() {
     const auto done = static_cast<std::size_t>(&step - all.data()) + 1;
     if (options_.progressed) options_.progressed(done, all.size(), nameOf(step));
   }
-  if (journal_ != nullptr) addOutcomes(all, before);
+  if (journal_ != nullptr) {
+    const bool isRecorded = journal_->finish();
+    addOutcomes(isRecorded, before, diskUsage(all));
+  }
   return std::move(report_);
+}
+
+DockerCleanupRun::Step DockerCleanupRun::stepOf(const DockerRetryTarget& object) {
+  const std::string& name = object.target.commandTarget;
+  auto command = isCommandTarget(object.resource, name) ? DockerCommands::removalOf(object.resource, name)
+                                                        : std::vector<std::string>();
+  return {object.resource, object.scope, object.target, std::move(command), &object, nullptr};
 }
 
 std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
   std::vector<Step> all;
   all.reserve(plan_.targets.size() + 1);
-  for (const DockerRetryTarget& each : plan_.targets) {
-    const bool isNamed = isCommandTarget(each.resource, each.target.commandTarget);
-    all.push_back(
-        {each.resource, each.scope, each.target,
-         isNamed ? DockerCommands::removalOf(each.resource, each.target.commandTarget) : std::vector<std::string>(),
-         &each, nullptr});
-  }
+  for (const DockerRetryTarget& each : plan_.targets) all.push_back(stepOf(each));
   if (plan_.prune) {
     DockerCleanupTarget cache{std::string(pruneTarget), titleKey(DockerResourceKind::buildCache),
                               std::string(buildCacheLocation)};
@@ -66,6 +71,21 @@ std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
                    DockerCommands::pruneBuildCache(), nullptr, &*plan_.prune});
   }
   return all;
+}
+
+/// What was refused before counts as failed, and what was reviewed of it can be tried again.
+void DockerCleanupRun::keepRefused() {
+  for (const DockerCleanupFailure& failed : plan_.refused) {
+    const DockerCleanupTarget unseen{failed.target, failed.target, {}};
+    ++failedCount_[failed.resource];
+    report_.result.failedTargets.push_back(failed.reviewed ? failed.reviewed->target : unseen);
+    report_.failures.push_back(failed);
+    if (journal_ == nullptr || !failed.reviewed) continue;
+    CleaningHistoryItem item = itemOf(stepOf(*failed.reviewed));
+    fail(item, failed.refusal);
+    journal_->recordUntried(item);
+    report_.result.historyItems.push_back(std::move(item));
+  }
 }
 
 void DockerCleanupRun::take(const Step& step) {
@@ -112,14 +132,19 @@ CleaningHistoryItem DockerCleanupRun::itemOf(const Step& step) const {
   return item;
 }
 
+void DockerCleanupRun::fail(CleaningHistoryItem& item, const DockerRefusal& refusal) const {
+  item.outcome = CleaningHistoryItemOutcome::failed;
+  item.failureReason = services_.texts(recordKeyOf(refusal));
+  item.failureCategory = refusal.category;
+}
+
 /// From the last look at the target to its receipt.
 void DockerCleanupRun::remove(const Step& step, CleaningHistoryItem item) {
   auto refused = refusal(step);
   if (!refused) refused = step.isPrune() ? pruned(step, item) : removed(step);
   if (!refused || !refused->isUncertain) item.pendingIrreversible.reset();
   if (refused) {
-    item.failureReason = services_.texts(recordKeyOf(*refused));
-    item.failureCategory = refused->category;
+    fail(item, *refused);
     keepFailed(step, *refused);
   } else {
     item.outcome = CleaningHistoryItemOutcome::removed;
@@ -166,7 +191,7 @@ std::optional<DockerRefusal> DockerCleanupRun::pruned(const Step& step, Cleaning
 void DockerCleanupRun::keepFailed(const Step& step, const DockerRefusal& refusal) {
   ++failedCount_[step.resource];
   report_.result.failedTargets.push_back(step.target);
-  report_.failures.push_back({step.target.commandTarget, step.resource, refusal});
+  report_.failures.push_back({step.target.commandTarget, step.resource, refusal, {}});
 }
 
 void DockerCleanupRun::keepRemoved(const Step& step, std::int64_t size) {
@@ -176,9 +201,12 @@ void DockerCleanupRun::keepRemoved(const Step& step, std::int64_t size) {
   report_.result.successfulTargets.back().sizeBytes = size;
 }
 
-void DockerCleanupRun::addOutcomes(const std::vector<Step>& steps, const std::optional<DockerDiskUsage>& before) {
-  const bool isRecorded = journal_->finish();
-  const auto after = diskUsageOf(engineOf(steps.front().scope));
+std::optional<DockerDiskUsage> DockerCleanupRun::diskUsage(const std::vector<Step>& steps) const {
+  return journal_ != nullptr && !steps.empty() ? diskUsageOf(engineOf(steps.front().scope)) : std::nullopt;
+}
+
+void DockerCleanupRun::addOutcomes(bool isRecorded, const std::optional<DockerDiskUsage>& before,
+                                   const std::optional<DockerDiskUsage>& after) {
   const Date now = wholeSeconds(services_.clock.now());
   for (const DockerResourceKind kind : allDockerResourceKinds) {
     DockerCleanupOutcome outcome{.id = services_.random.uuid(), .resource = kind, .completedAt = now};

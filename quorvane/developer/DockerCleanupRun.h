@@ -36,18 +36,23 @@ class DockerCleanupRun {
     bool isPrune() const { return prune != nullptr; }
   };
 
+  static Step stepOf(const DockerRetryTarget& object);
   std::vector<Step> steps() const;
+  void keepRefused();
   void take(const Step& step);
   std::optional<DockerRefusal> refusal(const Step& step) const;
   /// For people.
   std::string nameOf(const Step& step) const;
   CleaningHistoryItem itemOf(const Step& step) const;
+  void fail(CleaningHistoryItem& item, const DockerRefusal& refusal) const;
   void remove(const Step& step, CleaningHistoryItem item);
   std::optional<DockerRefusal> removed(const Step& step);
   std::optional<DockerRefusal> pruned(const Step& step, CleaningHistoryItem& item);
   void keepFailed(const Step& step, const DockerRefusal& refusal);
   void keepRemoved(const Step& step, std::int64_t size);
-  void addOutcomes(const std::vector<Step>& steps, const std::optional<DockerDiskUsage>& before);
+  void addOutcomes(bool isRecorded, const std::optional<DockerDiskUsage>& before,
+                   const std::optional<DockerDiskUsage>& after);
+  std::optional<DockerDiskUsage> diskUsage(const std::vector<Step>& steps) const;
   /// A removal that has begun is never cut off, so these runs of the client know no stop.
   DockerEngine engineOf(const DockerCleanupScope& scope) const { return {services_.client, scope.endpoint, {}}; }
 

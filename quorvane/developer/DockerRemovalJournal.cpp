@@ -12,13 +12,20 @@ Outcome<void, RecoveryStoreError> DockerRemovalJournal::announce(CleaningHistory
 
 void DockerRemovalJournal::record(const CleaningHistoryItem& item) { receipts_.push_back(entryOf(item)); }
 
+void DockerRemovalJournal::recordUntried(const CleaningHistoryItem& item) {
+  untried_.insert(untried_.begin(), entryOf(item));
+}
+
 bool DockerRemovalJournal::finish() { return write({}).has_value(); }
 
-/// With the receipts that wait, which go on waiting where that fails.
+/// With all that waits, which goes on waiting where that fails.
 Outcome<void, RecoveryStoreError> DockerRemovalJournal::write(OpenHistory::Change change) {
   change.replaced = receipts_;
+  change.inserted.insert(change.inserted.end(), untried_.begin(), untried_.end());
   auto written = history_.write(std::move(change));
-  if (written) receipts_.clear();
+  if (!written) return written;
+  receipts_.clear();
+  untried_.clear();
   return written;
 }
 

@@ -34,10 +34,9 @@ struct DockerSelection {
   bool operator==(const DockerSelection&) const = default;
 };
 
-/// What a person is to confirm, and what was refused before.
+/// What a person is to confirm.
 struct DockerReview {
   DockerCleanupPlan plan = {};
-  std::vector<DockerCleanupFailure> refused = {};
   std::int64_t builtUponCount = 0;      ///< of the safe images: how many stay, since others were built on them
   bool hasNothingToPrune = false;       ///< the prune was selected, and left out
   std::optional<Date> retriedRun = {};  ///< the run whose failures these are, if it is a retry

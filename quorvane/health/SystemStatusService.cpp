@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t mostOfAKind = 10;
 constexpr double leastSeconds = 0.001;
-constexpr std::chrono::seconds sensorsStayFresh{10};
+constexpr std::chrono::seconds refreshInterval{10};  // of what changes slowly and costs most to read
 
 double increase(std::uint64_t before, std::uint64_t now) {
   return now > before ? static_cast<double>(now - before) : 0;
@@ -35,17 +35,29 @@ SystemStatusSnapshot emptySnapshot(SystemCounters& counters) {
 
 SystemStatusSnapshot SystemStatusService::sample(const SystemSampleRequest& request) {
   const Time now = sources_.clock.uptime();
+  if (!refreshedAt_ || now - *refreshedAt_ >= refreshInterval) refresh(now);
   SystemStatusSnapshot snapshot = emptySnapshot(sources_.counters);
   snapshot.sampledAt = wholeSeconds(sources_.clock.now());
   measureProcessor(snapshot);
   measureMemory(snapshot);
   measureDisk(snapshot);
   measureNetwork(snapshot, now);
-  measureSensors(snapshot, now);
-  measureUptime(snapshot);
+  measureSensors(snapshot);
+  measureUptime(snapshot, now);
   if (request.withProcesses) listProcesses(snapshot, request);
   previousSampleDate_ = now;
   return snapshot;
+}
+
+void SystemStatusService::refresh(Time now) {
+  sources_.counters.forgetKept();
+  const auto battery = sources_.sensors.battery();
+  battery_ = battery ? std::optional(*battery) : std::nullopt;
+  const auto level = sources_.sensors.thermalLevel();
+  thermalLevel_ = level ? std::optional(*level) : std::nullopt;
+  const auto uptime = sources_.counters.uptimeSeconds();
+  uptimeThen_ = uptime ? std::optional(*uptime) : std::nullopt;
+  refreshedAt_ = now;
 }
 
 void SystemStatusService::measureProcessor(SystemStatusSnapshot& snapshot) {
@@ -82,14 +94,7 @@ void SystemStatusService::measureNetwork(SystemStatusSnapshot& snapshot, Time no
   snapshot.networkUploadBytesPerSecond = increase(before->sent, outcome->sent) / elapsed;
 }
 
-void SystemStatusService::measureSensors(SystemStatusSnapshot& snapshot, Time now) {
-  if (!sensorsReadAt_ || now - *sensorsReadAt_ >= sensorsStayFresh) {
-    const auto battery = sources_.sensors.battery();
-    battery_ = battery ? std::optional(*battery) : std::nullopt;
-    const auto level = sources_.sensors.thermalLevel();
-    thermalLevel_ = level ? std::optional(*level) : std::nullopt;
-    sensorsReadAt_ = now;
-  }
+void SystemStatusService::measureSensors(SystemStatusSnapshot& snapshot) const {
   if (battery_) {
     snapshot.batteryPercent = battery_->percent;
     snapshot.isCharging = battery_->isCharging;
@@ -103,10 +108,9 @@ void SystemStatusService::measureSensors(SystemStatusSnapshot& snapshot, Time no
   }
 }
 
-void SystemStatusService::measureUptime(SystemStatusSnapshot& snapshot) {
-  const auto seconds = sources_.counters.uptimeSeconds();
-  if (!seconds) return leaveOut(snapshot, SystemStatusInput::uptime);
-  snapshot.uptime = *seconds;
+void SystemStatusService::measureUptime(SystemStatusSnapshot& snapshot, Time now) const {
+  if (!uptimeThen_) return leaveOut(snapshot, SystemStatusInput::uptime);
+  snapshot.uptime = *uptimeThen_ + std::chrono::duration<double>(now - *refreshedAt_).count();
 }
 
 void SystemStatusService::listProcesses(SystemStatusSnapshot& snapshot, const SystemSampleRequest& request) {

@@ -38,21 +38,23 @@ class SystemStatusService {
  private:
   using Time = std::chrono::steady_clock::time_point;
 
+  void refresh(Time now);
   void measureProcessor(SystemStatusSnapshot& snapshot);
   void measureMemory(SystemStatusSnapshot& snapshot);
   void measureDisk(SystemStatusSnapshot& snapshot);
   void measureNetwork(SystemStatusSnapshot& snapshot, Time now);
-  void measureSensors(SystemStatusSnapshot& snapshot, Time now);
-  void measureUptime(SystemStatusSnapshot& snapshot);
+  void measureSensors(SystemStatusSnapshot& snapshot) const;
+  void measureUptime(SystemStatusSnapshot& snapshot, Time now) const;
   void listProcesses(SystemStatusSnapshot& snapshot, const SystemSampleRequest& request);
 
   const SystemStatusSources sources_;
   std::optional<CPUTicks> previousCPUTicks_;
   std::optional<NetworkCounters> previousNetworkCounters_;
   std::optional<Time> previousSampleDate_;  ///< by the clock that nobody sets
-  std::optional<Time> sensorsReadAt_;
+  std::optional<Time> refreshedAt_;         ///< what changes slowly
   std::optional<BatteryState> battery_;
   std::optional<SystemThermalLevel> thermalLevel_;
+  std::optional<double> uptimeThen_;  ///< in seconds
 };
 
 /// A snapshot before the first sample: what is known without measuring.

@@ -46,6 +46,9 @@ class SystemCounters {
 
   /// How many processors this process may keep busy at once; at least 1.
   virtual int processorCount() = 0;
+  /// What seldom changes (the limits that hold for this process; whether an interface that counts nothing is up) is
+  /// read for the first answer that needs it and then kept, until this is called.
+  virtual void forgetKept() = 0;
   /// Name and version, for people; never empty.
   virtual std::string osVersion() = 0;
 };

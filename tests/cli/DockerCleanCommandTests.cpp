@@ -89,8 +89,10 @@ TEST_F(DockerCleanCommandTests, printsOutcomesItemsAndFailures) {
   const Json done = json({"docker", "clean", "--select", "volume:shown", "--select", "container:" + unknown, "--select",
                           "volume:.data", "--yes"},
                          1);
-  EXPECT_EQ(done["outcomes"][0]["resource"], 2);
-  EXPECT_EQ(done["outcomes"][0]["successfulCount"], 1);
+  EXPECT_EQ(done["outcomes"][0]["resource"], 1);
+  EXPECT_EQ(done["outcomes"][0]["failedCount"], 1) << "refused before anything was tried";
+  EXPECT_EQ(done["outcomes"][1]["resource"], 2);
+  EXPECT_EQ(done["outcomes"][1]["successfulCount"], 1);
   EXPECT_EQ(done["historyItems"][0]["originalPath"], "docker://volumes/shown");
   EXPECT_EQ(done["failures"],
             Json::parse(R"([{"target":")" + unknown + R"(","resource":1,"reasonKey":"docker.failure.unknownObject"},

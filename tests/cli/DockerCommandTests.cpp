@@ -42,5 +42,24 @@ TEST(DockerCommandTests, printsASnapshotWithVerdicts) {
   EXPECT_EQ(json["notices"][0]["key"], "docker.notice.undecoded");
 }
 
+TEST(DockerCommandTests, saysWhenItIsNotCertainThatSomethingIsGone) {
+  const DockerHome home;
+  const std::string id(64, 'c');
+  const std::string withRemoval = R"x([ "$1" = --host ] && shift 2
+case "$*" in
+  *"format {{json .Id}} "*) echo '")x" +
+                                  id + R"x("'; exit 0 ;;
+  *"{{json .State.Status}}"*) echo '"exited"'; exit 0 ;;
+  "container ls"*"{{json .ID}}") echo '"not an identifier"'; exit 0 ;;
+  "container rm"*) exit 0 ;;
+esac
+)x" + DockerHome::engineScript("tiny", "c");
+  const std::vector<std::string> clean{"docker", "clean", "--select", "container:" + id, "--yes"};
+  const CommandLineRun removed = home.scripted(clean, withRemoval);
+  EXPECT_EQ(removed.code, 1);
+  EXPECT_THAT(removed.output, HasSubstr("Of 1 it is not certain whether it was removed."));
+  EXPECT_THAT(removed.errors, HasSubstr("[cleanup.command.unknown]"));
+}
+
 }  // namespace
 }  // namespace quorvane

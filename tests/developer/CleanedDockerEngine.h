@@ -54,7 +54,7 @@ class CleanedDockerEngine : public testing::Test {
 
   DockerReview reviewOf(const DockerSelection& selection) {
     const auto review = DockerReviewer(*client_, home_.clock()).review(selection, std::nullopt, {});
-    EXPECT_TRUE(review.has_value() && review->refused.empty());
+    EXPECT_TRUE(review.has_value() && review->plan.refused.empty());
     return review.value_or(DockerReview{});
   }
 

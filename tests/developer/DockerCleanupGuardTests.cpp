@@ -87,6 +87,27 @@ TEST_F(DockerCleanupGuardTests, removesSafeImagesBeforeThoseThatTheyWereBuiltOn)
   EXPECT_THAT(remove(review.plan).failures, IsEmpty());
 }
 
+TEST_F(DockerCleanupGuardTests, keepsWhatWasRefusedBeforeForARetry) {
+  makeBase();
+  const std::string busy =
+      engine_->ask({"run", "--detach", "--network", "none", "--name", "busy", "base:1", "/program", "wait"});
+  const auto review = DockerReviewer(*client_, home_.clock())
+                          .review({.named = {{Kind::containers, busy}, {Kind::volumes, "nowhere"}}}, std::nullopt, {});
+  ASSERT_TRUE(review && review->plan.removesNothing());
+  EXPECT_TRUE(remove(review->plan, {.isRehearsal = true}).result.historyItems.empty());
+  EXPECT_THAT(recorded(), IsEmpty());
+
+  const DockerCleanupReport report = remove(review->plan);
+  EXPECT_THAT(reasonsOf(report), ElementsAre("docker.failure.protected", "docker.failure.unknownObject"));
+  EXPECT_EQ(report.outcomes.at(0).failedCount, 1);
+  EXPECT_THAT(recorded(), SizeIs(1)) << "of the volume nothing was reviewed";
+  const DockerCleanupPlan again = failedTargets(recorded());
+  EXPECT_THAT(reasonsOf(remove(again)), ElementsAre("docker.failure.containerState"));
+  engine_->ask({"stop", "--time", "0", "busy"});
+  EXPECT_THAT(remove(failedTargets(recorded())).failures, IsEmpty());
+  EXPECT_FALSE(hasContainer(busy));
+}
+
 TEST_F(DockerCleanupGuardTests, removesNothingThatCannotBeAnnounced) {
   const std::string first = container("first"), second = container("second");
   const DockerCleanupPlan plan = planOf({{Kind::containers, first}, {Kind::containers, second}});

@@ -51,7 +51,7 @@ TEST(DockerSelectionTests, plansExactlyWhatWasNamedAsItWasReviewed) {
   const DockerReview planned =
       review({{Kind::images, unused}, {Kind::volumes, "idle"}, {Kind::images, unused}, {Kind::containers, ended}},
              snapshot(), snapshot());
-  EXPECT_TRUE(planned.refused.empty());
+  EXPECT_TRUE(planned.plan.refused.empty());
   ASSERT_EQ(planned.plan.targets.size(), 3U);
   const DockerRetryTarget& image = planned.plan.targets[0];
   EXPECT_EQ(image.target, (DockerCleanupTarget{unused, "new:2, new:1", "docker://images/" + unused, 100}));
@@ -66,8 +66,8 @@ TEST(DockerSelectionTests, plansExactlyWhatWasNamedAsItWasReviewed) {
 TEST(DockerSelectionTests, refusesWhatIsProtectedUnknownOrOfAnotherEngine) {
   const auto reasonOf = [](const DockerSelector& selector, const DockerSnapshot& now) {
     const DockerReview refused = review({selector}, snapshot(), now);
-    EXPECT_TRUE(refused.plan.isEmpty()) << selector.id;
-    return refused.refused.empty() ? std::string() : refused.refused[0].refusal.reasonKey;
+    EXPECT_TRUE(refused.plan.removesNothing()) << selector.id;
+    return refused.plan.refused.empty() ? std::string() : refused.plan.refused[0].refusal.reasonKey;
   };
   const DockerSnapshot now = snapshot();
   DockerSnapshot twice = now;
@@ -90,7 +90,7 @@ TEST(DockerSelectionTests, believesNoVerdictOfAReviewThatWasKept) {
   kept.images[0].repository = "<none>";
   kept.volumes[0].sizeBytes = 3;
   kept.volumes[0].createdAt = "before";
-  EXPECT_EQ(review({{Kind::volumes, "busy"}}, kept, snapshot()).refused.at(0).refusal.reasonKey,
+  EXPECT_EQ(review({{Kind::volumes, "busy"}}, kept, snapshot()).plan.refused.at(0).refusal.reasonKey,
             "docker.failure.protected");
   const DockerRetryTarget idle = review({{Kind::volumes, "idle"}}, kept, snapshot()).plan.targets.at(0);
   EXPECT_EQ(idle.target.sizeBytes, 3) << "the one that was seen";
@@ -106,7 +106,7 @@ TEST(DockerSelectionTests, believesNoVerdictOfAReviewThatWasKept) {
   EXPECT_TRUE(notSafeThen && notSafeThen->plan.isEmpty()) << "nobody saw it as safe";
   DockerSnapshot renamed = snapshot();
   renamed.containers[0].name = "precious";
-  EXPECT_EQ(review({{Kind::containers, ended}}, snapshot(), renamed).refused.at(0).refusal.reasonKey,
+  EXPECT_EQ(review({{Kind::containers, ended}}, snapshot(), renamed).plan.refused.at(0).refusal.reasonKey,
             "docker.failure.renamed");
 
   kept.images.pop_back();
@@ -146,8 +146,8 @@ TEST(DockerSelectionTests, plansOnePruneOfTheBuildCache) {
   EXPECT_EQ(kept->plan.prune->reviewedTargets, unshared) << "what came later was not reviewed";
   later.cleanupScope->engineID = "ID-2";
   const auto elsewhere = reviewOf({.prunesBuildCache = true}, snapshot(), later);
-  ASSERT_TRUE(elsewhere && elsewhere->plan.isEmpty());
-  EXPECT_EQ(elsewhere->refused.at(0).refusal.reasonKey, "docker.failure.engineChanged");
+  ASSERT_TRUE(elsewhere && elsewhere->plan.removesNothing());
+  EXPECT_EQ(elsewhere->plan.refused.at(0).refusal.reasonKey, "docker.failure.engineChanged");
 }
 
 }  // namespace

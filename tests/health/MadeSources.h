@@ -17,7 +17,7 @@ struct MadeSources final : SystemCounters, SystemSensors, SystemProcesses, Volum
   Outcome<SystemThermalLevel, PosixError> level = SystemThermalLevel::nominal;
   Outcome<std::vector<SystemProcessSample>, PosixError> listed = std::vector<SystemProcessSample>();
   Outcome<VolumeCapacity, PosixError> volume = VolumeCapacity{.total = 100, .available = 40};
-  int sensorReadings = 0;
+  int sensorReadings = 0, forgettings = 0;
   ManualClock time{dateFromTimestamp(1'795'237'443, 900'000'000)};
 
   SystemStatusSources sources() { return {*this, *this, *this, *this, time}; }
@@ -27,6 +27,7 @@ struct MadeSources final : SystemCounters, SystemSensors, SystemProcesses, Volum
   Outcome<NetworkCounters, PosixError> network() override { return networkCounters; }
   Outcome<double, PosixError> uptimeSeconds() override { return uptime; }
   int processorCount() override { return 4; }
+  void forgetKept() override { ++forgettings; }
   std::string osVersion() override { return "Made 1"; }
   Outcome<BatteryState, PosixError> battery() override {
     ++sensorReadings;

@@ -113,7 +113,7 @@ TEST(SystemStatusServiceTests, whatCannotBeReadIsEmptyAndNamed) {
   EXPECT_EQ(again.networkDownloadBytesPerSecond, 0);
 }
 
-TEST(SystemStatusServiceTests, sensorsAreAskedEveryTenSeconds) {
+TEST(SystemStatusServiceTests, whatChangesSlowlyIsReadEveryTenSeconds) {
   MadeSources machine;
   SystemStatusService service(machine.sources());
   for (int i = 0; i < 10; ++i) {
@@ -121,6 +121,7 @@ TEST(SystemStatusServiceTests, sensorsAreAskedEveryTenSeconds) {
     machine.time.advanceUptime(seconds(2));
   }
   EXPECT_EQ(machine.sensorReadings, 2);
+  EXPECT_EQ(machine.forgettings, 2);
 }
 
 /// A snapshot with these percentages.

@@ -39,7 +39,12 @@ TEST(SystemCountersTests, followWhatComesAndGoes) {
   auto counters = countersOf(tree);
   EXPECT_EQ(counters.network()->sent, 700U);
   tree.set("sys/class/net/wlan0/flags", "0x1003\n");
+  EXPECT_EQ(counters.network()->sent, 700U) << "it counted nothing since";
+  counters.forgetKept();
   EXPECT_EQ(counters.network()->sent, 790U);
+  tree.set("sys/class/net/eth0/flags", "0x1002\n");
+  tree.set("proc/net/dev", "a|b\nc|d\n  eth0: 18446744074 9 0 0 0 0 0 0 701 4\n wlan0:900 9 0 0 0 0 0 0 90 4\n");
+  EXPECT_EQ(counters.network()->sent, 90U) << "eth0 counted something";
   tree.set("proc/net/dev", "a|b\nc|d\n  tun0: 4294967295 0 0 0 0 0 0 0 5 0\n");
   EXPECT_EQ(counters.network().value(), (NetworkCounters{4294967295, 5}))
       << "without flags it counts, being no loopback";
@@ -130,12 +135,16 @@ TEST(ControlGroupTests, theLowestLimitOfAnyLevelHolds) {
   const std::string own = "sys/fs/cgroup/user.slice/app.scope/";
   tree.set(own + "memory.max", "1073741824\n");
   tree.set(own + "cpu.max", "1000 100000\n");
-  EXPECT_EQ(counters.memory().value(), (MemoryUse{.used = 9999, .total = gib})) << "read anew, and no statistics there";
+  EXPECT_EQ(counters.memory()->total, 2 * gib) << "kept";
+  EXPECT_EQ(counters.processorCount(), 4);
+  counters.forgetKept();
+  EXPECT_EQ(counters.memory().value(), (MemoryUse{.used = 9999, .total = gib})) << "no statistics there";
   EXPECT_EQ(counters.processorCount(), 1);
 
   for (const char* none : {"max\n", "", "-1\n", "0\n", "nonsense\n", "99999999999999999999\n", "1073741824"}) {
     tree.set(own + "memory.max", none);
     tree.set(own + "cpu.max", none);
+    counters.forgetKept();
     EXPECT_EQ(counters.memory()->total, 2 * gib) << none;
     EXPECT_EQ(counters.processorCount(), 4) << none;
   }
@@ -157,6 +166,7 @@ TEST(ControlGroupTests, areReadInVersionOneAndInContainers) {
   EXPECT_EQ(counters.processorCount(), 3);
   tree.set("sys/fs/cgroup/memory/memory.limit_in_bytes", "9223372036854771712\n");
   tree.set("sys/fs/cgroup/cpu,cpuacct/cpu.cfs_quota_us", "-1\n");
+  counters.forgetKept();
   EXPECT_EQ(counters.memory()->total, 16'000'000 * kib);
   EXPECT_EQ(counters.processorCount(), 64);
 }

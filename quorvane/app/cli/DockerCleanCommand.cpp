@@ -17,7 +17,7 @@ class DockerRemoval {
   explicit DockerRemoval(const RemovalTask& task) : task_(task), console_(task.console()), asked_(task.asked()) {}
 
   CommandOutcome confirmAndRun(const DockerReview& review, bool isInputTaken) {
-    if (review.plan.isEmpty() || task_.isSettled()) return run(review);
+    if (review.plan.removesNothing() || task_.isSettled()) return run(review);
     if (console_.wantsJson() || isInputTaken || !console_.canAsk())
       return failure(CommandError{ExitCode::refused, {"cli.error.dockerCannotAsk", {}}});
     if (isConfirmed(review)) return run(review);
@@ -51,7 +51,6 @@ class DockerRemoval {
 
   CommandOutcome run(const DockerReview& review) {
     DockerSummary summary{.isRehearsal = asked_.isRehearsal,
-                          .refused = review.refused,
                           .builtUponCount = review.builtUponCount,
                           .hasNothingToPrune = review.hasNothingToPrune};
     if (review.plan.isEmpty()) return printSummary(console_, summary, std::nullopt);

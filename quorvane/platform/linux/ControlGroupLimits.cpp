@@ -63,13 +63,21 @@ ControlGroupLimits::ControlGroupLimits(const FilePath& root) {
 }
 
 std::optional<MemoryUse> ControlGroupLimits::memoryBelow(std::int64_t machineBytes) {
+  if (!areMemoryLimitsKnown_) readMemoryLimits();
   std::optional<MemoryUse> lowest;
   for (MemoryLevel& level : memoryLevels_) {
-    const auto limit = bytesIn(level.limit);  // "max" is none
-    if (!limit || *limit == 0 || *limit >= (lowest ? lowest->total : machineBytes)) continue;
-    if (const auto used = usedBeyondCaches(level)) lowest = MemoryUse{std::min(*limit, *used), *limit};
+    if (!level.bytes || *level.bytes >= (lowest ? lowest->total : machineBytes)) continue;
+    if (const auto used = usedBeyondCaches(level)) lowest = MemoryUse{std::min(*level.bytes, *used), *level.bytes};
   }
   return lowest;
+}
+
+void ControlGroupLimits::readMemoryLimits() {
+  for (MemoryLevel& level : memoryLevels_) {
+    level.bytes = bytesIn(level.limit);  // "max" is none
+    if (level.bytes == 0) level.bytes.reset();
+  }
+  areMemoryLimitsKnown_ = true;
 }
 
 std::optional<std::int64_t> ControlGroupLimits::usedBeyondCaches(MemoryLevel& level) {

@@ -43,6 +43,11 @@ std::string systemName(const FilePath& root) {
   return kernelName();
 }
 
+int effectiveProcessors(int allowed, std::optional<double> quota) {
+  if (!quota || *quota >= allowed) return allowed;
+  return std::max(1, static_cast<int>(std::ceil(*quota)));
+}
+
 /// "0x1003" as a number.
 std::optional<unsigned> flagsFromText(std::string_view text) {
   if (!text.starts_with("0x") || !text.ends_with('\n')) return std::nullopt;
@@ -94,7 +99,7 @@ Outcome<NetworkCounters, PosixError> LinuxSystemCounters::network() {
   ++reading_;
   NetworkCounters sum;
   const bool isUnderstood = visitInterfaces(*text, [&](const InterfaceCounters& interface) {
-    if (!counts(interface.name)) return;
+    if (!counts(interface)) return;
     sum.received += interface.counters.received;
     sum.sent += interface.counters.sent;
   });
@@ -103,17 +108,25 @@ Outcome<NetworkCounters, PosixError> LinuxSystemCounters::network() {
   return sum;
 }
 
-bool LinuxSystemCounters::counts(std::string_view interface) {
-  auto known = known_.find(interface);
-  if (known == known_.end()) {
-    const FilePath folder = joined(joined(request_.root, "sys/class/net"), interface);
-    known = known_.emplace(interface, Interface{KernelFile(joined(folder, "flags"))}).first;
+bool LinuxSystemCounters::counts(const InterfaceCounters& interface) {
+  auto found = known_.find(interface.name);
+  if (found == known_.end()) {
+    const FilePath folder = joined(joined(request_.root, "sys/class/net"), interface.name);
+    found = known_.emplace(interface.name, Interface{KernelFile(joined(folder, "flags"))}).first;
   }
-  known->second.seen = reading_;
+  Interface& known = found->second;
+  known.seen = reading_;
+  if (known.countedThen == interface.counters) return known.isCounted;
+  known.countedThen = interface.counters;
+  known.isCounted = isUp(known.flags, interface.name);
+  if (known_.size() > mostFlagsKeptOpen) known.flags.close();
+  return known.isCounted;
+}
+
+bool LinuxSystemCounters::isUp(KernelFile& file, std::string_view interface) {
   std::array<char, 32> buffer{};
-  const auto text = known->second.flags.beginning(buffer);
+  const auto text = file.beginning(buffer);
   const auto flags = text ? flagsFromText(*text) : std::nullopt;
-  if (known_.size() > mostFlagsKeptOpen) known->second.flags.close();
   if (!flags) return interface != "lo";
   return (*flags & (IFF_UP | IFF_LOOPBACK)) == IFF_UP;
 }
@@ -130,10 +143,14 @@ Outcome<double, PosixError> LinuxSystemCounters::uptimeSeconds() {
 }
 
 int LinuxSystemCounters::processorCount() {
-  const int allowed = request_.allowedProcessors();
-  const auto quota = limits_.processors();
-  if (!quota || *quota >= allowed) return allowed;
-  return std::max(1, static_cast<int>(std::ceil(*quota)));
+  if (!processorCount_) processorCount_ = effectiveProcessors(request_.allowedProcessors(), limits_.processors());
+  return *processorCount_;
+}
+
+void LinuxSystemCounters::forgetKept() {
+  for (auto& [name, interface] : known_) interface.countedThen.reset();
+  processorCount_.reset();
+  limits_.forgetMemoryLimits();
 }
 
 std::unique_ptr<SystemCounters> makeSystemCounters() {

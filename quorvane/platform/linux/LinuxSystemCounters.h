@@ -3,9 +3,11 @@
 #include "quorvane/platform/SystemCounters.h"
 #include "quorvane/platform/linux/ControlGroupLimits.h"
 #include "quorvane/platform/linux/KernelFile.h"
+#include "quorvane/platform/linux/KernelTexts.h"
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace quorvane {
@@ -19,7 +21,8 @@ struct SystemCountersRequest {
   std::function<int()> allowedProcessors = allowedProcessorCount;
 };
 
-/// Reads /proc, /sys/class/net and the control groups; files stay open from one call to the next.
+/// Reads /proc, /sys/class/net and the control groups; files stay open from one call to the next. The flags of an
+/// interface are read again when it counted something.
 class LinuxSystemCounters final : public SystemCounters {
  public:
   explicit LinuxSystemCounters(SystemCountersRequest request);
@@ -30,15 +33,19 @@ class LinuxSystemCounters final : public SystemCounters {
   Outcome<NetworkCounters, PosixError> network() override;
   Outcome<double, PosixError> uptimeSeconds() override;
   int processorCount() override;
+  void forgetKept() override;
   std::string osVersion() override { return osVersion_; }
 
  private:
   struct Interface {
     KernelFile flags;
-    std::uint64_t seen = 0;  ///< the reading that listed it last
+    std::uint64_t seen = 0;                        ///< the reading that listed it last
+    std::optional<NetworkCounters> countedThen{};  ///< when the flags were read
+    bool isCounted = false;
   };
 
-  bool counts(std::string_view interface);
+  bool counts(const InterfaceCounters& interface);
+  static bool isUp(KernelFile& flags, std::string_view interface);
   void forgetInterfacesThatWent();
 
   SystemCountersRequest request_;
@@ -47,6 +54,7 @@ class LinuxSystemCounters final : public SystemCounters {
   std::map<std::string, Interface, std::less<>> known_;
   std::uint64_t reading_ = 0;
   ControlGroupLimits limits_;
+  std::optional<int> processorCount_;
   std::string osVersion_;
 };
 

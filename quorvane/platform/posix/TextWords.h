@@ -21,11 +21,13 @@ inline std::string_view takeLine(std::string_view& rest) { return takeUntil(rest
 
 /// Takes the next word of a line; empty at its end.
 inline std::string_view takeWord(std::string_view& rest) {
-  const std::size_t start = rest.find_first_not_of(" \t");
-  if (start == std::string_view::npos) return rest = {};
-  rest.remove_prefix(start);
-  const std::string_view word = rest.substr(0, rest.find_first_of(" \t"));
-  rest.remove_prefix(word.size());
+  const auto isBlank = [&](std::size_t at) { return rest[at] == ' ' || rest[at] == '\t'; };
+  std::size_t start = 0;
+  while (start < rest.size() && isBlank(start)) ++start;
+  std::size_t end = start;
+  while (end < rest.size() && !isBlank(end)) ++end;
+  const std::string_view word = rest.substr(start, end - start);
+  rest.remove_prefix(end);
   return word;
 }
 

@@ -133,7 +133,7 @@ std::string dockerReviewText(const DockerReview& review, const ReportStyle& styl
   if (review.retriedRun) text.line({"cli.docker.retriedRun", {{"date", *review.retriedRun}}});
   writePlan(text, review.plan);
   writeLeftOut(text, review);
-  for (const DockerCleanupFailure& failed : review.refused)
+  for (const DockerCleanupFailure& failed : review.plan.refused)
     text.line({"cli.trash.leftOut",
                {{"path", placeOf(failed)},
                 {"text", text.say({failed.refusal.reasonKey, {{"what", failed.refusal.detail}}})}}});
@@ -150,8 +150,7 @@ Message dockerQuestion(const DockerCleanupPlan& plan) {
 
 std::string jsonText(const DockerSummary& summary) {
   Json failures = Json::array();
-  for (const auto* list : {&summary.refused, &summary.report.failures})
-    for (const DockerCleanupFailure& failed : *list) failures.push_back(failureJson(failed));
+  for (const DockerCleanupFailure& failed : summary.report.failures) failures.push_back(failureJson(failed));
   Json json{{"outcomes", toJson(summary.report.outcomes)},
             {"historyItems", toJson(summary.report.result.historyItems)},
             {"failures", std::move(failures)}};
@@ -170,16 +169,15 @@ std::string dockerSummaryText(const DockerSummary& summary, const ReportStyle& s
 ExitCode printSummary(Console& console, const DockerSummary& summary, std::optional<ExitCode> cancelled) {
   const DockerCleanupReport& report = summary.report;
   console.print(console.wantsJson() ? jsonText(summary) : dockerSummaryText(summary, console.outputReport()));
-  for (const auto* list : {&summary.refused, &report.failures})
-    for (const DockerCleanupFailure& failed : *list)
-      console.tellItem(placeOf(failed), {failed.refusal.reasonKey, {{"what", failed.refusal.detail}}});
+  for (const DockerCleanupFailure& failed : report.failures)
+    console.tellItem(placeOf(failed), {failed.refusal.reasonKey, {{"what", failed.refusal.detail}}});
   const bool hasUnrecorded = std::ranges::any_of(report.outcomes, isUnrecorded);
   if (hasUnrecorded) console.tell({ExitCode::someNotDone, {"cleanup.irreversible.notRecorded", {}}});
   if (cancelled) {
     console.tell({*cancelled, {"cli.docker.stopped", {{"count", std::ssize(report.result.successfulTargets)}}}});
     return *cancelled;
   }
-  const bool isWhole = summary.refused.empty() && report.failures.empty() && !hasUnrecorded;
+  const bool isWhole = report.failures.empty() && !hasUnrecorded;
   return isWhole ? ExitCode::done : ExitCode::someNotDone;
 }
 

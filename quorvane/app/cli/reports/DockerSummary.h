@@ -12,9 +12,8 @@ namespace quorvane {
 struct DockerSummary {
   bool isRehearsal = false;
   DockerCleanupReport report = {};
-  std::vector<DockerCleanupFailure> refused = {};  ///< before the run
-  std::int64_t builtUponCount = 0;                 ///< as the review has it
-  bool hasNothingToPrune = false;                  ///< likewise
+  std::int64_t builtUponCount = 0;  ///< as the review has it
+  bool hasNothingToPrune = false;   ///< likewise
 };
 
 /// What is about to be removed and how, for people to confirm.
