@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t mostOfAKind = 10;
 constexpr double leastSeconds = 0.001;
-constexpr std::chrono::seconds refreshInterval{10};  // of what changes slowly and costs most to read
+constexpr std::chrono::seconds sensorsStayFresh{10}, countersStayKept{60};
 
 double increase(std::uint64_t before, std::uint64_t now) {
   return now > before ? static_cast<double>(now - before) : 0;
@@ -35,7 +35,11 @@ SystemStatusSnapshot emptySnapshot(SystemCounters& counters) {
 
 SystemStatusSnapshot SystemStatusService::sample(const SystemSampleRequest& request) {
   const Time now = sources_.clock.uptime();
-  if (!refreshedAt_ || now - *refreshedAt_ >= refreshInterval) refresh(now);
+  if (!sensorsReadAt_ || now - *sensorsReadAt_ >= sensorsStayFresh) readSensors(now);
+  if (!forgotAt_ || now - *forgotAt_ >= countersStayKept) {
+    sources_.counters.forgetKept();
+    forgotAt_ = now;
+  }
   SystemStatusSnapshot snapshot = emptySnapshot(sources_.counters);
   snapshot.sampledAt = wholeSeconds(sources_.clock.now());
   measureProcessor(snapshot);
@@ -49,15 +53,15 @@ SystemStatusSnapshot SystemStatusService::sample(const SystemSampleRequest& requ
   return snapshot;
 }
 
-void SystemStatusService::refresh(Time now) {
-  sources_.counters.forgetKept();
+/// And the uptime, which needs no more than that between two readings of the clock.
+void SystemStatusService::readSensors(Time now) {
   const auto battery = sources_.sensors.battery();
   battery_ = battery ? std::optional(*battery) : std::nullopt;
   const auto level = sources_.sensors.thermalLevel();
   thermalLevel_ = level ? std::optional(*level) : std::nullopt;
   const auto uptime = sources_.counters.uptimeSeconds();
   uptimeThen_ = uptime ? std::optional(*uptime) : std::nullopt;
-  refreshedAt_ = now;
+  sensorsReadAt_ = now;
 }
 
 void SystemStatusService::measureProcessor(SystemStatusSnapshot& snapshot) {
@@ -110,7 +114,7 @@ void SystemStatusService::measureSensors(SystemStatusSnapshot& snapshot) const {
 
 void SystemStatusService::measureUptime(SystemStatusSnapshot& snapshot, Time now) const {
   if (!uptimeThen_) return leaveOut(snapshot, SystemStatusInput::uptime);
-  snapshot.uptime = *uptimeThen_ + std::chrono::duration<double>(now - *refreshedAt_).count();
+  snapshot.uptime = *uptimeThen_ + std::chrono::duration<double>(now - *sensorsReadAt_).count();
 }
 
 void SystemStatusService::listProcesses(SystemStatusSnapshot& snapshot, const SystemSampleRequest& request) {

@@ -38,7 +38,7 @@ class SystemStatusService {
  private:
   using Time = std::chrono::steady_clock::time_point;
 
-  void refresh(Time now);
+  void readSensors(Time now);
   void measureProcessor(SystemStatusSnapshot& snapshot);
   void measureMemory(SystemStatusSnapshot& snapshot);
   void measureDisk(SystemStatusSnapshot& snapshot);
@@ -51,7 +51,8 @@ class SystemStatusService {
   std::optional<CPUTicks> previousCPUTicks_;
   std::optional<NetworkCounters> previousNetworkCounters_;
   std::optional<Time> previousSampleDate_;  ///< by the clock that nobody sets
-  std::optional<Time> refreshedAt_;         ///< what changes slowly
+  std::optional<Time> sensorsReadAt_;
+  std::optional<Time> forgotAt_;  ///< what the counters keep
   std::optional<BatteryState> battery_;
   std::optional<SystemThermalLevel> thermalLevel_;
   std::optional<double> uptimeThen_;  ///< in seconds
