@@ -6,8 +6,10 @@
 //
 // Each program runs once in each round, with a second between its samples. Once it has settled, what the clocks of its
 // processes gain in ten seconds is shared among the samples of that time; starting up is not in it. Programs that draw
-// on a terminal are given one; 400 sleeping processes are there for those that list processes. A ratio is taken within
-// each round, and its median over the rounds is judged. Ends with 1 when a bound was missed or could not be measured.
+// on a terminal are given one; 400 sleeping processes are there for those that list processes. Children that come and
+// go within that time are not counted; none of these programs has any. A ratio is taken within each round, and its
+// median over the rounds is judged. Ends with 1 when a bound was missed or our program could not be measured; a rival
+// that is not installed is named.
 
 #include "quorvane/health/SystemStatusService.h"
 #include "quorvane/platform/FileDescriptor.h"
@@ -44,8 +46,8 @@ namespace {
 using namespace quorvane;
 using Clock = std::chrono::steady_clock;
 
-constexpr int samples = 10;
 constexpr std::chrono::milliseconds settling{2500};  // half a second off the samples
+constexpr std::chrono::seconds measuring{10};
 
 struct Program {
   std::string name;
@@ -121,8 +123,10 @@ std::optional<Cost> costOfSample(const Program& program) {
   if (child == 0) become(program, name);
   drain(terminal.number(), begin + settling);
   const auto before = cpuMsOf(child);
-  drain(terminal.number(), begin + settling + std::chrono::seconds(samples));
+  const auto settled = Clock::now();
+  drain(terminal.number(), begin + settling + measuring);
   auto gained = cpuMsOf(child);
+  const double seconds = std::chrono::duration<double>(Clock::now() - settled).count();
   for (const auto& [pid, time] : before)
     if (const auto still = gained.find(pid); still != gained.end()) still->second -= time;
 
@@ -134,7 +138,7 @@ std::optional<Cost> costOfSample(const Program& program) {
   rusage usage{};
   while (::wait4(-child, nullptr, 0, &usage) > 0)  // those that it left behind come to us
     cost.memoryMiB = std::max(cost.memoryMiB, static_cast<double>(usage.ru_maxrss) / 1024);
-  for (const auto& [pid, time] : gained) cost.cpuMs += time / samples * program.secondsOfSample;
+  for (const auto& [pid, time] : gained) cost.cpuMs += time / seconds * program.secondsOfSample;
   return isThere ? std::optional(cost) : std::nullopt;
 }
 
@@ -146,16 +150,21 @@ double median(std::vector<Value> values) {
 
 struct Row {
   Program program;
-  std::vector<Cost> costs = {};
+  std::vector<std::optional<Cost>> costs = {};  // of each round
 
+  bool hasRun() const {
+    return !costs.empty() && std::ranges::all_of(costs, [](const auto& cost) { return cost && cost->cpuMs > 0; });
+  }
   double cpuMs() const {
     std::vector<double> values;
-    for (const Cost& cost : costs) values.push_back(cost.cpuMs);
+    for (const auto& cost : costs)
+      if (cost) values.push_back(cost->cpuMs);
     return median(values);
   }
   double memoryMiB() const {
     double most = 0;
-    for (const Cost& cost : costs) most = std::max(most, cost.memoryMiB);
+    for (const auto& cost : costs)
+      if (cost) most = std::max(most, cost->memoryMiB);
     return most;
   }
 };
@@ -165,17 +174,17 @@ bool isInstalled(const std::string& program) {
 }
 
 void measure(std::vector<Row>& rows, int rounds) {
-  std::erase_if(rows, [](const Row& row) {
-    const bool isMissing = !isInstalled(row.program.command[0]);
+  const std::string own = rows.back().program.name;
+  std::erase_if(rows, [&](const Row& row) {
+    const bool isMissing = row.program.name != own && !isInstalled(row.program.command[0]);
     if (isMissing) fmt::print("{} is missing, so nothing is compared with it\n", row.program.name);
     return isMissing;
   });
   for (int round = 0; round < rounds; ++round)
-    for (Row& row : rows)
-      if (const auto cost = costOfSample(row.program)) row.costs.push_back(*cost);
+    for (Row& row : rows) row.costs.push_back(costOfSample(row.program));
   for (const Row& row : rows)
     fmt::print("  {:<30} {:>9.3f} ms {:>8.1f} MiB{}\n", row.program.name, row.cpuMs(), row.memoryMiB(),
-               row.costs.empty() ? "  did not run" : "");
+               row.hasRun() ? "" : "  did not run each time");
 }
 
 /// Whether the last row holds the bound beside the cheapest of those before it that may be compared with.
@@ -183,18 +192,16 @@ bool judge(const std::vector<Row>& rows, std::string_view onlyWith, double bound
   const Row& own = rows.back();
   const Row* rival = nullptr;
   for (const Row& row : rows)
-    if (&row != &own && !row.costs.empty() && (onlyWith.empty() || row.program.name == onlyWith) &&
+    if (&row != &own && row.hasRun() && (onlyWith.empty() || row.program.name == onlyWith) &&
         (rival == nullptr || row.cpuMs() < rival->cpuMs()))
       rival = &row;
-  if (rival == nullptr || own.costs.empty()) return true;
-  std::vector<double> ratios;
-  for (std::size_t i = 0; i < std::min(own.costs.size(), rival->costs.size()); ++i)
-    if (own.costs[i].cpuMs > 0 && rival->costs[i].cpuMs > 0)  // or else the noise was greater than the cost
-      ratios.push_back(own.costs[i].cpuMs / rival->costs[i].cpuMs);
-  if (ratios.empty()) {
-    fmt::print("  {} beside {}: could not be measured\n", own.program.name, rival->program.name);
-    return false;
+  if (rival == nullptr || !own.hasRun()) {
+    fmt::print("  {}: nothing to judge\n", own.program.name);
+    return own.hasRun();
   }
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < own.costs.size(); ++i)
+    if (own.costs[i] && rival->costs[i]) ratios.push_back(own.costs[i]->cpuMs / rival->costs[i]->cpuMs);
   const double ratio = median(ratios);
   fmt::print("  {}: {:.2f} x {}, at most {}: {}\n", own.program.name, ratio, rival->program.name, bound,
              ratio <= bound ? "ok" : "MISSED");

@@ -29,7 +29,6 @@ struct DockerCleanupFailure {
   std::string target;
   DockerResourceKind resource = DockerResourceKind::images;
   DockerRefusal refusal;
-  std::optional<DockerRetryTarget> reviewed = {};  ///< of an object that was refused before the run
 
   bool operator==(const DockerCleanupFailure&) const = default;
 };
@@ -38,7 +37,7 @@ struct DockerCleanupFailure {
 struct DockerCleanupPlan {
   std::vector<DockerRetryTarget> targets = {};
   std::optional<DockerCleanupOperation> prune = {};  ///< of the build cache
-  std::vector<DockerCleanupFailure> refused = {};    ///< selected as well, and left alone
+  std::vector<DockerCleanupFailure> refused = {};    ///< selected as well, and refused before anything was tried
 
   bool removesNothing() const { return targets.empty() && !prune; }
   bool isEmpty() const { return removesNothing() && refused.empty(); }

@@ -32,7 +32,8 @@ class DockerCleanupGuard {
 
   /// Removes the targets in their order, then prunes the build cache if the plan says so. A target that is refused is a
   /// failure, and the others go on; one of which it is not certain whether it is gone keeps its intent, for the next
-  /// start to find out. Fails only where the history could not be written before anything was tried; later, the targets
+  /// start to find out. What the plan has as refused is recorded first. Fails only where the history could not be
+  /// written before anything was tried; later, the targets
   /// that are left are failures. Waits for the client, which has half a minute for each of its runs.
   Outcome<DockerCleanupReport, RecoveryStoreError> remove(const DockerCleanupPlan& plan,
                                                           const DockerCleanupOptions& options);

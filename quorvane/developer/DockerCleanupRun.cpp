@@ -32,7 +32,7 @@ std::string recordKeyOf(const DockerRefusal& refusal) {
 }  // namespace
 
 Outcome<DockerCleanupReport, RecoveryStoreError> DockerCleanupRun::perform() {
-  keepRefused();
+  if (const auto kept = keepRefused(); !kept) return failure(kept.error());
   const std::vector<Step> all = steps();
   const auto before = diskUsage(all);
   for (const Step& step : all) {
@@ -52,17 +52,16 @@ Outcome<DockerCleanupReport, RecoveryStoreError> DockerCleanupRun::perform() {
   return std::move(report_);
 }
 
-DockerCleanupRun::Step DockerCleanupRun::stepOf(const DockerRetryTarget& object) {
-  const std::string& name = object.target.commandTarget;
-  auto command = isCommandTarget(object.resource, name) ? DockerCommands::removalOf(object.resource, name)
-                                                        : std::vector<std::string>();
-  return {object.resource, object.scope, object.target, std::move(command), &object, nullptr};
-}
-
 std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
   std::vector<Step> all;
   all.reserve(plan_.targets.size() + 1);
-  for (const DockerRetryTarget& each : plan_.targets) all.push_back(stepOf(each));
+  for (const DockerRetryTarget& each : plan_.targets) {
+    const bool isNamed = isCommandTarget(each.resource, each.target.commandTarget);
+    all.push_back(
+        {each.resource, each.scope, each.target,
+         isNamed ? DockerCommands::removalOf(each.resource, each.target.commandTarget) : std::vector<std::string>(),
+         &each, nullptr});
+  }
   if (plan_.prune) {
     DockerCleanupTarget cache{std::string(pruneTarget), titleKey(DockerResourceKind::buildCache),
                               std::string(buildCacheLocation)};
@@ -73,19 +72,27 @@ std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
   return all;
 }
 
-/// What was refused before counts as failed, and what was reviewed of it can be tried again.
-void DockerCleanupRun::keepRefused() {
+/// What was refused before counts as failed, too. It is in the history so that this is the run that a retry means, and
+/// without a target, for nothing of it was reviewed as what may be removed.
+Outcome<void, RecoveryStoreError> DockerCleanupRun::keepRefused() {
+  std::vector<CleaningHistoryItem> items;
   for (const DockerCleanupFailure& failed : plan_.refused) {
-    const DockerCleanupTarget unseen{failed.target, failed.target, {}};
     ++failedCount_[failed.resource];
-    report_.result.failedTargets.push_back(failed.reviewed ? failed.reviewed->target : unseen);
+    report_.result.failedTargets.push_back({failed.target, failed.target, {}});
     report_.failures.push_back(failed);
-    if (journal_ == nullptr || !failed.reviewed) continue;
-    CleaningHistoryItem item = itemOf(stepOf(*failed.reviewed));
+    const bool isPrune = failed.resource == DockerResourceKind::buildCache;
+    if (!isPrune && !isCommandTarget(failed.resource, failed.target)) continue;
+    CleaningHistoryItem& item = items.emplace_back();
+    item.id = services_.random.uuid();
+    item.name = isPrune ? services_.texts(titleKey(failed.resource)) : failed.target;
+    item.originalPath =
+        FilePath{isPrune ? std::string(buildCacheLocation) : historyLocation(failed.resource, failed.target)};
     fail(item, failed.refusal);
-    journal_->recordUntried(item);
-    report_.result.historyItems.push_back(std::move(item));
   }
+  if (journal_ == nullptr || items.empty()) return {};
+  auto recorded = journal_->recordUntried(items);
+  report_.result.historyItems = std::move(items);
+  return recorded;
 }
 
 void DockerCleanupRun::take(const Step& step) {
@@ -191,7 +198,7 @@ std::optional<DockerRefusal> DockerCleanupRun::pruned(const Step& step, Cleaning
 void DockerCleanupRun::keepFailed(const Step& step, const DockerRefusal& refusal) {
   ++failedCount_[step.resource];
   report_.result.failedTargets.push_back(step.target);
-  report_.failures.push_back({step.target.commandTarget, step.resource, refusal, {}});
+  report_.failures.push_back({step.target.commandTarget, step.resource, refusal});
 }
 
 void DockerCleanupRun::keepRemoved(const Step& step, std::int64_t size) {

@@ -36,9 +36,8 @@ class DockerCleanupRun {
     bool isPrune() const { return prune != nullptr; }
   };
 
-  static Step stepOf(const DockerRetryTarget& object);
+  Outcome<void, RecoveryStoreError> keepRefused();
   std::vector<Step> steps() const;
-  void keepRefused();
   void take(const Step& step);
   std::optional<DockerRefusal> refusal(const Step& step) const;
   /// For people.

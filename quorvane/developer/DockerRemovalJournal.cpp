@@ -2,6 +2,13 @@
 
 namespace quorvane {
 
+Outcome<void, RecoveryStoreError> DockerRemovalJournal::recordUntried(const std::vector<CleaningHistoryItem>& items) {
+  OpenHistory::Change change;
+  change.inserted.reserve(items.size());
+  for (const CleaningHistoryItem& item : items) change.inserted.push_back(entryOf(item));
+  return write(std::move(change));
+}
+
 Outcome<void, RecoveryStoreError> DockerRemovalJournal::announce(CleaningHistoryItem& item,
                                                                  std::vector<std::string> command) {
   item.outcome = CleaningHistoryItemOutcome::failed;
@@ -12,20 +19,13 @@ Outcome<void, RecoveryStoreError> DockerRemovalJournal::announce(CleaningHistory
 
 void DockerRemovalJournal::record(const CleaningHistoryItem& item) { receipts_.push_back(entryOf(item)); }
 
-void DockerRemovalJournal::recordUntried(const CleaningHistoryItem& item) {
-  untried_.insert(untried_.begin(), entryOf(item));
-}
-
 bool DockerRemovalJournal::finish() { return write({}).has_value(); }
 
-/// With all that waits, which goes on waiting where that fails.
+/// With the receipts that wait, which go on waiting where that fails.
 Outcome<void, RecoveryStoreError> DockerRemovalJournal::write(OpenHistory::Change change) {
   change.replaced = receipts_;
-  change.inserted.insert(change.inserted.end(), untried_.begin(), untried_.end());
   auto written = history_.write(std::move(change));
-  if (!written) return written;
-  receipts_.clear();
-  untried_.clear();
+  if (written) receipts_.clear();
   return written;
 }
 

@@ -15,16 +15,17 @@ class DockerRemovalJournal {
   DockerRemovalJournal(OpenHistory& history, const Clock& clock, const RecordTexts& texts, Date run)
       : history_(history), clock_(clock), texts_(texts), run_(run) {}
 
-  /// Writes that this item is about to be removed by this command, and what waits. The item reads as a failure with an
-  /// open intent from then on. After a failure nothing may be removed, and what waits goes on waiting.
+  /// Writes that these items failed without anything being tried. After a failure the history may hold them or not.
+  Outcome<void, RecoveryStoreError> recordUntried(const std::vector<CleaningHistoryItem>& items);
+
+  /// Writes that this item is about to be removed by this command, and the receipts that wait. The item reads as a
+  /// failure with an open intent from then on. After a failure nothing may be removed, and the receipts go on waiting.
   Outcome<void, RecoveryStoreError> announce(CleaningHistoryItem& item, std::vector<std::string> command);
 
   /// The receipt of the item that was announced last; it is written with the next announcement, or by `finish`.
   void record(const CleaningHistoryItem& item);
-  /// An item that failed and was never announced, since nothing was tried; likewise.
-  void recordUntried(const CleaningHistoryItem& item);
 
-  /// Writes what waits. False when the history does not hold it: the intents of the receipts stay open.
+  /// Writes the receipts that wait. False when the history does not hold them: their intents stay open.
   bool finish();
 
  private:
@@ -35,7 +36,7 @@ class DockerRemovalJournal {
   const Clock& clock_;
   const RecordTexts& texts_;
   const Date run_;
-  std::vector<CleaningHistoryEntry> receipts_, untried_;
+  std::vector<CleaningHistoryEntry> receipts_;
 };
 
 }  // namespace quorvane

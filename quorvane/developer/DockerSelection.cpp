@@ -93,20 +93,19 @@ class Reviewer {
     const auto seen = candidateIn(reviewed_, selector);
     const auto present = candidateIn(now_, selector);
     if (!seen && present) return false;
-    const auto reviewed = seen ? std::optional(targetOf(selector, *seen)) : std::nullopt;
     if (!isCommandTarget(selector.resource, selector.id)) {
-      refuse(selector, {"docker.failure.invalidName"}, std::nullopt);
+      refuse(selector, {"docker.failure.invalidName"});
     } else if (isOtherEngine_) {
-      refuse(selector, {"docker.failure.engineChanged", Category::changedAfterScan}, reviewed);
-    } else if (!reviewed || !present) {
-      refuse(selector, {"docker.failure.unknownObject", Category::missing}, reviewed);
-    } else if (present->safety == DockerCleanupSafety::protected_) {
-      refuse(selector, {"docker.failure.protected", Category::protected_}, reviewed);
+      refuse(selector, {"docker.failure.engineChanged", Category::changedAfterScan});
+    } else if (!seen || !present) {
+      refuse(selector, {"docker.failure.unknownObject", Category::missing});
+    } else if (std::max(seen->safety, present->safety) == DockerCleanupSafety::protected_) {
+      refuse(selector, {"docker.failure.protected", Category::protected_});
     } else if (selector.resource == DockerResourceKind::containers &&
-               reviewed->target.displayName != present->target.target.displayName) {
-      refuse(selector, {"docker.failure.renamed", Category::changedAfterScan}, reviewed);
+               seen->target.target.displayName != present->target.target.displayName) {
+      refuse(selector, {"docker.failure.renamed", Category::changedAfterScan});
     } else {
-      plan(*reviewed);
+      plan(selector, *seen);
     }
     return true;
   }
@@ -150,27 +149,25 @@ class Reviewer {
     return candidate && candidate->safety == DockerCleanupSafety::safe;
   }
 
-  DockerRetryTarget targetOf(const DockerSelector& selector, const Candidate& seen) const {
+  void refuse(const DockerSelector& selector, DockerRefusal refusal) {
+    const auto isSame = [&](const DockerCleanupFailure& each) {
+      return each.target == selector.id && each.resource == selector.resource;
+    };
+    std::vector<DockerCleanupFailure>& refused = review_.plan.refused;
+    if (std::ranges::none_of(refused, isSame)) refused.push_back({selector.id, selector.resource, std::move(refusal)});
+  }
+
+  void plan(const DockerSelector& selector, const Candidate& seen) {
+    const auto isSame = [&](const DockerRetryTarget& each) {
+      return each.target.commandTarget == selector.id && each.resource == selector.resource;
+    };
+    if (std::ranges::any_of(review_.plan.targets, isSame)) return;
     DockerRetryTarget target = seen.target;
     target.resource = selector.resource;
     target.scope = scopeOf(reviewed_);
     target.target.historyLocation = historyLocation(selector.resource, selector.id);
     target.target.sizeBytes = std::max<std::int64_t>(0, target.target.sizeBytes);
-    return target;
-  }
-
-  void refuse(const DockerSelector& selector, DockerRefusal refusal, std::optional<DockerRetryTarget> reviewed) {
-    const auto isSame = [&](const DockerCleanupFailure& each) {
-      return each.target == selector.id && each.resource == selector.resource;
-    };
-    std::vector<DockerCleanupFailure>& refused = review_.plan.refused;
-    if (std::ranges::none_of(refused, isSame))
-      refused.push_back({selector.id, selector.resource, std::move(refusal), std::move(reviewed)});
-  }
-
-  void plan(const DockerRetryTarget& reviewed) {
-    std::vector<DockerRetryTarget>& targets = review_.plan.targets;
-    if (std::ranges::find(targets, reviewed) == targets.end()) targets.push_back(reviewed);
+    review_.plan.targets.push_back(std::move(target));
   }
 
   const DockerSnapshot& reviewed_;

@@ -48,9 +48,9 @@ struct DockerReview {
 /// of the review, verdicts are those of `now`; all that is safe has to be safe in both, and each of these images
 /// comes before the one that it was built on, as `origins` has it. The prune has the build cache that was reviewed, and
 /// is left out without any. An
-/// object that is not there now, is protected, or was reviewed of another engine is refused, and a container of another
-/// name. Both snapshots have a scope. Fails with the first selector that the review does not hold while the engine
-/// does: it was not reviewed.
+/// object that is not there now, is or was protected, or was reviewed of another engine is refused, and a container of
+/// another name. Both snapshots have a scope. Fails with the first selector that the review does not hold while the
+/// engine does: it was not reviewed.
 Outcome<DockerReview, DockerSelector> reviewOf(const DockerSelection& selection, const DockerSnapshot& reviewed,
                                                const DockerSnapshot& now,
                                                const DockerOrigins<DockerImageOrigin>& origins = {});

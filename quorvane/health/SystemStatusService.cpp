@@ -35,7 +35,6 @@ SystemStatusSnapshot emptySnapshot(SystemCounters& counters) {
 
 SystemStatusSnapshot SystemStatusService::sample(const SystemSampleRequest& request) {
   const Time now = sources_.clock.uptime();
-  if (!sensorsReadAt_ || now - *sensorsReadAt_ >= sensorsStayFresh) readSensors(now);
   if (!forgotAt_ || now - *forgotAt_ >= countersStayKept) {
     sources_.counters.forgetKept();
     forgotAt_ = now;
@@ -46,22 +45,11 @@ SystemStatusSnapshot SystemStatusService::sample(const SystemSampleRequest& requ
   measureMemory(snapshot);
   measureDisk(snapshot);
   measureNetwork(snapshot, now);
-  measureSensors(snapshot);
-  measureUptime(snapshot, now);
+  measureSensors(snapshot, now);
+  measureUptime(snapshot);
   if (request.withProcesses) listProcesses(snapshot, request);
   previousSampleDate_ = now;
   return snapshot;
-}
-
-/// And the uptime, which needs no more than that between two readings of the clock.
-void SystemStatusService::readSensors(Time now) {
-  const auto battery = sources_.sensors.battery();
-  battery_ = battery ? std::optional(*battery) : std::nullopt;
-  const auto level = sources_.sensors.thermalLevel();
-  thermalLevel_ = level ? std::optional(*level) : std::nullopt;
-  const auto uptime = sources_.counters.uptimeSeconds();
-  uptimeThen_ = uptime ? std::optional(*uptime) : std::nullopt;
-  sensorsReadAt_ = now;
 }
 
 void SystemStatusService::measureProcessor(SystemStatusSnapshot& snapshot) {
@@ -98,7 +86,14 @@ void SystemStatusService::measureNetwork(SystemStatusSnapshot& snapshot, Time no
   snapshot.networkUploadBytesPerSecond = increase(before->sent, outcome->sent) / elapsed;
 }
 
-void SystemStatusService::measureSensors(SystemStatusSnapshot& snapshot) const {
+void SystemStatusService::measureSensors(SystemStatusSnapshot& snapshot, Time now) {
+  if (!sensorsReadAt_ || now - *sensorsReadAt_ >= sensorsStayFresh) {
+    const auto battery = sources_.sensors.battery();
+    battery_ = battery ? std::optional(*battery) : std::nullopt;
+    const auto level = sources_.sensors.thermalLevel();
+    thermalLevel_ = level ? std::optional(*level) : std::nullopt;
+    sensorsReadAt_ = now;
+  }
   if (battery_) {
     snapshot.batteryPercent = battery_->percent;
     snapshot.isCharging = battery_->isCharging;
@@ -112,9 +107,10 @@ void SystemStatusService::measureSensors(SystemStatusSnapshot& snapshot) const {
   }
 }
 
-void SystemStatusService::measureUptime(SystemStatusSnapshot& snapshot, Time now) const {
-  if (!uptimeThen_) return leaveOut(snapshot, SystemStatusInput::uptime);
-  snapshot.uptime = *uptimeThen_ + std::chrono::duration<double>(now - *sensorsReadAt_).count();
+void SystemStatusService::measureUptime(SystemStatusSnapshot& snapshot) {
+  const auto seconds = sources_.counters.uptimeSeconds();
+  if (!seconds) return leaveOut(snapshot, SystemStatusInput::uptime);
+  snapshot.uptime = *seconds;
 }
 
 void SystemStatusService::listProcesses(SystemStatusSnapshot& snapshot, const SystemSampleRequest& request) {

@@ -38,13 +38,12 @@ class SystemStatusService {
  private:
   using Time = std::chrono::steady_clock::time_point;
 
-  void readSensors(Time now);
   void measureProcessor(SystemStatusSnapshot& snapshot);
   void measureMemory(SystemStatusSnapshot& snapshot);
   void measureDisk(SystemStatusSnapshot& snapshot);
   void measureNetwork(SystemStatusSnapshot& snapshot, Time now);
-  void measureSensors(SystemStatusSnapshot& snapshot) const;
-  void measureUptime(SystemStatusSnapshot& snapshot, Time now) const;
+  void measureSensors(SystemStatusSnapshot& snapshot, Time now);
+  void measureUptime(SystemStatusSnapshot& snapshot);
   void listProcesses(SystemStatusSnapshot& snapshot, const SystemSampleRequest& request);
 
   const SystemStatusSources sources_;
@@ -55,7 +54,6 @@ class SystemStatusService {
   std::optional<Time> forgotAt_;  ///< what the counters keep
   std::optional<BatteryState> battery_;
   std::optional<SystemThermalLevel> thermalLevel_;
-  std::optional<double> uptimeThen_;  ///< in seconds
 };
 
 /// A snapshot before the first sample: what is known without measuring.

@@ -93,7 +93,7 @@ TEST_F(DockerCleanCommandTests, printsOutcomesItemsAndFailures) {
   EXPECT_EQ(done["outcomes"][0]["failedCount"], 1) << "refused before anything was tried";
   EXPECT_EQ(done["outcomes"][1]["resource"], 2);
   EXPECT_EQ(done["outcomes"][1]["successfulCount"], 1);
-  EXPECT_EQ(done["historyItems"][0]["originalPath"], "docker://volumes/shown");
+  EXPECT_EQ(done["historyItems"][1]["originalPath"], "docker://volumes/shown");
   EXPECT_EQ(done["failures"],
             Json::parse(R"([{"target":")" + unknown + R"(","resource":1,"reasonKey":"docker.failure.unknownObject"},
       {"target":".data","resource":2,"reasonKey":"docker.failure.invalidName"}])"));

@@ -87,7 +87,7 @@ TEST_F(DockerCleanupGuardTests, removesSafeImagesBeforeThoseThatTheyWereBuiltOn)
   EXPECT_THAT(remove(review.plan).failures, IsEmpty());
 }
 
-TEST_F(DockerCleanupGuardTests, keepsWhatWasRefusedBeforeForARetry) {
+TEST_F(DockerCleanupGuardTests, recordsWhatWasRefusedBeforeAndTriesNoneOfItAgain) {
   makeBase();
   const std::string busy =
       engine_->ask({"run", "--detach", "--network", "none", "--name", "busy", "base:1", "/program", "wait"});
@@ -100,12 +100,34 @@ TEST_F(DockerCleanupGuardTests, keepsWhatWasRefusedBeforeForARetry) {
   const DockerCleanupReport report = remove(review->plan);
   EXPECT_THAT(reasonsOf(report), ElementsAre("docker.failure.protected", "docker.failure.unknownObject"));
   EXPECT_EQ(report.outcomes.at(0).failedCount, 1);
-  EXPECT_THAT(recorded(), SizeIs(1)) << "of the volume nothing was reviewed";
-  const DockerCleanupPlan again = failedTargets(recorded());
-  EXPECT_THAT(reasonsOf(remove(again)), ElementsAre("docker.failure.containerState"));
-  engine_->ask({"stop", "--time", "0", "busy"});
-  EXPECT_THAT(remove(failedTargets(recorded())).failures, IsEmpty());
-  EXPECT_FALSE(hasContainer(busy));
+  const auto entries = recorded();
+  ASSERT_THAT(entries, SizeIs(2));
+  EXPECT_EQ(entries[0].items.at(0).failureCategory, CleanupFailureCategory::protected_);
+  EXPECT_EQ(entries[1].items.at(0).originalPath.bytes, "docker://volumes/nowhere");
+  EXPECT_TRUE(failedTargets(entries).isEmpty()) << "what it does until it ends was not reviewed";
+
+  const std::string ended = container("ended");
+  DockerCleanupPlan mixed = planOf({{Kind::containers, ended}});
+  mixed.refused = review->plan.refused;
+  EXPECT_EQ(remove(mixed).result.successfulTargets.size(), 1U);
+  EXPECT_THAT(recorded(), SizeIs(5));
+  home_.files().countOnly({FileCall::renameReplacing});
+  home_.files().failAt(home_.files().calls() + 1);
+  EXPECT_FALSE(DockerCleanupGuard(services()).remove(review->plan, {})) << "nothing was tried, and nothing recorded";
+}
+
+TEST_F(DockerCleanupGuardTests, removesNoContainerThatRanOnAfterTheReview) {
+  makeBase();
+  const std::string busy =
+      engine_->ask({"run", "--detach", "--network", "none", "--name", "ran-on", "base:1", "/program", "wait"});
+  const auto before = DockerService(*client_, home_.clock()).survey({});
+  ASSERT_TRUE(before);
+  engine_->ask({"stop", "--time", "0", "ran-on"});
+  const auto review =
+      DockerReviewer(*client_, home_.clock()).review({.named = {{Kind::containers, busy}}}, before->snapshot, {});
+  ASSERT_TRUE(review);
+  EXPECT_TRUE(review->plan.removesNothing());
+  EXPECT_THAT(reasonsOf(remove(review->plan)), ElementsAre("docker.failure.protected"));
 }
 
 TEST_F(DockerCleanupGuardTests, removesNothingThatCannotBeAnnounced) {

@@ -13,7 +13,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   (void)ticksFromStat(text);
   if (const auto memory = memoryFromMeminfo(text))
     require(memory->total > 0 && memory->used >= 0 && memory->used <= memory->total, "used is a part of the total");
-  if (const auto seconds = uptimeFromText(text)) require(*seconds >= 0, "no start lies in the future");
   if (const auto name = systemNameFromRelease(text)) require(!name->empty() && isValidUtf8(*name), "a name is a text");
   visitInterfaces(text, [](const InterfaceCounters& interface) {
     require(isOneComponent(interface.name), "the name of an interface is one of a folder");

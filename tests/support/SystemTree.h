@@ -33,7 +33,6 @@ inline SystemTree::Files desktopFiles() {
   return {
       {"proc/stat", "cpu  100 20 30 800 50 7 3 40 0 0\ncpu0 100 20 30 800 50 7 3 40 0 0\nintr 5\n"},
       {"proc/meminfo", "MemTotal:       16000000 kB\nMemFree:  1000 kB\nMemAvailable:   12000000 kB\nBuffers: 1 kB\n"},
-      {"proc/uptime", "93784.25 180000.00\n"},
       {"proc/net/dev",
        "Inter-|   Receive                                                |  Transmit\n"
        " face |bytes    packets errs drop fifo frame compressed multicast|bytes    packets\n"

@@ -10,12 +10,6 @@
 
 namespace quorvane {
 
-namespace {
-
-constexpr std::size_t pageOfKernel = 4096;  // bytes
-
-}  // namespace
-
 Outcome<void, PosixError> KernelFile::open() {
   // Without waiting: what stands there may be anything where somebody else has made the tree.
   file_ = FileDescriptor(::open(path_.bytes.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -38,9 +32,7 @@ Outcome<std::string_view, PosixError> KernelFile::whole(std::span<char> buffer) 
   const auto first = beginning(buffer);
   if (!first) return first;
   std::size_t size = first->size();
-  // A call gives less than there is room for only where the next line does not fit into the kernel's page.
-  if (size < std::min(buffer.size(), pageOfKernel) / 2) return first;
-  for (ssize_t more = 1; more > 0 && size < buffer.size(); size += static_cast<std::size_t>(more)) {
+  for (ssize_t more = 1; more > 0 && size > 0 && size < buffer.size(); size += static_cast<std::size_t>(more)) {
     const auto read = [&] {
       return ::pread(file_.number(), buffer.data() + size, buffer.size() - size, static_cast<off_t>(size));
     };

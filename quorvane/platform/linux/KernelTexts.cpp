@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <limits>
 
 namespace quorvane {
@@ -78,14 +77,6 @@ std::optional<MemoryUse> memoryFromMeminfo(std::string_view text) {
     available = *free + *buffers + *cached;
   if (!total || *total == 0 || !available) return std::nullopt;
   return MemoryUse{.used = std::max<std::int64_t>(0, *total - *available), .total = *total};
-}
-
-std::optional<double> uptimeFromText(std::string_view text) {
-  auto line = takeWholeLine(text);
-  if (!line) return std::nullopt;
-  const auto seconds = wholeNumber<double>(takeWord(*line));
-  if (!seconds || !std::isfinite(*seconds) || *seconds < 0) return std::nullopt;
-  return seconds;
 }
 
 std::optional<std::string> systemNameFromRelease(std::string_view text) {

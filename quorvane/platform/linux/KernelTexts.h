@@ -20,9 +20,6 @@ std::optional<CPUTicks> ticksFromStat(std::string_view text);
 /// Reads the beginning of /proc/meminfo. Used is what is neither free nor could be had by giving up caches.
 std::optional<MemoryUse> memoryFromMeminfo(std::string_view text);
 
-/// Reads the first number of /proc/uptime: seconds since the start.
-std::optional<double> uptimeFromText(std::string_view text);
-
 /// The name with the version in a text of os-release, its quotes and escapes taken away.
 std::optional<std::string> systemNameFromRelease(std::string_view text);
 

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <ctime>
 #include <vector>
 
 #include <sched.h>
@@ -67,11 +68,17 @@ int allowedProcessorCount() {
   return std::max(1, CPU_COUNT_S(sizeof sets, sets.data()));
 }
 
+Outcome<double, PosixError> secondsSinceStart() {
+  timespec time{};
+  if (::clock_gettime(CLOCK_BOOTTIME, &time) != 0) return failure(lastPosixError());
+  constexpr double nanosecondsOfSecond = 1e9;
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / nanosecondsOfSecond;
+}
+
 LinuxSystemCounters::LinuxSystemCounters(SystemCountersRequest request)
     : request_(std::move(request)),
       stat_(joined(request_.root, "proc/stat")),
       meminfo_(joined(request_.root, "proc/meminfo")),
-      uptime_(joined(request_.root, "proc/uptime")),
       interfaces_(joined(request_.root, "proc/net/dev")),
       limits_(request_.root),
       osVersion_(systemName(request_.root)) {}
@@ -133,13 +140,6 @@ bool LinuxSystemCounters::isUp(KernelFile& file, std::string_view interface) {
 
 void LinuxSystemCounters::forgetInterfacesThatWent() {
   std::erase_if(known_, [&](const auto& each) { return each.second.seen != reading_; });
-}
-
-Outcome<double, PosixError> LinuxSystemCounters::uptimeSeconds() {
-  std::array<char, 64> buffer{};
-  const auto text = uptime_.beginning(buffer);
-  if (!text) return failure(text.error());
-  return understood(uptimeFromText(*text));
 }
 
 int LinuxSystemCounters::processorCount() {

@@ -14,11 +14,14 @@ namespace quorvane {
 
 /// How many processors the kernel lets this process run on.
 int allowedProcessorCount();
+/// By the clock that goes on while the machine sleeps.
+Outcome<double, PosixError> secondsSinceStart();
 
 /// Where the system shows its files, and what only a call of it tells.
 struct SystemCountersRequest {
   FilePath root{"/"};
   std::function<int()> allowedProcessors = allowedProcessorCount;
+  std::function<Outcome<double, PosixError>()> uptimeSeconds = secondsSinceStart;
 };
 
 /// Reads /proc, /sys/class/net and the control groups; files stay open from one call to the next. The flags of an
@@ -31,7 +34,7 @@ class LinuxSystemCounters final : public SystemCounters {
   Outcome<MemoryUse, PosixError> memory() override;
   /// An interface whose flags cannot be read counts unless it is called "lo".
   Outcome<NetworkCounters, PosixError> network() override;
-  Outcome<double, PosixError> uptimeSeconds() override;
+  Outcome<double, PosixError> uptimeSeconds() override { return request_.uptimeSeconds(); }
   int processorCount() override;
   void forgetKept() override;
   std::string osVersion() override { return osVersion_; }
@@ -49,7 +52,7 @@ class LinuxSystemCounters final : public SystemCounters {
   void forgetInterfacesThatWent();
 
   SystemCountersRequest request_;
-  KernelFile stat_, meminfo_, uptime_, interfaces_;
+  KernelFile stat_, meminfo_, interfaces_;
   std::string interfacesText_;  ///< room for reading them
   std::map<std::string, Interface, std::less<>> known_;
   std::uint64_t reading_ = 0;
