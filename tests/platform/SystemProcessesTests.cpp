@@ -10,10 +10,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <random>
 
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -140,6 +143,23 @@ TEST_F(ProcessListingTests, failsWhereThereIsNoProcess) {
   StopSource stop;
   stop.requestStop();
   EXPECT_TRUE(processes_.busiest(10, stop.token()).error().isCancelled());
+}
+
+TEST(LinuxProcessesTests, missesAProcessOnceItEnded) {
+  const SystemClock clock;
+  LinuxProcesses processes({"/proc"}, ProcessUnits::ofThisSystem(), clock);
+  const pid_t child = ::fork();
+  if (child == 0)
+    for (;;) ::pause();
+  const auto isListed = [&] {
+    const auto all = processes.busiest(100'000, StopToken());
+    return all && std::ranges::find(*all, child, &SystemProcessSample::pid) != all->end();
+  };
+  EXPECT_TRUE(isListed());
+  EXPECT_TRUE(isListed()) << "from the file that stayed open";
+  ::kill(child, SIGKILL);
+  ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+  EXPECT_FALSE(isListed());
 }
 
 TEST(BusiestProcessesTests, agreeWithAPlainSort) {

@@ -14,6 +14,7 @@
 #include <tuple>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 
 namespace quorvane {
 
@@ -22,13 +23,25 @@ namespace {
 constexpr double leastSeconds = 0.001;
 constexpr std::size_t longestStat = 1024;
 
-/// The file's beginning, opened and closed for it; empty when it cannot be read, as the process may have ended.
-std::string_view contentOf(int folder, std::int32_t pid, std::span<char> buffer) {
-  std::array<char, 32> name{};
-  std::snprintf(name.data(), name.size(), "%d/stat", pid);
-  const FileDescriptor file(::openat(folder, name.data(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file.isOpen()) return {};
-  const ssize_t size = retried([&] { return ::read(file.number(), buffer.data(), buffer.size()); });
+/// At most half of what may be open at once is left for everything else.
+std::size_t mostFilesKeptOpen() {
+  constexpr std::size_t most = 512;
+  rlimit limit{};
+  return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min<std::size_t>(most, limit.rlim_cur / 2) : 0;
+}
+
+/// The file's beginning; it is opened where it is not open, or is that of a process that ended. Empty when it cannot be
+/// read, as the process may have ended meanwhile.
+std::string_view contentOf(int folder, std::int32_t pid, FileDescriptor& file, std::span<char> buffer) {
+  const auto read = [&] { return ::pread(file.number(), buffer.data(), buffer.size(), 0); };
+  ssize_t size = file.isOpen() ? retried(read) : -1;
+  if (size <= 0) {
+    std::array<char, 32> name{};
+    std::snprintf(name.data(), name.size(), "%d/stat", pid);
+    file = FileDescriptor(::openat(folder, name.data(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file.isOpen()) return {};
+    size = retried(read);
+  }
   return size > 0 ? std::string_view(buffer.data(), static_cast<std::size_t>(size)) : std::string_view();
 }
 
@@ -45,6 +58,9 @@ ProcessUnits ProcessUnits::ofThisSystem() {
   const long ticks = ::sysconf(_SC_CLK_TCK), bytes = ::sysconf(_SC_PAGESIZE);
   return {ticks > 0 ? static_cast<double>(ticks) : 100, bytes > 0 ? bytes : 4096};
 }
+
+LinuxProcesses::LinuxProcesses(FilePath root, ProcessUnits units, const Clock& clock)
+    : root_(std::move(root)), units_(units), clock_(clock), mostKeptOpen_(mostFilesKeptOpen()) {}
 
 Outcome<std::vector<SystemProcessSample>, PosixError> LinuxProcesses::busiest(std::size_t most, StopToken stop) {
   if (!folder_.isOpen()) folder_ = FileDescriptor(::open(root_.bytes.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -74,8 +90,9 @@ Outcome<void, PosixError> LinuxProcesses::readEntries(int folder, const StopToke
   const auto visited = visitDirectory(folder, [&](const char* name, unsigned char) {
     const auto pid = processNumberFromName(name);
     if (!pid) return true;
-    if (const auto stat = processStatFromText(contentOf(folder, *pid, buffer))) {
-      keep(*pid, *stat);
+    FileDescriptor file = takeOpen(*pid);
+    if (const auto stat = processStatFromText(contentOf(folder, *pid, file, buffer))) {
+      keep(*pid, *stat, std::move(file));
     } else {
       unread_.push_back(*pid);
     }
@@ -88,7 +105,12 @@ Outcome<void, PosixError> LinuxProcesses::readEntries(int folder, const StopToke
   return {};
 }
 
-void LinuxProcesses::keep(std::int32_t pid, const ProcessStat& stat) {
+FileDescriptor LinuxProcesses::takeOpen(std::int32_t pid) {
+  const auto found = std::ranges::lower_bound(previous_, pid, {}, &Entry::pid);
+  return found != previous_.end() && found->pid == pid ? std::move(found->stat) : FileDescriptor();
+}
+
+void LinuxProcesses::keep(std::int32_t pid, const ProcessStat& stat, FileDescriptor file) {
   Entry entry{.pid = pid,
               .nameOffset = static_cast<std::uint32_t>(names_.size()),
               .nameLength = static_cast<std::uint32_t>(stat.name.size()),
@@ -96,7 +118,8 @@ void LinuxProcesses::keep(std::int32_t pid, const ProcessStat& stat) {
               .startTicks = stat.startTicks,
               .residentPages = std::max<std::int64_t>(0, stat.residentPages)};
   names_ += stat.name;
-  entries_.push_back(entry);
+  if (entries_.size() < mostKeptOpen_) entry.stat = std::move(file);
+  entries_.push_back(std::move(entry));
 }
 
 // A process that was not there before has had all its time since; of the first reading, and of a process that could not

