@@ -116,6 +116,18 @@ TEST_F(DockerCleanupGuardTests, recordsWhatWasRefusedBeforeAndTriesNoneOfItAgain
   EXPECT_FALSE(DockerCleanupGuard(services()).remove(review->plan, {})) << "nothing was tried, and nothing recorded";
 }
 
+TEST_F(DockerCleanupGuardTests, removesADeadContainer) {
+  makeBase();
+  const std::string dead = engine_->makeDeadContainer("base:1", "dead");
+  const auto survey = DockerService(*client_, home_.clock()).survey({});
+  ASSERT_TRUE(survey);
+  const auto listed = std::ranges::find(survey->snapshot.containers, dead, &DockerContainerRecord::id);
+  ASSERT_NE(listed, survey->snapshot.containers.end());
+  EXPECT_EQ(listed->state, "dead");
+  EXPECT_THAT(remove(planOf({{Kind::containers, dead}})).failures, IsEmpty());
+  EXPECT_FALSE(hasContainer(dead));
+}
+
 TEST_F(DockerCleanupGuardTests, removesNoContainerThatRanOnAfterTheReview) {
   makeBase();
   const std::string busy =

@@ -1,6 +1,7 @@
 #include "tests/support/TestDockerEngine.h"
 
 #include "quorvane/base/Utf8.h"
+#include "quorvane/platform/FileDescriptor.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,9 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,6 +51,10 @@ TestDockerEngine::TestDockerEngine() {
   const auto compiled = runProgram(
       "/usr/bin/g++", {"-static", "-Os", "-o", folder_.at("program").bytes, folder_.at("program.cpp").bytes}, {});
   EXPECT_EQ(compiled.exitCode, 0) << compiled.standardError;
+  start();
+}
+
+void TestDockerEngine::start() {
   const std::string data = folder_.at("data").bytes, exec = folder_.at("exec").bytes, pid = folder_.at("pid").bytes;
   // What an engine says that it is comes from a key, which those of one machine would share.
   folder_.write("engine.json", R"({"deprecated-key-path":")" + folder_.at("key.json").bytes + "\"}");
@@ -75,6 +82,10 @@ TestDockerEngine::~TestDockerEngine() {
   const std::string running = std::string(trimmed(run({"container", "ls", "--quiet"}).standardOutput));
   for (std::size_t start = 0; start < running.size(); start += 13)
     run({"container", "kill", running.substr(start, 12)});
+  stop();
+}
+
+void TestDockerEngine::stop() const {
   ::kill(process_, SIGTERM);
   ::waitpid(process_, nullptr, 0);
 }
@@ -117,6 +128,25 @@ std::string TestDockerEngine::makeContainer(const std::string& image, const std:
   arguments.insert(arguments.end(), options.begin(), options.end());
   arguments.insert(arguments.end(), {image, "/program"});
   return ask(arguments);
+}
+
+std::string TestDockerEngine::makeDeadContainer(const std::string& image, const std::string& name) {
+  const std::string id = makeContainer(image, name);
+  const std::string layer = folder_.read("data/image/vfs/layerdb/mounts/" + id + "/mount-id");
+  const FilePath program = folder_.at("data/vfs/dir/" + layer + "/program");
+  const auto makeImmutable = [&](bool isImmutable) {
+    const FileDescriptor file(::open(program.bytes.c_str(), O_RDONLY | O_CLOEXEC));
+    int flags = 0;
+    EXPECT_EQ(::ioctl(file.number(), FS_IOC_GETFLAGS, &flags), 0) << program.bytes;
+    flags = isImmutable ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+    EXPECT_EQ(::ioctl(file.number(), FS_IOC_SETFLAGS, &flags), 0) << program.bytes;
+  };
+  makeImmutable(true);
+  EXPECT_FALSE(accepts({"container", "rm", id}));
+  stop();
+  start();
+  makeImmutable(false);
+  return id;
 }
 
 void TestDockerEngine::build(const std::string& image) const {

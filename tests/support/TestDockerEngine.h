@@ -40,12 +40,16 @@ class TestDockerEngine {
   /// Makes a container of the image that never ran; its full identifier.
   std::string makeContainer(const std::string& image, const std::string& name,
                             std::vector<std::string> options = {}) const;
+  /// One that the engine failed to remove, and knows as dead since it was started again; its full identifier.
+  std::string makeDeadContainer(const std::string& image, const std::string& name);
   /// Builds on this image, so that there is build cache.
   void build(const std::string& image) const;
   /// Builds on this image without build cache: two images without names are left between the two.
   void buildInSteps(const std::string& image, const std::string& name) const;
 
  private:
+  void start();
+  void stop() const;
   SafeProcessResult run(std::vector<std::string> arguments) const;
   bool isUp() const;
 
