@@ -8,8 +8,8 @@
 // processes gain in ten seconds is shared among the samples of that time; starting up is not in it. Programs that draw
 // on a terminal are given one; 400 sleeping processes are there for those that list processes. Children that come and
 // go within that time are not counted; none of these programs has any. A ratio is taken within each round, and its
-// median over the rounds is judged. Ends with 1 when a bound was missed or our program could not be measured; a rival
-// that is not installed is named.
+// median over the rounds is judged. Ends with 1 when a bound was missed or could not be measured; a rival that is not
+// installed is named.
 
 #include "quorvane/health/SystemStatusService.h"
 #include "quorvane/platform/FileDescriptor.h"
@@ -120,6 +120,7 @@ std::optional<Cost> costOfSample(const Program& program) {
   if (!terminal.isOpen()) return std::nullopt;
   const auto begin = Clock::now();
   const pid_t child = ::fork();
+  if (child < 0) return std::nullopt;
   if (child == 0) become(program, name);
   drain(terminal.number(), begin + settling);
   const auto before = cpuMsOf(child);
@@ -192,16 +193,16 @@ bool judge(const std::vector<Row>& rows, std::string_view onlyWith, double bound
   const Row& own = rows.back();
   const Row* rival = nullptr;
   for (const Row& row : rows)
-    if (&row != &own && row.hasRun() && (onlyWith.empty() || row.program.name == onlyWith) &&
-        (rival == nullptr || row.cpuMs() < rival->cpuMs()))
+    if (&row != &own && (onlyWith.empty() || row.program.name == onlyWith) &&
+        (rival == nullptr || !row.hasRun() || row.cpuMs() < rival->cpuMs()))
       rival = &row;
-  if (rival == nullptr || !own.hasRun()) {
+  if (rival == nullptr || !rival->hasRun() || !own.hasRun()) {
     fmt::print("  {}: nothing to judge\n", own.program.name);
-    return own.hasRun();
+    return rival == nullptr && own.hasRun();
   }
   std::vector<double> ratios;
   for (std::size_t i = 0; i < own.costs.size(); ++i)
-    if (own.costs[i] && rival->costs[i]) ratios.push_back(own.costs[i]->cpuMs / rival->costs[i]->cpuMs);
+    ratios.push_back(own.costs[i].value().cpuMs / rival->costs[i].value().cpuMs);
   const double ratio = median(ratios);
   fmt::print("  {}: {:.2f} x {}, at most {}: {}\n", own.program.name, ratio, rival->program.name, bound,
              ratio <= bound ? "ok" : "MISSED");

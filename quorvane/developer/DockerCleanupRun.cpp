@@ -72,8 +72,8 @@ std::vector<DockerCleanupRun::Step> DockerCleanupRun::steps() const {
   return all;
 }
 
-/// What was refused before counts as failed, too. It is in the history so that this is the run that a retry means, and
-/// without a target, for nothing of it was reviewed as what may be removed.
+/// What was refused before counts as failed, too. It is in the history so that this is the run that a retry means, but
+/// without its target: it has to be reviewed anew. For a name that can be none the history has no place.
 Outcome<void, RecoveryStoreError> DockerCleanupRun::keepRefused() {
   std::vector<CleaningHistoryItem> items;
   for (const DockerCleanupFailure& failed : plan_.refused) {

@@ -111,9 +111,15 @@ TEST_F(DockerCleanupGuardTests, recordsWhatWasRefusedBeforeAndTriesNoneOfItAgain
   mixed.refused = review->plan.refused;
   EXPECT_EQ(remove(mixed).result.successfulTargets.size(), 1U);
   EXPECT_THAT(recorded(), SizeIs(5));
+  const std::string other = container("other");
+  mixed = planOf({{Kind::containers, other}});
+  mixed.refused = review->plan.refused;
   home_.files().countOnly({FileCall::renameReplacing});
   home_.files().failAt(home_.files().calls() + 1);
-  EXPECT_FALSE(DockerCleanupGuard(services()).remove(review->plan, {})) << "nothing was tried, and nothing recorded";
+  EXPECT_FALSE(DockerCleanupGuard(services()).remove(mixed, {}));
+  EXPECT_TRUE(hasContainer(other)) << "what cannot be recorded ends the run";
+  EXPECT_THAT(recorded(), SizeIs(5));
+  engine_->ask({"rm", "--force", busy});
 }
 
 TEST_F(DockerCleanupGuardTests, removesADeadContainer) {
@@ -140,6 +146,7 @@ TEST_F(DockerCleanupGuardTests, removesNoContainerThatRanOnAfterTheReview) {
   ASSERT_TRUE(review);
   EXPECT_TRUE(review->plan.removesNothing());
   EXPECT_THAT(reasonsOf(remove(review->plan)), ElementsAre("docker.failure.protected"));
+  EXPECT_TRUE(hasContainer(busy));
 }
 
 TEST_F(DockerCleanupGuardTests, removesNothingThatCannotBeAnnounced) {

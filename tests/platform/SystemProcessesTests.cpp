@@ -12,9 +12,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <random>
 
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -146,20 +148,32 @@ TEST_F(ProcessListingTests, failsWhereThereIsNoProcess) {
 }
 
 TEST(LinuxProcessesTests, missesAProcessOnceItEnded) {
-  const SystemClock clock;
-  LinuxProcesses processes({"/proc"}, ProcessUnits::ofThisSystem(), clock);
   const pid_t child = ::fork();
-  if (child == 0)
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     for (;;) ::pause();
-  const auto isListed = [&] {
-    const auto all = processes.busiest(100'000, StopToken());
-    return all && std::ranges::find(*all, child, &SystemProcessSample::pid) != all->end();
+  }
+  // Its number goes on being listed there, as if another process had it.
+  const SystemTree tree({});
+  const std::string folder = "/proc/" + std::to_string(child);
+  ASSERT_EQ(::symlink(folder.c_str(), tree.at(std::to_string(child)).bytes.c_str()), 0);
+  const auto openFiles = [&] {
+    return std::ranges::count_if(std::filesystem::directory_iterator("/proc/self/fd"), [&](const auto& each) {
+      std::error_code error;
+      return std::filesystem::read_symlink(each.path(), error) == folder + "/stat";
+    });
   };
-  EXPECT_TRUE(isListed());
-  EXPECT_TRUE(isListed()) << "from the file that stayed open";
+  const SystemClock clock;
+  LinuxProcesses processes(tree.root(), ProcessUnits::ofThisSystem(), clock);
+  EXPECT_EQ(processes.busiest(1, StopToken())->size(), 1U);
+  EXPECT_EQ(openFiles(), 1);
+  EXPECT_EQ(processes.busiest(1, StopToken())->size(), 1U);
+  EXPECT_EQ(openFiles(), 1) << "the one that stayed open";
   ::kill(child, SIGKILL);
   ASSERT_EQ(::waitpid(child, nullptr, 0), child);
-  EXPECT_FALSE(isListed());
+  EXPECT_EQ(processes.busiest(1, StopToken()).error().code, ENODATA);
+  EXPECT_EQ(openFiles(), 0);
 }
 
 TEST(BusiestProcessesTests, agreeWithAPlainSort) {

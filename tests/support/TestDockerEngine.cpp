@@ -62,7 +62,7 @@ void TestDockerEngine::start() {
   const std::string log = folder_.at("log").bytes, host = address();
   process_ = ::fork();
   if (process_ == 0) {
-    const int output = ::open(log.c_str(), O_WRONLY | O_CREAT, 0600);
+    const int output = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     ::dup2(output, 1);
     ::dup2(output, 2);
     ::setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1);
@@ -86,6 +86,7 @@ TestDockerEngine::~TestDockerEngine() {
 }
 
 void TestDockerEngine::stop() const {
+  if (process_ <= 0) return;  // it was never started
   ::kill(process_, SIGTERM);
   ::waitpid(process_, nullptr, 0);
 }
@@ -143,9 +144,9 @@ std::string TestDockerEngine::makeDeadContainer(const std::string& image, const 
   };
   makeImmutable(true);
   EXPECT_FALSE(accepts({"container", "rm", id}));
+  makeImmutable(false);
   stop();
   start();
-  makeImmutable(false);
   return id;
 }
 

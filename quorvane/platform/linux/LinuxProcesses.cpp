@@ -23,11 +23,12 @@ namespace {
 constexpr double leastSeconds = 0.001;
 constexpr std::size_t longestStat = 1024;
 
-/// At most half of what may be open at once is left for everything else.
+/// While others take the place of all that were open before, twice as many are open: at least half of what may be is
+/// left for everything else.
 std::size_t mostFilesKeptOpen() {
   constexpr std::size_t most = 512;
   rlimit limit{};
-  return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min<std::size_t>(most, limit.rlim_cur / 2) : 0;
+  return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min<std::size_t>(most, limit.rlim_cur / 4) : 0;
 }
 
 /// The file's beginning; it is opened where it is not open, or is that of a process that ended. Empty when it cannot be
@@ -78,6 +79,7 @@ Outcome<std::vector<SystemProcessSample>, PosixError> LinuxProcesses::busiest(st
   for (const std::uint32_t place : chosen_) samples.push_back(described(folder_.number(), entries_[place], seconds));
   previousTime_ = now;
   std::swap(entries_, previous_);
+  entries_.clear();  // and the files of those that are not there any more
   std::swap(unread_, previousUnread_);
   return samples;
 }

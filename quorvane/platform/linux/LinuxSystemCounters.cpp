@@ -68,13 +68,6 @@ int allowedProcessorCount() {
   return std::max(1, CPU_COUNT_S(sizeof sets, sets.data()));
 }
 
-Outcome<double, PosixError> secondsSinceStart() {
-  timespec time{};
-  if (::clock_gettime(CLOCK_BOOTTIME, &time) != 0) return failure(lastPosixError());
-  constexpr double nanosecondsOfSecond = 1e9;
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / nanosecondsOfSecond;
-}
-
 LinuxSystemCounters::LinuxSystemCounters(SystemCountersRequest request)
     : request_(std::move(request)),
       stat_(joined(request_.root, "proc/stat")),
@@ -140,6 +133,13 @@ bool LinuxSystemCounters::isUp(KernelFile& file, std::string_view interface) {
 
 void LinuxSystemCounters::forgetInterfacesThatWent() {
   std::erase_if(known_, [&](const auto& each) { return each.second.seen != reading_; });
+}
+
+Outcome<double, PosixError> LinuxSystemCounters::uptimeSeconds() {
+  timespec time{};
+  if (::clock_gettime(CLOCK_BOOTTIME, &time) != 0) return failure(lastPosixError());
+  constexpr double nanosecondsOfSecond = 1e9;
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / nanosecondsOfSecond;
 }
 
 int LinuxSystemCounters::processorCount() {

@@ -14,14 +14,11 @@ namespace quorvane {
 
 /// How many processors the kernel lets this process run on.
 int allowedProcessorCount();
-/// By the clock that goes on while the machine sleeps.
-Outcome<double, PosixError> secondsSinceStart();
 
 /// Where the system shows its files, and what only a call of it tells.
 struct SystemCountersRequest {
   FilePath root{"/"};
   std::function<int()> allowedProcessors = allowedProcessorCount;
-  std::function<Outcome<double, PosixError>()> uptimeSeconds = secondsSinceStart;
 };
 
 /// Reads /proc, /sys/class/net and the control groups; files stay open from one call to the next. The flags of an
@@ -34,7 +31,8 @@ class LinuxSystemCounters final : public SystemCounters {
   Outcome<MemoryUse, PosixError> memory() override;
   /// An interface whose flags cannot be read counts unless it is called "lo".
   Outcome<NetworkCounters, PosixError> network() override;
-  Outcome<double, PosixError> uptimeSeconds() override { return request_.uptimeSeconds(); }
+  /// By the clock that goes on while the machine sleeps.
+  Outcome<double, PosixError> uptimeSeconds() override;
   int processorCount() override;
   void forgetKept() override;
   std::string osVersion() override { return osVersion_; }
