@@ -10,6 +10,8 @@ namespace quorvane {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
 using Kind = DockerResourceKind;
 using DockerRecheckTests = CleanedDockerEngine;
 
@@ -143,6 +145,56 @@ TEST_F(DockerRecheckTests, removesNothingThatMayBeAnotherThanWasReviewed) {
     EXPECT_THAT(reasonsOf(remove(plan)), testing::Each("docker.failure.changed")) << answer;
   }
   EXPECT_EQ(removalCount(), 0U);
+}
+
+TEST_F(DockerRecheckTests, removesNoContainerThatRanOnAfterTheReview) {
+  makeBase();
+  const std::string busy =
+      engine_->ask({"run", "--detach", "--network", "none", "--name", "ran-on", "base:1", "/program", "wait"});
+  const auto before = DockerService(*client_, home_.clock()).survey({});
+  ASSERT_TRUE(before);
+  engine_->ask({"stop", "--time", "0", "ran-on"});
+  const auto review =
+      DockerReviewer(*client_, home_.clock()).review({.named = {{Kind::containers, busy}}}, before->snapshot, {});
+  ASSERT_TRUE(review);
+  EXPECT_TRUE(review->plan.removesNothing());
+  EXPECT_THAT(reasonsOf(remove(review->plan)), ElementsAre("docker.failure.protected"));
+  EXPECT_TRUE(hasContainer(busy));
+}
+
+TEST_F(DockerRecheckTests, recordsWhatWasRefusedBeforeAndTriesNoneOfItAgain) {
+  makeBase();
+  const std::string busy =
+      engine_->ask({"run", "--detach", "--network", "none", "--name", "busy", "base:1", "/program", "wait"});
+  const auto review = DockerReviewer(*client_, home_.clock())
+                          .review({.named = {{Kind::containers, busy}, {Kind::volumes, "nowhere"}}}, std::nullopt, {});
+  ASSERT_TRUE(review && review->plan.removesNothing());
+  EXPECT_TRUE(remove(review->plan, {.isRehearsal = true}).result.historyItems.empty());
+  EXPECT_THAT(recorded(), IsEmpty());
+
+  const DockerCleanupReport report = remove(review->plan);
+  EXPECT_THAT(reasonsOf(report), ElementsAre("docker.failure.protected", "docker.failure.unknownObject"));
+  EXPECT_EQ(report.outcomes.at(0).failedCount, 1);
+  const auto entries = recorded();
+  ASSERT_THAT(entries, SizeIs(2));
+  EXPECT_EQ(entries[0].items.at(0).failureCategory, CleanupFailureCategory::protected_);
+  EXPECT_EQ(entries[1].items.at(0).originalPath.bytes, "docker://volumes/nowhere");
+  EXPECT_TRUE(failedTargets(entries).isEmpty()) << "what it does until it ends was not reviewed";
+
+  const std::string ended = container("ended");
+  DockerCleanupPlan mixed = planOf({{Kind::containers, ended}});
+  mixed.refused = review->plan.refused;
+  EXPECT_EQ(remove(mixed).result.successfulTargets.size(), 1U);
+  EXPECT_THAT(recorded(), SizeIs(5));
+  const std::string other = container("other");
+  mixed = planOf({{Kind::containers, other}});
+  mixed.refused = review->plan.refused;
+  home_.files().countOnly({FileCall::renameReplacing});
+  home_.files().failAt(home_.files().calls() + 1);
+  EXPECT_FALSE(DockerCleanupGuard(services()).remove(mixed, {}));
+  EXPECT_TRUE(hasContainer(other)) << "what cannot be recorded ends the run";
+  EXPECT_THAT(recorded(), SizeIs(5));
+  engine_->ask({"rm", "--force", busy});
 }
 
 }  // namespace
