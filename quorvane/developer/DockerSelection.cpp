@@ -99,8 +99,10 @@ class Reviewer {
       refuse(selector, {"docker.failure.engineChanged", Category::changedAfterScan});
     } else if (!seen || !present) {
       refuse(selector, {"docker.failure.unknownObject", Category::missing});
-    } else if (std::max(seen->safety, present->safety) == DockerCleanupSafety::protected_) {
+    } else if (present->safety == DockerCleanupSafety::protected_) {
       refuse(selector, {"docker.failure.protected", Category::protected_});
+    } else if (seen->safety == DockerCleanupSafety::protected_) {
+      refuse(selector, {"docker.failure.changed", Category::changedAfterScan});
     } else if (selector.resource == DockerResourceKind::containers &&
                seen->target.target.displayName != present->target.target.displayName) {
       refuse(selector, {"docker.failure.renamed", Category::changedAfterScan});

@@ -158,7 +158,7 @@ TEST_F(DockerRecheckTests, removesNoContainerThatRanOnAfterTheReview) {
       DockerReviewer(*client_, home_.clock()).review({.named = {{Kind::containers, busy}}}, before->snapshot, {});
   ASSERT_TRUE(review);
   EXPECT_TRUE(review->plan.removesNothing());
-  EXPECT_THAT(reasonsOf(remove(review->plan)), ElementsAre("docker.failure.protected"));
+  EXPECT_THAT(reasonsOf(remove(review->plan)), ElementsAre("docker.failure.changed"));
   EXPECT_TRUE(hasContainer(busy));
 }
 
