@@ -138,7 +138,7 @@ std::optional<FilePath> pathFromFileUrl(std::string_view text) {
       bytes += text[i];
     }
   }
-  if (bytes.size() > 1 && bytes.ends_with('/')) bytes.pop_back();
+  while (bytes.size() > 1 && bytes.ends_with('/')) bytes.pop_back();
   return FilePath{std::move(bytes)};
 }
 

@@ -68,7 +68,8 @@ std::string_view relativeTo(const FilePath& folder, const FilePath& path);
 /// "file://" and the path with every byte percent-encoded that a URL path does not hold as it is (RFC 3986).
 std::string fileUrlText(const FilePath& path);
 
-/// Reads a `file://` URL without host, query or fragment; nothing for other text, a relative path, or a NUL.
+/// Reads a `file://` URL without host, query or fragment, and without the slashes at its end; nothing for other text, a
+/// relative path, or a NUL.
 std::optional<FilePath> pathFromFileUrl(std::string_view text);
 
 }  // namespace quorvane
