@@ -130,7 +130,7 @@ void appendJson(std::string& out, const T& value, std::size_t level) {
     json::appendInteger(out, value);
   } else if constexpr (std::same_as<T, std::string>) {
     json::appendText(out, value);
-  } else if constexpr (std::same_as<T, FilePath>) {
+  } else if constexpr (std::derived_from<T, FilePath>) {
     json::appendPath(out, value);
   } else if constexpr (std::same_as<T, FileUrl>) {
     json::appendText(out, fileUrlText(value.path));

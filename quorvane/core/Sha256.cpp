@@ -2,13 +2,24 @@
 
 #include "quorvane/base/Assert.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 namespace quorvane {
 
+namespace {
+
+/// The library's own digest: no file of the system may put another in its place, and none has to be read at each start.
+EVP_MD* fetchedAlgorithm() {
+  OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
+  return EVP_MD_fetch(nullptr, "SHA256", nullptr);
+}
+
+}  // namespace
+
 struct Sha256::Context {
   // Fetched once: looking the algorithm up again for every digest costs more than a small digest itself.
-  EVP_MD* algorithm = EVP_MD_fetch(nullptr, "SHA256", nullptr);
+  EVP_MD* algorithm = fetchedAlgorithm();
   EVP_MD_CTX* state = EVP_MD_CTX_new();
 
   void begin() {

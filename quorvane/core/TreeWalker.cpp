@@ -43,7 +43,6 @@ class TreeWalker::Pool {
       unfinishedTrees_ = trees.size();
       state_ = &state;
     }
-    if (trees.size() > 1) changed_.notify_all();
     work(callersReader_, [this]() QV_REQUIRES(mutex_) { return unfinishedTrees_ == 0; });
     std::vector<TreeOutcome> outcomes;
     outcomes.reserve(trees.size());
@@ -119,15 +118,27 @@ class TreeWalker::Pool {
     if (!tree.isStopped() && tree.request.begins && !tree.request.begins(tree.index)) cancel();
     if (tree.isStopped()) {
       tree.fail(cancelledError());
-      endTree(tree);
+      endTree(reader, tree);
       return;
     }
     auto folder = reader.openRoot(tree);
     if (folder) {
+      callForHelp();
       goOn(reader, std::move(folder), nullptr);
     } else {
-      endTree(tree);
+      endTree(reader, tree);
     }
+  }
+
+  /// For the trees that are still to be begun. Not before one of them is a folder: what a single file takes is less than
+  /// to wake a thread.
+  void callForHelp() {
+    bool isHelpWanted = false;
+    {
+      const MutexLock lock(mutex_);
+      isHelpWanted = sleeping_ > 0 && !unbegun_.empty();
+    }
+    if (isHelpWanted) changed_.notify_all();
   }
 
   std::unique_ptr<WalkFolder> openChild(FolderReader& reader, WalkFolder& parent, std::uint32_t place) {
@@ -142,7 +153,7 @@ class TreeWalker::Pool {
     if (folder && !folder->children.empty()) offer(*folder);
     WalkFolder* const done = folder ? folder.release() : parent;
     WalkTree& tree = done->tree;
-    if (reader.finishPart(done)) endTree(tree);
+    if (reader.finishPart(done)) endTree(reader, tree);
   }
 
   void offer(WalkFolder& folder) {
@@ -160,14 +171,15 @@ class TreeWalker::Pool {
     state_->isCancelled.store(true, std::memory_order_relaxed);
   }
 
-  void endTree(WalkTree& tree) {
+  void endTree(const FolderReader& reader, WalkTree& tree) {
     if (tree.request.ends) tree.request.ends(tree.index, tree.outcome());
     bool isLast = false;
     {
       const MutexLock lock(mutex_);
       isLast = --unfinishedTrees_ == 0;
     }
-    if (isLast) changed_.notify_all();
+    const bool isCallerWaiting = &reader != &callersReader_;
+    if (isLast && isCallerWaiting) changed_.notify_all();
   }
 
   FileSystem& fileSystem_;

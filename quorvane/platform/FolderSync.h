@@ -14,8 +14,9 @@ namespace quorvane {
 /// is then little more than what one of them costs, since a journal is written once for all that wait for it.
 class FolderSync {
  public:
-  /// Begins, on threads of its own. The folders stay open until `wait` has returned.
-  FolderSync(FileSystem& fileSystem, std::vector<int> folders);
+  /// Begins, on threads of its own. The descriptors stay open until `wait` has returned; of several for one folder the
+  /// first one is used.
+  FolderSync(FileSystem& fileSystem, const std::vector<int>& folders);
   /// Waits.
   ~FolderSync();
   FolderSync(const FolderSync&) = delete;

@@ -29,10 +29,9 @@ Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLas
   }
   for (const ProvedItem& item : batch) requests.push_back(requestFor(item));
   const bool isRecording = unrecorded_.size() >= batchesRecordedTogether;
-  Conclusion before = isRecording ? conclude() : Conclusion{};
-  auto begun =
-      journal_.begin(run_.history, std::move(requests), run_.options.source, run_.date, std::move(before.change));
-  if (begun && isRecording) noteRecorded(std::move(before.receipts));
+  auto begun = journal_.begin(run_.history, std::move(requests), run_.options.source, run_.date,
+                              isRecording ? conclude() : OpenHistory::Change{});
+  if (begun && isRecording) noteRecorded();
   wait();
   if (!begun) {
     if (begun.error().fault == RecoveryStoreFault::full) {
@@ -70,13 +69,23 @@ void BatchMover::start(CleanupMoveJournal::Transaction begun, ProvedBatch batch,
     item.place = {};  // its folder is opened anew for the move
   }
   moving_ = std::make_unique<Moving>(std::move(begun), std::move(batch));
-  const auto policy = isLast ? std::launch::deferred : std::launch::async | std::launch::deferred;
-  moves_ = std::async(policy, [this, &moving = *moving_] { perform(moving); });
+  if (isLast || !canMoveMeanwhile()) return perform(*moving_);
+  thread_->perform([this, &moving = *moving_](Moves&) { perform(moving); });
+}
+
+bool BatchMover::canMoveMeanwhile() {
+  try {
+    if (!thread_) thread_.emplace();
+  } catch (const std::system_error&) {
+    // No thread is to be had: then each batch is moved before the next one is proved.
+  }
+  return thread_.has_value();
 }
 
 void BatchMover::perform(Moving& moving) {
   for (std::size_t i = 0; i < moving.batch.size() && !run_.options.stop.stopRequested(); ++i)
     (void)moving.transaction.perform(i);  // the transaction keeps what came of it
+  moving.tried.set_value();
 }
 
 std::optional<std::int64_t> BatchMover::availableBytes() {
@@ -86,7 +95,7 @@ std::optional<std::int64_t> BatchMover::availableBytes() {
 
 void BatchMover::wait() {
   if (!moving_) return;
-  moves_.get();
+  moving_->tried.get_future().wait();
   const auto& moves = moving_->transaction.moves();
   for (std::size_t i = 0; i < moves.size(); ++i) {
     const ProvedItem& item = moving_->batch[i];
@@ -110,10 +119,9 @@ Outcome<void, RecoveryStoreError> BatchMover::finish() {
   const auto after = availableBytes();
   if (report_.result.movedCount > 0 && availableBefore_ && after)
     report_.result.availableBytesDelta = *after - *availableBefore_;
-  Conclusion last = conclude(report_.result.availableBytesDelta);
-  auto written = run_.history->write(std::move(last.change));
+  auto written = run_.history->write(conclude(report_.result.availableBytesDelta));
   if (written) {
-    noteRecorded(std::move(last.receipts));
+    noteRecorded();
   } else {
     keepUnrecorded();
   }
@@ -121,23 +129,23 @@ Outcome<void, RecoveryStoreError> BatchMover::finish() {
 }
 
 /// Of all that is not recorded yet. The difference of free space goes to the first item that was moved.
-BatchMover::Conclusion BatchMover::conclude(std::optional<std::int64_t> availableBytesDelta) {
-  Conclusion all;
+OpenHistory::Change BatchMover::conclude(std::optional<std::int64_t> availableBytesDelta) {
+  OpenHistory::Change all;
   for (const auto& moved : unrecorded_) {
     const bool hasMoved =
         std::ranges::any_of(moved->transaction.moves(), &CleanupMoveJournal::Transaction::Move::isFinished);
-    Conclusion one =
+    OpenHistory::Change one =
         moved->transaction.conclude(hasMoved ? std::exchange(availableBytesDelta, std::nullopt) : std::nullopt);
-    std::ranges::move(one.change.replaced, std::back_inserter(all.change.replaced));
-    std::ranges::move(one.change.erased, std::back_inserter(all.change.erased));
-    std::ranges::move(one.change.changedFolders, std::back_inserter(all.change.changedFolders));
-    std::ranges::move(one.receipts, std::back_inserter(all.receipts));
+    std::ranges::move(one.replaced, std::back_inserter(all.replaced));
+    std::ranges::move(one.erased, std::back_inserter(all.erased));
+    std::ranges::move(one.changedFolders, std::back_inserter(all.changedFolders));
   }
   return all;
 }
 
-void BatchMover::noteRecorded(std::vector<CleaningHistoryEntry> receipts) {
-  std::ranges::move(receipts, std::back_inserter(report_.result.entries));
+void BatchMover::noteRecorded() {
+  for (const auto& moved : unrecorded_)
+    std::ranges::move(moved->transaction.takeReceipts(), std::back_inserter(report_.result.entries));
   unrecorded_.clear();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorvane/base/Serialised.h"
 #include "quorvane/core/TakenPlaces.h"
 #include "quorvane/removal/RunReport.h"
 
@@ -21,7 +22,7 @@ struct ProvedItem {
 
 using ProvedBatch = std::vector<ProvedItem>;
 
-/// Moves the batches of one run, one after the other. While the items of one are moved, on a thread of their own, the
+/// Moves the batches of one run, one after the other. While the items of one are moved, on a thread for that, the
 /// caller proves the next one and has it announced. What became of some batches is written together, with a later
 /// announcement or at the end.
 ///
@@ -59,20 +60,20 @@ class BatchMover {
   struct Moving {
     CleanupMoveJournal::Transaction transaction;
     ProvedBatch batch;
+    std::promise<void> tried;  ///< all of it
 
     Moving(CleanupMoveJournal::Transaction begun, ProvedBatch announced)
         : transaction(std::move(begun)), batch(std::move(announced)) {}
   };
 
-  using Conclusion = CleanupMoveJournal::Transaction::Conclusion;
-
   CleanupMoveJournal::Request requestFor(const ProvedItem& item);
   Uuid identifierOf(const ProvedItem& item);
   void start(CleanupMoveJournal::Transaction begun, ProvedBatch batch, bool isLast);
   void perform(Moving& moving);
+  bool canMoveMeanwhile();
   std::optional<std::int64_t> availableBytes();
-  Conclusion conclude(std::optional<std::int64_t> availableBytesDelta = std::nullopt);
-  void noteRecorded(std::vector<CleaningHistoryEntry> receipts);
+  OpenHistory::Change conclude(std::optional<std::int64_t> availableBytesDelta = std::nullopt);
+  void noteRecorded();
   void keepUnrecorded();
 
   const RemovalServices& services_;
@@ -85,7 +86,8 @@ class BatchMover {
   TakenPlaces moved_;
   std::vector<std::unique_ptr<Moving>> unrecorded_;  ///< were moved; what became of them is still to be written
   std::unique_ptr<Moving> moving_;
-  std::future<void> moves_;  ///< of `moving_`, which it works on
+  struct Moves {};
+  std::optional<Serialised<Moves>> thread_;  ///< works on `moving_`; made for the first batch that is not the last
 };
 
 }  // namespace quorvane

@@ -74,6 +74,7 @@ class CleanupMoveJournal::Transaction {
     bool isSettled = false;                   ///< what became of it is known for certain
     bool isFinished = false;                  ///< it is verified in the Trash
 
+    bool wasTried() const { return isFinished || failure; }
     /// It may be in its place or in the Trash; the next start finds out.
     bool isUncertain() const { return failure && !isSettled && isAnnounced; }
 
@@ -101,14 +102,10 @@ class CleanupMoveJournal::Transaction {
   /// The administrator mover answered. Written at once.
   Outcome<void, MoveFailure> recordExternalTerminalState(std::size_t index, AdministratorMoveTerminalState state);
 
-  /// What is to be written of the moves now, and the receipts as they are then.
-  struct Conclusion {
-    OpenHistory::Change change;  ///< to be written while the transaction lives
-    std::vector<CleaningHistoryEntry> receipts;
-  };
-
-  /// What `finish` writes, for whoever writes it together with something else.
-  Conclusion conclude(std::optional<std::int64_t> observedAvailableBytesDelta = std::nullopt);
+  /// What `finish` writes, for whoever writes it together with something else, while the transaction lives.
+  OpenHistory::Change conclude(std::optional<std::int64_t> observedAvailableBytesDelta = std::nullopt);
+  /// The receipts that `finish` returns, once they are written. The moves have none afterwards.
+  std::vector<CleaningHistoryEntry> takeReceipts();
 
   /// Brings the moves to the disk and writes all receipts in one write: finished ones, failures that are certain with
   /// their reason, and none for what was never tried. What is not certain stays as an intent. After a failure every

@@ -127,28 +127,29 @@ std::vector<int> Transaction::changedFolders() {
 
 Outcome<std::vector<CleaningHistoryEntry>, RecoveryStoreError> Transaction::finish(
     std::optional<std::int64_t> observedAvailableBytesDelta) {
-  Conclusion conclusion = conclude(observedAvailableBytesDelta);
-  if (auto written = history_->write(std::move(conclusion.change)); !written) return failure(written.error());
-  return std::move(conclusion.receipts);
+  if (auto written = history_->write(conclude(observedAvailableBytesDelta)); !written) return failure(written.error());
+  return takeReceipts();
 }
 
-Transaction::Conclusion Transaction::conclude(std::optional<std::int64_t> observedAvailableBytesDelta) {
+OpenHistory::Change Transaction::conclude(std::optional<std::int64_t> observedAvailableBytesDelta) {
   OpenHistory::Change change;
   change.changedFolders = changedFolders();
-  std::vector<CleaningHistoryEntry> receipts;
   for (Move& move : moves_) {
     if (!move.isAnnounced) continue;
-    if (!move.isFinished && !move.failure) {
-      change.erased.push_back(move.receipt.id);
-      continue;
-    }
+    if (!move.wasTried()) change.erased.push_back(move.receipt.id);
     if (!move.isFinished && move.isSettled) recordFailure(move.receipt, *move.failure, services_.texts);
     if (move.isFinished && observedAvailableBytesDelta)
       move.receipt.observedAvailableBytesDelta = std::exchange(observedAvailableBytesDelta, std::nullopt);
     if (move.isSettled) change.replaced.push_back(move.receipt);
-    receipts.push_back(move.receipt);
   }
-  return {std::move(change), std::move(receipts)};
+  return change;
+}
+
+std::vector<CleaningHistoryEntry> Transaction::takeReceipts() {
+  std::vector<CleaningHistoryEntry> receipts;
+  for (Move& move : moves_)
+    if (move.isAnnounced && move.wasTried()) receipts.push_back(std::move(move.receipt));
+  return receipts;
 }
 
 Outcome<void, MoveFailure> Transaction::markExternalMoveRequested(std::size_t index) {

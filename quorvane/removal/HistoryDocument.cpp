@@ -5,6 +5,7 @@
 #include "quorvane/removal/HistoryJson.h"
 
 #include <algorithm>
+#include <iterator>
 #include <ranges>
 
 namespace quorvane {
@@ -15,7 +16,9 @@ constexpr std::string_view opening = "[\n  ", separator = ",\n  ", closing = "\n
 
 /// The text of an entry as it stands in the array, one level in and with another behind it.
 std::string encoded(const CleaningHistoryEntry& entry) {
+  constexpr std::size_t usualLength = 1500;
   std::string text;
+  text.reserve(usualLength);
   appendJson(text, entry, 1);
   return text += separator;
 }
@@ -110,7 +113,9 @@ Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view tex
     auto entry = recordFromText<CleaningHistoryEntry>(*element);
     const std::string place = std::to_string(document.entries_.size());
     if (!entry) return failure(json::below(place, entry.error()));
-    if (!document.takeIdentifiers(*entry)) return failure(JsonError{JsonFault::malformed, place});
+    const auto serial = static_cast<std::int64_t>(document.entries_.size());
+    if (!document.takeIdentifiers(*entry, serial)) return failure(JsonError{JsonFault::malformed, place});
+    document.serials_.push_back(serial);
     document.entries_.push_back(*std::move(entry));
     std::string& kept = document.texts_.emplace_back();
     kept.reserve(element->size() + separator.size());
@@ -121,49 +126,47 @@ Outcome<HistoryDocument, JsonError> HistoryDocument::decode(std::string_view tex
 }
 
 /// Whether no identifier of the entry names anything else; only a receipt and its item share one.
-bool HistoryDocument::takeIdentifiers(const CleaningHistoryEntry& entry) {
+bool HistoryDocument::takeIdentifiers(const CleaningHistoryEntry& entry, std::int64_t serial) {
   const bool isItsOwn = entry.items.size() == 1 && entry.items.front().id == entry.id;
-  if (!identifiers_.insert(entry.id).second) return false;
+  if (!serialOf_.emplace(entry.id, serial).second) return false;
   return isItsOwn || std::ranges::all_of(entry.items, [&](const CleaningHistoryItem& item) {
-           return identifiers_.insert(item.id).second;
+           return serialOf_.emplace(item.id, serial).second;
          });
 }
 
 const CleaningHistoryEntry* HistoryDocument::find(const Uuid& entryOrItem) const {
-  if (!knows(entryOrItem)) return nullptr;
-  const auto found = std::ranges::find_if(entries_, [&](const CleaningHistoryEntry& entry) {
-    return entry.id == entryOrItem ||
-           std::ranges::find(entry.items, entryOrItem, &CleaningHistoryItem::id) != entry.items.end();
-  });
-  return found == entries_.end() ? nullptr : &*found;
+  return knows(entryOrItem) ? &entries_[placeOf(entryOrItem)] : nullptr;
 }
 
 void HistoryDocument::insertFront(std::vector<CleaningHistoryEntry> entries) {
   for (CleaningHistoryEntry& entry : std::views::reverse(entries)) {
-    takeIdentifiers(entry);
+    serials_.push_front(serials_.empty() ? 0 : serials_.front() - 1);
+    takeIdentifiers(entry, serials_.front());
     texts_.push_front(encoded(entry));
     entries_.push_front(std::move(entry));
   }
 }
 
-void HistoryDocument::replace(const CleaningHistoryEntry& entry) {
+void HistoryDocument::replace(CleaningHistoryEntry entry) {
   const std::size_t place = placeOf(entry.id);  // an entry keeps its items, and so their identifiers
   texts_[place] = encoded(entry);
-  entries_[place] = entry;
+  entries_[place] = std::move(entry);
 }
 
 void HistoryDocument::erase(const Uuid& entry) {
-  const auto place = static_cast<std::ptrdiff_t>(placeOf(entry));
-  for (const CleaningHistoryItem& item : entries_[placeOf(entry)].items) identifiers_.erase(item.id);
-  identifiers_.erase(entry);
-  texts_.erase(texts_.begin() + place);
-  entries_.erase(entries_.begin() + place);
+  const std::size_t place = placeOf(entry);
+  for (const CleaningHistoryItem& item : entries_[place].items) serialOf_.erase(item.id);
+  serialOf_.erase(entry);
+  const auto offset = static_cast<std::ptrdiff_t>(place);
+  serials_.erase(serials_.begin() + offset);
+  texts_.erase(texts_.begin() + offset);
+  entries_.erase(entries_.begin() + offset);
 }
 
-std::size_t HistoryDocument::placeOf(const Uuid& entry) const {
-  const auto found = std::ranges::find(entries_, entry, &CleaningHistoryEntry::id);
-  require(found != entries_.end(), "an entry that is changed is in the history");
-  return static_cast<std::size_t>(found - entries_.begin());
+std::size_t HistoryDocument::placeOf(const Uuid& entryOrItem) const {
+  const auto serial = serialOf_.find(entryOrItem);
+  require(serial != serialOf_.end(), "an entry that is changed is in the history");
+  return static_cast<std::size_t>(std::ranges::lower_bound(serials_, serial->second) - serials_.begin());
 }
 
 std::vector<std::string_view> HistoryDocument::pieces() const {

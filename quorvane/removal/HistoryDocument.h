@@ -3,10 +3,11 @@
 #include "quorvane/removal/CleaningHistory.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace quorvane {
@@ -21,14 +22,17 @@ class HistoryDocument {
 
   /// Newest first.
   const std::deque<CleaningHistoryEntry>& entries() const { return entries_; }
+
+  // None of these searches the history, however long it is.
+
   /// The entry with this identifier, or the one that holds an item with it.
   const CleaningHistoryEntry* find(const Uuid& entryOrItem) const;
+  /// Whether an entry or an item has this identifier.
+  bool knows(const Uuid& entryOrItem) const { return serialOf_.contains(entryOrItem); }
 
   void insertFront(std::vector<CleaningHistoryEntry> entries);
-  /// Whether an entry or an item has this identifier; takes the same short time however long the history is.
-  bool knows(const Uuid& entryOrItem) const { return identifiers_.contains(entryOrItem); }
   /// Puts an entry in the place of the one with its identifier, which the history holds.
-  void replace(const CleaningHistoryEntry& entry);
+  void replace(CleaningHistoryEntry entry);
   /// Takes out an entry that the history holds.
   void erase(const Uuid& entry);
 
@@ -36,12 +40,15 @@ class HistoryDocument {
   std::vector<std::string_view> pieces() const;
 
  private:
-  std::size_t placeOf(const Uuid& entry) const;
-  bool takeIdentifiers(const CleaningHistoryEntry& entry);
+  std::size_t placeOf(const Uuid& entryOrItem) const;
+  bool takeIdentifiers(const CleaningHistoryEntry& entry, std::int64_t serial);
 
+  // One of each for an entry, in the order of the entries.
   std::deque<CleaningHistoryEntry> entries_;
-  std::deque<std::string> texts_;         ///< one for each entry, with what stands between it and the next one
-  std::unordered_set<Uuid> identifiers_;  ///< of all entries and items
+  std::deque<std::string> texts_;     ///< with what stands between it and the next one
+  std::deque<std::int64_t> serials_;  ///< ascending; an entry keeps its own while others come and go
+
+  std::unordered_map<Uuid, std::int64_t> serialOf_;  ///< by the identifiers of all entries and items
 };
 
 }  // namespace quorvane

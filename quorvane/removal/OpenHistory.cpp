@@ -58,7 +58,7 @@ Outcome<void, RecoveryStoreError> OpenHistory::check(const Change& change) {
 Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
   // First of all, since a folder that cannot be brought to the disk tells so only once: to whoever writes the change.
   if (auto applicable = check(change); !applicable) return applicable;
-  FolderSync folders(fileSystem_, std::move(change.changedFolders));
+  FolderSync folders(fileSystem_, change.changedFolders);
   const auto foldersAreDurable = [&] { return folders.wait(); };
   if (change.isEmpty()) {
     if (const auto done = folders.wait(); !done)
@@ -67,7 +67,7 @@ Outcome<void, RecoveryStoreError> OpenHistory::write(Change change) {
   }
   HistoryDocument& document = cache_.document;
   for (const Uuid& entry : change.erased) document.erase(entry);
-  for (const CleaningHistoryEntry& entry : change.replaced) document.replace(entry);
+  for (CleaningHistoryEntry& entry : change.replaced) document.replace(std::move(entry));
   document.insertFront(std::move(change.inserted));
   const auto written = journal_.write(document.pieces(), foldersAreDurable);
   cache_.file = written ? journal_.status() : std::nullopt;

@@ -1,6 +1,8 @@
 #include "quorvane/platform/FolderSync.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -10,10 +12,22 @@ namespace {
 
 constexpr std::size_t mostThreads = 4;
 
+/// One descriptor for each folder, the first: it was opened first, and is told of every write that failed since.
+std::vector<int> withoutRepeated(FileSystem& fileSystem, const std::vector<int>& folders) {
+  std::vector<int> kept;
+  std::set<std::pair<std::int32_t, std::uint64_t>> known;
+  for (const int folder : folders) {
+    const auto status = fileSystem.status(folder);
+    const bool isKnown = status && !known.emplace(status->device, status->inode).second;
+    if (!isKnown) kept.push_back(folder);
+  }
+  return kept;
+}
+
 }  // namespace
 
-FolderSync::FolderSync(FileSystem& fileSystem, std::vector<int> folders)
-    : fileSystem_(fileSystem), folders_(std::move(folders)) {
+FolderSync::FolderSync(FileSystem& fileSystem, const std::vector<int>& folders)
+    : fileSystem_(fileSystem), folders_(withoutRepeated(fileSystem, folders)) {
   try {
     while (threads_.size() < std::min(folders_.size(), mostThreads)) threads_.emplace_back([this] { work(); });
   } catch (const std::system_error&) {

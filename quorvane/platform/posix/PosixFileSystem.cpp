@@ -154,7 +154,7 @@ Outcome<FileDescriptor, PosixError> PosixFileSystem::createFile(int folder, cons
 }
 
 Outcome<std::size_t, PosixError> PosixFileSystem::write(int file, std::span<const std::string_view> pieces) {
-  std::array<iovec, mostPieces> vectors{};
+  std::array<iovec, mostPieces> vectors;  // 16 KB, of which most calls fill one line
   const std::size_t used = std::min(pieces.size(), mostPieces);
   for (std::size_t i = 0; i < used; ++i)
     vectors[i] = {const_cast<char*>(pieces[i].data()), pieces[i].size()};  // the call only reads
