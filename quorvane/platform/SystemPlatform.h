@@ -42,4 +42,8 @@ std::string_view systemName();
 /// Lets this process hold as many descriptors at once as the system permits; children are started with the old limit.
 void raiseDescriptorLimit();
 
+/// Keeps freed memory for what is needed next, in one pool for all threads, as suits a process that works for moments
+/// and ends. To be called before there are threads.
+void keepFreedMemory();
+
 }  // namespace quorvane

@@ -11,7 +11,7 @@ namespace {
 
 /// What is moved has to be on the disk before it is recorded, and bringing a folder to the disk costs the same however
 /// much was moved. Until then the items stand as announced.
-constexpr std::size_t batchesRecordedTogether = 4;
+constexpr std::size_t batchesRecordedTogether = 8;
 
 RemovalRefusal uncertainRefusal() { return {"cleanup.failure.uncertain", CleanupFailureCategory::other}; }
 

@@ -1,4 +1,5 @@
 #include "quorvane/app/cli/CommandLine.h"
+#include "quorvane/platform/SystemPlatform.h"
 
 #include <array>
 #include <climits>
@@ -39,6 +40,7 @@ std::optional<FilePath> workingFolder() {
 
 int main(int count, char** values, char** environment) {
   keepStandardChannelsTaken();
+  keepFreedMemory();
   ::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is seen where it is written to
   DescriptorInput input(STDIN_FILENO);
   DescriptorChannel output(STDOUT_FILENO), errors(STDERR_FILENO);
