@@ -62,7 +62,7 @@ class Beginning {
 
  private:
   std::optional<MoveFailure> prepareAt(Move& move, const ItemPlace& place) {
-    const auto status = services_.fileSystem.status(place.folder.number(), place.name.c_str());
+    const auto status = services_.fileSystem.status(place.folder->number(), place.name.c_str());
     if (!status) return status.error();
     move.identity = identityOf(*status);
     if (!isUnchanged(move.proven, *status)) return FileProtectionError::changed;
@@ -79,7 +79,7 @@ class Beginning {
   std::optional<MoveFailure> chooseTrash(Move& move, const ItemPlace& place) {
     const FilePath folderPath = parentOf(move.item().originalPath);
     if (!trash_ || folderPath != lastFolder_) {
-      const auto folder = services_.fileSystem.status(place.folder.number());
+      const auto folder = services_.fileSystem.status(place.folder->number());
       if (!folder) return folder.error();
       if (!trash_ || mount_ != folder->mount || device_ != folder->device)
         if (auto failed = openTrash(move.item().originalPath, *folder)) return failed;

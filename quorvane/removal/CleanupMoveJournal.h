@@ -122,14 +122,14 @@ class CleanupMoveJournal::Transaction {
   std::optional<MoveFailure> whyNotMoved(const Move& move, int trash, const std::string& leaf,
                                          const ItemPlace& before) const;
   bool putBack(Move& move, const ItemPlace& place);
-  void noteEmptied(const FilePath& path, FileDescriptor folder);
+  void noteEmptied(const FilePath& path, std::shared_ptr<const FileDescriptor> folder);
   std::vector<int> changedFolders();
   Outcome<void, MoveFailure> change(std::size_t index, const std::function<bool(CleaningHistoryItem&)>& apply);
 
   const MoveServices& services_;
   std::shared_ptr<OpenHistory> history_;
   std::vector<Move> moves_;
-  std::map<FilePath, FileDescriptor> emptiedFolders_;  ///< that items left, to be brought to the disk
+  std::map<FilePath, std::shared_ptr<const FileDescriptor>> emptiedFolders_;  ///< to be brought to the disk
 };
 
 }  // namespace quorvane

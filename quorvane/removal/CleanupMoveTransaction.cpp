@@ -36,7 +36,7 @@ Outcome<ItemPlace, MoveFailure> Transaction::verifySource(std::size_t index) {
   const Move& move = moves_[index];
   auto place = placeOf(services_.fileSystem, move.item().originalPath);
   if (!place) return failure(MoveFailure(place.error()));
-  const auto status = services_.fileSystem.status(place->folder.number(), place->name.c_str());
+  const auto status = services_.fileSystem.status(place->folder->number(), place->name.c_str());
   if (!status) return failure(MoveFailure(status.error()));
   if (!isUnchanged(move.proven, *status)) return failure(MoveFailure(FileProtectionError::changed));
   return *std::move(place);
@@ -47,7 +47,7 @@ std::optional<MoveFailure> Transaction::perform(std::size_t index) {
   if (move.failure) return move.failure;
   auto place = verifySource(index);
   if (!place) return failed(move, place.error(), true);
-  const auto leaf = move.trash->receive(place->folder.number(), place->name, noteOf(move));
+  const auto leaf = move.trash->receive(place->folder->number(), place->name, noteOf(move));
   if (!leaf) {
     const auto left = identityAt(services_.fileSystem, *place);
     return failed(move, leaf.error(), left && *left == move.identity);
@@ -71,13 +71,13 @@ MoveFailure Transaction::failed(Move& move, MoveFailure failure, bool isSettled)
 /// What was moved turned out not to be what was announced: somebody exchanged it at the last moment.
 bool Transaction::putBack(Move& move, const ItemPlace& place) {
   const auto back = services_.fileSystem.renameExclusive(move.trash->descriptor(), move.leaf.c_str(),
-                                                         place.folder.number(), place.name.c_str());
+                                                         place.folder->number(), place.name.c_str());
   if (!back) return false;
   (void)move.trash->forget(move.leaf);  // a note without an item misleads nobody into removing anything
   return true;
 }
 
-void Transaction::noteEmptied(const FilePath& path, FileDescriptor folder) {
+void Transaction::noteEmptied(const FilePath& path, std::shared_ptr<const FileDescriptor> folder) {
   emptiedFolders_.try_emplace(parentOf(path), std::move(folder));
 }
 
@@ -89,7 +89,7 @@ Outcome<CleaningHistoryItem, MoveFailure> Transaction::complete(std::size_t inde
   if (!inTrash) return failure(MoveFailure(inTrash.error()));
   const auto before = placeOf(services_.fileSystem, move.item().originalPath);
   if (!before) return failure(MoveFailure(before.error()));
-  if (auto failed = whyNotMoved(move, inTrash->folder.number(), inTrash->name, *before))
+  if (auto failed = whyNotMoved(move, inTrash->folder->number(), inTrash->name, *before))
     return failure(*std::move(failed));
   recordSuccess(move.receipt, trashed, move.identity);
   move.isFinished = move.isSettled = true;
@@ -121,7 +121,7 @@ std::vector<int> Transaction::changedFolders() {
     if (!folders.empty()) trash->tellSizes(folders);
     std::ranges::copy(trash->changedFolders(), std::back_inserter(changed));
   }
-  for (const auto& [path, folder] : emptiedFolders_) changed.push_back(folder.number());
+  for (const auto& [path, folder] : emptiedFolders_) changed.push_back(folder->number());
   return changed;
 }
 

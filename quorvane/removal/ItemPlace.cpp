@@ -6,15 +6,24 @@
 namespace quorvane {
 
 Outcome<ItemPlace, PosixError> placeOf(FileSystem& fileSystem, const FilePath& path) {
+  return ItemPlaces(fileSystem).at(path);
+}
+
+Outcome<ItemPlace, PosixError> ItemPlaces::at(const FilePath& path) {
   const bool canHaveFolder = isAbsolute(path.bytes) && path == standardised(path) && path.bytes != "/";
   if (!canHaveFolder) return failure(PosixError{EINVAL});
-  auto folder = fileSystem.openRealFolder(parentOf(path));
-  if (!folder) return failure(folder.error());
-  return ItemPlace{*std::move(folder), std::string(leafOf(path))};
+  FilePath folderPath = parentOf(path);
+  if (!folder_ || folderPath != folderPath_) {
+    auto folder = fileSystem_.openRealFolder(folderPath);
+    if (!folder) return failure(folder.error());
+    folder_ = std::make_shared<const FileDescriptor>(*std::move(folder));
+    folderPath_ = std::move(folderPath);
+  }
+  return ItemPlace{folder_, std::string(leafOf(path))};
 }
 
 Outcome<FileIdentity, PosixError> identityAt(FileSystem& fileSystem, const ItemPlace& place) {
-  const auto status = fileSystem.status(place.folder.number(), place.name.c_str());
+  const auto status = fileSystem.status(place.folder->number(), place.name.c_str());
   if (!status) return failure(status.error());
   return identityOf(*status);
 }

@@ -3,13 +3,14 @@
 #include "quorvane/core/FileIdentity.h"
 #include "quorvane/platform/FileSystem.h"
 
+#include <memory>
 #include <string>
 
 namespace quorvane {
 
 /// Where an item stands: an open folder and a name in it.
 struct ItemPlace {
-  FileDescriptor folder;
+  std::shared_ptr<const FileDescriptor> folder;
   std::string name;
 };
 
@@ -17,6 +18,21 @@ struct ItemPlace {
 /// at this moment, provided no link is on the way. EINVAL for a path that is not absolute and standardised, and for
 /// "/".
 Outcome<ItemPlace, PosixError> placeOf(FileSystem& fileSystem, const FilePath& path);
+
+/// The places of paths that are looked at together: of those that follow each other in one folder, the folder is opened
+/// for the first.
+class ItemPlaces {
+ public:
+  explicit ItemPlaces(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
+
+  /// As `placeOf`, though the folder may be what the path of it meant a moment ago.
+  Outcome<ItemPlace, PosixError> at(const FilePath& path);
+
+ private:
+  FileSystem& fileSystem_;
+  FilePath folderPath_;
+  std::shared_ptr<const FileDescriptor> folder_;
+};
 
 /// What stands at a place.
 Outcome<FileIdentity, PosixError> identityAt(FileSystem& fileSystem, const ItemPlace& place);

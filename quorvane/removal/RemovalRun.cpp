@@ -62,11 +62,12 @@ Outcome<void, RecoveryStoreError> RemovalRun::move() {
 /// or around it, is looked at once that one is gone.
 ProvedBatch RemovalRun::nextBatch() {
   taken_ = {};
+  ItemPlaces places(services_.moves.fileSystem);
   ProvedBatch batch;
   std::int64_t bytes = 0;
   for (; next_ < task_.requests.size() && !endsBatch(batch, bytes) && !report_.isStopped(); ++next_) {
     if (mover_.isMoving(reviewedPlace(next_))) break;
-    auto item = admitted(next_);
+    auto item = admitted(next_, places);
     if (item && !taken_.take(item->canonicalPath)) break;
     if (!item) {
       report_.refuse(next_, std::move(item.error()));
@@ -84,7 +85,7 @@ bool RemovalRun::endsBatch(const ProvedBatch& batch, std::int64_t bytes) const {
   return batch.size() == CleanupMoveJournal::mostMoves || bytes >= mostBytesOfBatch;
 }
 
-Outcome<ProvedItem, RemovalRefusal> RemovalRun::admitted(std::size_t index) {
+Outcome<ProvedItem, RemovalRefusal> RemovalRun::admitted(std::size_t index, ItemPlaces& places) {
   const RemovalRequest& request = task_.requests[index];
   if (wentWithAnother(reviewedPlace(index)))
     return failure(RemovalRefusal{"cleanup.failure.inside", CleanupFailureCategory::missing});
@@ -94,7 +95,7 @@ Outcome<ProvedItem, RemovalRefusal> RemovalRun::admitted(std::size_t index) {
   if (!canonicalPath) return failure(std::move(canonicalPath.error()));
   const bool isElsewhere = request.snapshot && request.snapshot->canonicalPath != *canonicalPath;
   if (isElsewhere || identifiers_.contains(request.id)) return failure(refusalOf(FileProtectionError::changed));
-  auto place = placeOf(services_.moves.fileSystem, *canonicalPath);
+  auto place = places.at(*canonicalPath);
   if (!place) return failure(refusalOfPath(place.error()));
   if (task_.options.isRehearsal)
     if (auto refusal = refusalOfRehearsed(*canonicalPath)) return failure(*std::move(refusal));
@@ -121,7 +122,7 @@ std::optional<RemovalRefusal> RemovalRun::refusalOfRehearsed(const FilePath& can
 /// Leaves in the batch what is unchanged, not in use, and passes the caller's check.
 void RemovalRun::prove(ProvedBatch& batch) {
   std::vector<TreeRoot> roots;
-  for (const ProvedItem& item : batch) roots.push_back({item.place.folder.number(), item.place.name});
+  for (const ProvedItem& item : batch) roots.push_back({item.place.folder->number(), item.place.name});
   WalkRequest request;
   request.watchedNames = task_.checks.watchedNames;
   request.stop = task_.options.stop;

@@ -35,7 +35,7 @@ class RemovalRun {
  private:
   ProvedBatch nextBatch();
   bool endsBatch(const ProvedBatch& batch, std::int64_t bytes) const;
-  Outcome<ProvedItem, RemovalRefusal> admitted(std::size_t index);
+  Outcome<ProvedItem, RemovalRefusal> admitted(std::size_t index, ItemPlaces& places);
   const FilePath& reviewedPlace(std::size_t index) const;
   bool wentWithAnother(const FilePath& place) const;
   std::optional<RemovalRefusal> refusalOfRehearsed(const FilePath& canonicalPath);

@@ -11,7 +11,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::size_t pathsAtOnce = 64;  // each keeps its folder open
+constexpr std::size_t pathsAtOnce = 64;  // each may keep a folder of its own open
 
 }  // namespace
 
@@ -60,11 +60,12 @@ std::vector<ReviewOutcome> Remover::review(const std::vector<FilePath>& paths, c
 std::vector<ReviewOutcome> Remover::reviewTogether(RemovalGuard& guard, std::span<const FilePath> paths,
                                                    const StopToken& stop) {
   std::vector<ReviewOutcome> reviewed;
-  std::vector<ItemPlace> places;
+  ItemPlaces places(services_.moves.fileSystem);
+  std::vector<ItemPlace> opened;
   std::vector<TreeRoot> roots;
   for (const FilePath& path : paths) {
-    auto request = admitted(guard, path, places);
-    if (request) roots.push_back({places.back().folder.number(), places.back().name});
+    auto request = admitted(guard, path, places, opened);
+    if (request) roots.push_back({opened.back().folder->number(), opened.back().name});
     reviewed.push_back(std::move(request));
   }
   WalkRequest walk;
@@ -78,12 +79,13 @@ std::vector<ReviewOutcome> Remover::reviewTogether(RemovalGuard& guard, std::spa
 }
 
 /// The request without its measurement; its place is added to the open ones.
-ReviewOutcome Remover::admitted(RemovalGuard& guard, const FilePath& path, std::vector<ItemPlace>& places) {
+ReviewOutcome Remover::admitted(RemovalGuard& guard, const FilePath& path, ItemPlaces& places,
+                                std::vector<ItemPlace>& opened) {
   const auto canonicalPath = guard.admitted(path);
   if (!canonicalPath) return failure(canonicalPath.error());
-  auto place = placeOf(services_.moves.fileSystem, *canonicalPath);
+  auto place = places.at(*canonicalPath);
   if (!place) return failure(refusalOfPath(place.error()));
-  places.push_back(*std::move(place));
+  opened.push_back(*std::move(place));
   return RemovalRequest{.id = services_.random.uuid(),
                         .name = withReplacedInvalidUtf8(leafOf(path)),
                         .path = path,

@@ -124,7 +124,7 @@ class Remover {
  private:
   std::vector<ReviewOutcome> reviewTogether(RemovalGuard& guard, std::span<const FilePath> paths,
                                             const StopToken& stop);
-  ReviewOutcome admitted(RemovalGuard& guard, const FilePath& path, std::vector<ItemPlace>& places);
+  ReviewOutcome admitted(RemovalGuard& guard, const FilePath& path, ItemPlaces& places, std::vector<ItemPlace>& opened);
   static ReviewOutcome measured(RemovalGuard& guard, RemovalRequest request, const TreeOutcome& tree);
 
   RemovalServices services_;

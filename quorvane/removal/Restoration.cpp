@@ -134,7 +134,7 @@ std::optional<RecoveryFailure> Restoration::chooseDestination(const CleaningHist
   const FilePath folder = parentOf(item.originalPath);
   for (int attempt = 1; attempt <= mostNamesTried; ++attempt) {
     planned.destination = joined(folder, name);
-    const auto taken = services_.fileSystem.status(place->folder.number(), name.c_str());
+    const auto taken = services_.fileSystem.status(place->folder->number(), name.c_str());
     if (!taken && !taken.error().isMissing()) return failureOf(taken.error());
     if (!taken && destinations_.insert(planned.destination).second) return std::nullopt;
     if (options_.onConflict == RestoreConflictPolicy::skip) break;
@@ -163,7 +163,7 @@ std::optional<RecoveryFailure> Restoration::move(Return& planned) {
   if (!place) return parentFailure(place.error());
   if (const auto failed = checkInTrash(planned)) return failed;
   const auto moved = services_.fileSystem.renameExclusive(planned.trash.folder->descriptor(), planned.leaf.c_str(),
-                                                          place->folder.number(), place->name.c_str());
+                                                          place->folder->number(), place->name.c_str());
   if (!moved) {
     planned.isUncertain = checkInTrash(planned).has_value();
     return failureOf(moved.error());
@@ -176,7 +176,7 @@ std::optional<RecoveryFailure> Restoration::verify(Return& planned, ItemPlace& p
   if (!restored || !isSameObject(planned.identity, *restored, planned.trash.volume)) {
     // It was exchanged at the last moment: what was moved instead goes back to where it was.
     planned.isUncertain = !services_.fileSystem.renameExclusive(
-        place.folder.number(), place.name.c_str(), planned.trash.folder->descriptor(), planned.leaf.c_str());
+        place.folder->number(), place.name.c_str(), planned.trash.folder->descriptor(), planned.leaf.c_str());
     return RecoveryFailure::changed;
   }
   (void)planned.trash.folder->forget(planned.leaf);  // the item is back whatever becomes of its note
@@ -191,7 +191,7 @@ std::vector<int> Restoration::changedFolders(const std::vector<Return>& batch) {
     if (each.isDone) emptied.insert(each.trash.folder.get());
   std::vector<int> changed;
   changed.reserve(filledFolders_.size() + emptied.size());
-  for (const auto& [path, folder] : filledFolders_) changed.push_back(folder.number());
+  for (const auto& [path, folder] : filledFolders_) changed.push_back(folder->number());
   for (TrashFolder* trash : emptied) {
     trash->tellSizes({});
     std::ranges::copy(trash->changedFolders(), std::back_inserter(changed));

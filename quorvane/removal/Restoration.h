@@ -61,8 +61,8 @@ class Restoration {
   OpenHistory& history_;
   const RestoreOptions& options_;
   TrashLookup lookup_;
-  std::map<FilePath, FileDescriptor> filledFolders_;  ///< that items came back to, to be brought to the disk
-  std::set<FilePath> destinations_;                   ///< chosen in this batch
+  std::map<FilePath, std::shared_ptr<const FileDescriptor>> filledFolders_;  ///< to be brought to the disk
+  std::set<FilePath> destinations_;                                          ///< chosen in this batch
   bool hasMoved_ = false;
   std::int64_t restoredCount_ = 0;
   std::int64_t failedCount_ = 0;

@@ -22,7 +22,7 @@ RemovalRequest CleaningHome::request(std::string_view relative) {
   RemovalRequest request{.id = random.uuid(), .name = std::string(leafOf(path)), .path = path, .snapshot = {}};
   const auto place = placeOf(*realFileSystem, path);
   if (!place) return request;
-  const auto outcomes = walker.measure({{place->folder.number(), place->name}}, {});
+  const auto outcomes = walker.measure({{place->folder->number(), place->name}}, {});
   if (!outcomes.front()) return request;
   request.size = outcomes.front()->allocatedBytes;
   request.snapshot = snapshotOf(*outcomes.front(), path);

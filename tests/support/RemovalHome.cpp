@@ -36,7 +36,7 @@ CleanupMoveJournal::Request RemovalHome::request(std::string_view relative) {
   request.item.originalPath = at(relative);
   request.item.size = 4096;
   if (const auto place = placeOf(*real_, request.item.originalPath))
-    if (const auto status = real_->status(place->folder.number(), place->name.c_str())) request.proven = *status;
+    if (const auto status = real_->status(place->folder->number(), place->name.c_str())) request.proven = *status;
   return request;
 }
 
