@@ -128,7 +128,6 @@ std::unique_ptr<WalkFolder> FolderReader::openRoot(WalkTree& tree) {
   auto folder = std::make_unique<WalkFolder>(tree, nullptr, 0);
   folder->descriptor = *std::move(descriptor);
   folder->status = *opened;
-  read(*folder);
   return folder;
 }
 

@@ -100,8 +100,11 @@ class FolderReader {
  public:
   explicit FolderReader(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
 
-  /// Begins a tree. The folder to go on with; nothing when the tree is already finished.
+  /// Begins a tree. The folder to read and go on with; nothing when the tree is already finished.
   std::unique_ptr<WalkFolder> openRoot(WalkTree& tree);
+
+  /// Reads what is in a folder that was opened as a root.
+  void read(WalkFolder& folder);
 
   /// Opens and reads one subfolder; nothing when it cannot be entered, which the tree then knows.
   std::unique_ptr<WalkFolder> openChild(WalkFolder& parent, std::uint32_t place);
@@ -111,7 +114,6 @@ class FolderReader {
   bool finishPart(WalkFolder* folder);
 
  private:
-  void read(WalkFolder& folder);
   void account(WalkFolder& folder);
   void keepChildren(WalkFolder& folder);
   bool isElsewhere(const WalkTree& tree, const FileStatus& status) const;

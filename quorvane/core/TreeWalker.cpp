@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <deque>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 namespace quorvane {
@@ -67,11 +68,15 @@ class TreeWalker::Pool {
   void startThreads() {
     if (!threads_.empty()) return;
     const unsigned count = std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads);
-    for (unsigned i = 1; i < count; ++i) {
-      threads_.emplace_back([this] {
-        FolderReader reader(fileSystem_);
-        work(reader, [this]() QV_REQUIRES(mutex_) { return closing_; });
-      });
+    try {
+      for (unsigned i = 1; i < count; ++i) {
+        threads_.emplace_back([this] {
+          FolderReader reader(fileSystem_);
+          work(reader, [this]() QV_REQUIRES(mutex_) { return closing_; });
+        });
+      }
+    } catch (const std::system_error&) {
+      // No more threads are to be had: those there are do the work, the caller among them.
     }
   }
 
@@ -124,14 +129,15 @@ class TreeWalker::Pool {
     auto folder = reader.openRoot(tree);
     if (folder) {
       callForHelp();
+      reader.read(*folder);
       goOn(reader, std::move(folder), nullptr);
     } else {
       endTree(reader, tree);
     }
   }
 
-  /// For the trees that are still to be begun. Not before one of them is a folder: what a single file takes is less than
-  /// to wake a thread.
+  /// For the trees that are still to be begun. Not before one of them is a folder: what a single file takes is less
+  /// than to wake a thread.
   void callForHelp() {
     bool isHelpWanted = false;
     {

@@ -15,7 +15,7 @@ namespace quorvane {
 class FolderSync {
  public:
   /// Begins, on threads of its own. The descriptors stay open until `wait` has returned; of several for one folder the
-  /// first one is used.
+  /// first one is used, which has to be the one that was opened first.
   FolderSync(FileSystem& fileSystem, const std::vector<int>& folders);
   /// Waits.
   ~FolderSync();

@@ -12,6 +12,7 @@ namespace {
 /// What is moved has to be on the disk before it is recorded, and bringing a folder to the disk costs the same however
 /// much was moved. Until then the items stand as announced.
 constexpr std::size_t batchesRecordedTogether = 8;
+constexpr std::size_t mostOpenFolders = 256;
 
 RemovalRefusal uncertainRefusal() { return {"cleanup.failure.uncertain", CleanupFailureCategory::other}; }
 
@@ -28,7 +29,7 @@ Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLas
     availableBefore_ = availableBytes();
   }
   for (const ProvedItem& item : batch) requests.push_back(requestFor(item));
-  const bool isRecording = unrecorded_.size() >= batchesRecordedTogether;
+  const bool isRecording = unrecorded_.size() >= batchesRecordedTogether || openFolderCount() >= mostOpenFolders;
   auto begun = journal_.begin(run_.history, std::move(requests), run_.options.source, run_.date,
                               isRecording ? conclude() : OpenHistory::Change{});
   if (begun && isRecording) noteRecorded();
@@ -44,6 +45,12 @@ Outcome<void, RecoveryStoreError> BatchMover::move(ProvedBatch batch, bool isLas
   }
   start(*std::move(begun), std::move(batch), isLast);
   return {};
+}
+
+std::size_t BatchMover::openFolderCount() const {
+  std::size_t count = 0;
+  for (const auto& moved : unrecorded_) count += moved->transaction.openFolderCount();
+  return count;
 }
 
 CleanupMoveJournal::Request BatchMover::requestFor(const ProvedItem& proved) {
@@ -155,7 +162,7 @@ void BatchMover::keepUnrecorded() {
   for (const auto& moved : unrecorded_) {
     for (std::size_t i = 0; i < moved->batch.size(); ++i) {
       const CleanupMoveJournal::Transaction::Move& move = moved->transaction.moves()[i];
-      if (!move.isAnnounced || !(move.isFinished || move.failure)) continue;
+      if (!move.isAnnounced || !move.wasTried()) continue;
       CleaningHistoryEntry& entry = report_.result.entries.emplace_back(move.receipt);
       if (!move.isFinished) continue;
       entry.items.front().cleanupJournalUnavailable = true;

@@ -66,6 +66,7 @@ class BatchMover {
         : transaction(std::move(begun)), batch(std::move(announced)) {}
   };
 
+  std::size_t openFolderCount() const;
   CleanupMoveJournal::Request requestFor(const ProvedItem& item);
   Uuid identifierOf(const ProvedItem& item);
   void start(CleanupMoveJournal::Transaction begun, ProvedBatch batch, bool isLast);

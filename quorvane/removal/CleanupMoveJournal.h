@@ -83,6 +83,8 @@ class CleanupMoveJournal::Transaction {
   };
 
   const std::vector<Move>& moves() const { return moves_; }
+  /// How many folders that items left are kept open until it is concluded.
+  std::size_t openFolderCount() const { return emptiedFolders_.size(); }
 
   /// Moves one item: reads its identity once more (`changed`), has the Trash receive it, verifies it there and at its
   /// old place. What turns out not to be the item is put back. The failure, if any, is also in the move.
@@ -104,7 +106,7 @@ class CleanupMoveJournal::Transaction {
 
   /// What `finish` writes, for whoever writes it together with something else, while the transaction lives.
   OpenHistory::Change conclude(std::optional<std::int64_t> observedAvailableBytesDelta = std::nullopt);
-  /// The receipts that `finish` returns, once they are written. The moves have none afterwards.
+  /// The receipts that `finish` returns, once they are written. There are no moves afterwards.
   std::vector<CleaningHistoryEntry> takeReceipts();
 
   /// Brings the moves to the disk and writes all receipts in one write: finished ones, failures that are certain with

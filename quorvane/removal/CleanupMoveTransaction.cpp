@@ -110,11 +110,11 @@ std::optional<MoveFailure> Transaction::whyNotMoved(const Move& move, int trash,
 
 /// The folders that the moves changed, having told the Trash folders what they received.
 std::vector<int> Transaction::changedFolders() {
-  std::map<TrashFolder*, std::vector<TrashFolder::Size>> received;
+  std::vector<std::pair<TrashFolder*, std::vector<TrashFolder::Size>>> received;  // in the order they were opened
   for (const Move& move : moves_) {
     if (!move.isFinished) continue;
-    auto& folders = received[move.trash.get()];
-    if (isFolder(move.identity)) folders.push_back({move.leaf, move.item().size});
+    if (received.empty() || received.back().first != move.trash.get()) received.push_back({move.trash.get(), {}});
+    if (isFolder(move.identity)) received.back().second.push_back({move.leaf, move.item().size});
   }
   std::vector<int> changed;
   for (const auto& [trash, folders] : received) {
@@ -149,6 +149,7 @@ std::vector<CleaningHistoryEntry> Transaction::takeReceipts() {
   std::vector<CleaningHistoryEntry> receipts;
   for (Move& move : moves_)
     if (move.isAnnounced && move.wasTried()) receipts.push_back(std::move(move.receipt));
+  moves_.clear();
   return receipts;
 }
 

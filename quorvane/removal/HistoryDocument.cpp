@@ -135,7 +135,12 @@ bool HistoryDocument::takeIdentifiers(const CleaningHistoryEntry& entry, std::in
 }
 
 const CleaningHistoryEntry* HistoryDocument::find(const Uuid& entryOrItem) const {
-  return knows(entryOrItem) ? &entries_[placeOf(entryOrItem)] : nullptr;
+  return knows(entryOrItem) ? &entries_[placeHolding(entryOrItem)] : nullptr;
+}
+
+bool HistoryDocument::holdsEntry(const Uuid& entry) const {
+  const CleaningHistoryEntry* const found = find(entry);
+  return found != nullptr && found->id == entry;
 }
 
 void HistoryDocument::insertFront(std::vector<CleaningHistoryEntry> entries) {
@@ -163,10 +168,14 @@ void HistoryDocument::erase(const Uuid& entry) {
   entries_.erase(entries_.begin() + offset);
 }
 
-std::size_t HistoryDocument::placeOf(const Uuid& entryOrItem) const {
-  const auto serial = serialOf_.find(entryOrItem);
-  require(serial != serialOf_.end(), "an entry that is changed is in the history");
-  return static_cast<std::size_t>(std::ranges::lower_bound(serials_, serial->second) - serials_.begin());
+std::size_t HistoryDocument::placeHolding(const Uuid& entryOrItem) const {
+  const auto serial = std::ranges::lower_bound(serials_, serialOf_.at(entryOrItem));
+  return static_cast<std::size_t>(serial - serials_.begin());
+}
+
+std::size_t HistoryDocument::placeOf(const Uuid& entry) const {
+  require(holdsEntry(entry), "an entry that is changed is in the history");
+  return placeHolding(entry);
 }
 
 std::vector<std::string_view> HistoryDocument::pieces() const {

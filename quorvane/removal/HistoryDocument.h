@@ -29,6 +29,8 @@ class HistoryDocument {
   const CleaningHistoryEntry* find(const Uuid& entryOrItem) const;
   /// Whether an entry or an item has this identifier.
   bool knows(const Uuid& entryOrItem) const { return serialOf_.contains(entryOrItem); }
+  /// Whether an entry has it.
+  bool holdsEntry(const Uuid& entry) const;
 
   void insertFront(std::vector<CleaningHistoryEntry> entries);
   /// Puts an entry in the place of the one with its identifier, which the history holds.
@@ -40,7 +42,8 @@ class HistoryDocument {
   std::vector<std::string_view> pieces() const;
 
  private:
-  std::size_t placeOf(const Uuid& entryOrItem) const;
+  std::size_t placeHolding(const Uuid& entryOrItem) const;
+  std::size_t placeOf(const Uuid& entry) const;
   bool takeIdentifiers(const CleaningHistoryEntry& entry, std::int64_t serial);
 
   // One of each for an entry, in the order of the entries.

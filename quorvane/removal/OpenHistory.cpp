@@ -46,7 +46,7 @@ Outcome<void, RecoveryStoreError> OpenHistory::check(const Change& change) {
   if (change.isEmpty()) return {};
   // Untouched since it was loaded, unless a write failed: then what the file holds now is not known.
   if (auto loaded = load(); !loaded) return loaded;
-  const auto holds = [&](const Uuid& entry) { return document().knows(entry); };
+  const auto holds = [&](const Uuid& entry) { return document().holdsEntry(entry); };
   const bool isOurs = std::ranges::all_of(change.erased, holds) &&
                       std::ranges::all_of(change.replaced, holds, &CleaningHistoryEntry::id);
   if (!isOurs) return failure(RecoveryStoreError{RecoveryStoreFault::untrusted, journal_.fileURL(), {}});

@@ -1,5 +1,6 @@
 #include "quorvane/removal/HistoryJson.h"
 #include "quorvane/removal/OpenHistory.h"
+#include "tests/support/Chance.h"
 #include "tests/support/RemovalHome.h"
 
 #include <gmock/gmock.h>
@@ -143,6 +144,54 @@ TEST_F(HistoryFileTests, isTheSameTextAsThatOfAllEntriesAtOnce) {
   const auto& entries = history->document().entries();
   EXPECT_EQ(textOf(history->document()), jsonText(std::vector(entries.begin(), entries.end())));
   EXPECT_EQ(textOf(HistoryDocument()), jsonText(std::vector<CleaningHistoryEntry>()));
+}
+
+TEST(HistoryDocumentTests, findsEachEntryWhateverCameAndWent) {
+  SystemRandomSource random;
+  Chance chance(7);
+  HistoryDocument document;
+  std::vector<CleaningHistoryEntry> expected, gone;  // the newest first
+  for (int step = 0; step < 300; ++step) {
+    const std::string name = "of step " + std::to_string(step);
+    if (expected.empty() || chance.percent(50)) {
+      std::vector<CleaningHistoryEntry> made = {entryNamed(random, name), entryNamed(random, name + " too")};
+      made.back().items.front().id = random.uuid();  // an item with an identifier of its own
+      expected.insert(expected.begin(), made.begin(), made.end());
+      document.insertFront(std::move(made));
+      continue;
+    }
+    const auto one = expected.begin() + static_cast<std::ptrdiff_t>(chance.below(expected.size()));
+    if (chance.percent(60)) {
+      document.erase(one->id);
+      gone.push_back(*one);
+      expected.erase(one);
+    } else {
+      one->items.front().name = name;
+      document.replace(*one);
+    }
+    for (const CleaningHistoryEntry& entry : expected) {
+      const CleaningHistoryEntry* const found = document.find(entry.items.front().id);
+      ASSERT_TRUE(found != nullptr && *found == entry && document.find(entry.id) == found) << name;
+      ASSERT_EQ(document.holdsEntry(entry.items.front().id), entry.items.front().id == entry.id);
+    }
+    for (const CleaningHistoryEntry& entry : gone)
+      ASSERT_FALSE(document.knows(entry.id) || document.knows(entry.items.front().id)) << name;
+  }
+  EXPECT_GT(gone.size(), 50U);
+  EXPECT_EQ(textOf(document), jsonText(expected));
+}
+
+TEST_F(HistoryFileTests, changesNoEntryByTheIdentifierOfAnItemInIt) {
+  CleaningHistoryEntry entry = entryNamed(home_.random(), "of two"), receipt = entryNamed(home_.random(), "a receipt");
+  entry.items.push_back(receipt.items.front());
+  const auto history = open().value();
+  ASSERT_TRUE(history->write({.inserted = {entry}}));
+  for (OpenHistory::Change change : {OpenHistory::Change{.replaced = {receipt}}, {.erased = {receipt.id}}}) {
+    const auto written = history->write(std::move(change));
+    ASSERT_FALSE(written);
+    EXPECT_EQ(written.error().fault, RecoveryStoreFault::untrusted);
+  }
+  EXPECT_THAT(namesIn(history->document()), ElementsAre("of two"));
 }
 
 TEST_F(HistoryFileTests, readsAnyLayoutOfTheSameArray) {

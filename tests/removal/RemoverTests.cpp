@@ -266,6 +266,43 @@ TEST_F(RemoverTests, laterBatchesStopAtAHistoryThatCannotBeWritten) {
   EXPECT_TRUE(home.holds("b"));
 }
 
+/// So many batches that some are recorded beside a later announcement.
+TEST(LongRunTests, isRecordedTrulyWhicheverWriteFails) {
+  const std::vector<std::string> names = {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l"};
+  for (const FileCall call : {FileCall::renameReplacing, FileCall::synchronise}) {
+    std::size_t number = 1;
+    for (bool isReached = true; isReached; ++number) {
+      SCOPED_TRACE(testing::Message() << static_cast<int>(call) << " fails at " << number);
+      CleaningHome home;
+      for (const std::string& name : names) home.write(name);
+      auto requests = home.requests(names);
+      for (RemovalRequest& request : requests) request.size = std::int64_t{1} << 40;  // a batch of its own
+      home.fileSystem.countOnly({call});
+      const std::size_t before = home.fileSystem.calls();
+      home.fileSystem.failAt(before + number, FaultSpan::once, EIO);
+      const auto report = home.remover.remove(requests, {}, {});
+      isReached = home.fileSystem.calls() - before >= number;
+      std::map<Uuid, int> told, recorded;
+      if (report) {
+        for (const CleaningHistoryEntry& entry : report->entries) ++told[entry.items.front().id];
+      }
+      ASSERT_TRUE(home.history.open()) << "what is not recorded yet is found out";
+      for (const CleaningHistoryEntry& entry : home.recorded())
+        if (entry.itemCount == 1) ++recorded[entry.id];
+      for (std::size_t i = 0; i < names.size(); ++i) {
+        const int isMoved = home.isInTrash(names[i]) ? 1 : 0;
+        EXPECT_NE(home.holds(names[i]), isMoved == 1) << names[i];
+        EXPECT_EQ(recorded[requests[i].id], isMoved) << names[i];
+        EXPECT_EQ(told[requests[i].id], isMoved) << names[i];
+      }
+      if (!isReached) {
+        EXPECT_EQ(report->movedCount, std::ssize(names));
+      }
+    }
+    EXPECT_GT(number, names.size());
+  }
+}
+
 TEST_F(RemoverTests, recordsInAFullHistoryWhatWasMovedAndMovesNothingMore) {
   for (const char* name : {"a", "b", "c"}) home.write(name);
   for (int quarter = 0; quarter < 4; ++quarter) {
