@@ -76,17 +76,17 @@ void BatchMover::start(CleanupMoveJournal::Transaction begun, ProvedBatch batch,
     item.place = {};  // its folder is opened anew for the move
   }
   moving_ = std::make_unique<Moving>(std::move(begun), std::move(batch));
-  if (isLast || !canMoveMeanwhile()) return perform(*moving_);
+  if (!isLast) startThread();
+  if (isLast || !thread_) return perform(*moving_);
   thread_->perform([this, &moving = *moving_](Moves&) { perform(moving); });
 }
 
-bool BatchMover::canMoveMeanwhile() {
+void BatchMover::startThread() {
   try {
-    if (!thread_) thread_.emplace();
+    if (!thread_) thread_ = std::make_unique<Serialised<Moves>>();
   } catch (const std::system_error&) {
     // No thread is to be had: then each batch is moved before the next one is proved.
   }
-  return thread_.has_value();
 }
 
 void BatchMover::perform(Moving& moving) {

@@ -71,7 +71,7 @@ class BatchMover {
   Uuid identifierOf(const ProvedItem& item);
   void start(CleanupMoveJournal::Transaction begun, ProvedBatch batch, bool isLast);
   void perform(Moving& moving);
-  bool canMoveMeanwhile();
+  void startThread();
   std::optional<std::int64_t> availableBytes();
   OpenHistory::Change conclude(std::optional<std::int64_t> availableBytesDelta = std::nullopt);
   void noteRecorded();
@@ -88,7 +88,7 @@ class BatchMover {
   std::vector<std::unique_ptr<Moving>> unrecorded_;  ///< were moved; what became of them is still to be written
   std::unique_ptr<Moving> moving_;
   struct Moves {};
-  std::optional<Serialised<Moves>> thread_;  ///< works on `moving_`; made for the first batch that is not the last
+  std::unique_ptr<Serialised<Moves>> thread_;  ///< works on `moving_`; made for the first batch that is not the last
 };
 
 }  // namespace quorvane

@@ -124,7 +124,7 @@ class CleanupMoveJournal::Transaction {
   std::optional<MoveFailure> whyNotMoved(const Move& move, int trash, const std::string& leaf,
                                          const ItemPlace& before) const;
   bool putBack(Move& move, const ItemPlace& place);
-  void noteEmptied(const FilePath& path, std::shared_ptr<const FileDescriptor> folder);
+  void noteEmptied(const FilePath& path, const std::shared_ptr<const FileDescriptor>& folder);
   std::vector<int> changedFolders();
   Outcome<void, MoveFailure> change(std::size_t index, const std::function<bool(CleaningHistoryItem&)>& apply);
 

@@ -58,7 +58,7 @@ std::optional<MoveFailure> Transaction::perform(std::size_t index) {
     return failed(move, *std::move(failure), putBack(move, *place));
   recordSuccess(move.receipt, trashed, move.identity);
   move.isFinished = move.isSettled = true;
-  noteEmptied(move.item().originalPath, std::move(place->folder));
+  noteEmptied(move.item().originalPath, place->folder);
   return std::nullopt;
 }
 
@@ -77,8 +77,8 @@ bool Transaction::putBack(Move& move, const ItemPlace& place) {
   return true;
 }
 
-void Transaction::noteEmptied(const FilePath& path, std::shared_ptr<const FileDescriptor> folder) {
-  emptiedFolders_.try_emplace(parentOf(path), std::move(folder));
+void Transaction::noteEmptied(const FilePath& path, const std::shared_ptr<const FileDescriptor>& folder) {
+  emptiedFolders_.try_emplace(parentOf(path), folder);
 }
 
 Outcome<CleaningHistoryItem, MoveFailure> Transaction::complete(std::size_t index, const FilePath& trashed) {
@@ -137,7 +137,7 @@ OpenHistory::Change Transaction::conclude(std::optional<std::int64_t> observedAv
   for (Move& move : moves_) {
     if (!move.isAnnounced) continue;
     if (!move.wasTried()) change.erased.push_back(move.receipt.id);
-    if (!move.isFinished && move.isSettled) recordFailure(move.receipt, *move.failure, services_.texts);
+    if (move.failure && !move.isFinished && move.isSettled) recordFailure(move.receipt, *move.failure, services_.texts);
     if (move.isFinished && observedAvailableBytesDelta)
       move.receipt.observedAvailableBytesDelta = std::exchange(observedAvailableBytesDelta, std::nullopt);
     if (move.isSettled) change.replaced.push_back(move.receipt);
